@@ -33,7 +33,7 @@ TEST(DecimalJSON, WritesEitherFormAndRoundTripsTheText) {
     const std::string compact = decimal_json::dump(document);
     EXPECT_EQ(compact, R"({"asText":"12.50","asNumber":12.50,"list":[-0.5,"x"]})");
     EXPECT_EQ(decimal_json::dump(decimal_json::parse<Json>(compact)), compact);
-    EXPECT_NO_THROW((void)Json::parse(compact));  // standard JSON for every other reader
+    EXPECT_TRUE(Json::accept(compact));  // standard JSON for every other reader
 }
 
 TEST(DecimalJSON, IndentsLikeTheLibrary) {
