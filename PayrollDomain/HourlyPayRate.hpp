@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Money.hpp"
+#include "WorkDuration.hpp"
 
 namespace tessel {
 
@@ -21,6 +22,9 @@ public:
     explicit HourlyPayRate(const Money& amountPerHour) : HourlyPayRate(amountPerHour.amount(), amountPerHour.currency()) {}
 
     const Money& amountPerHour() const noexcept { return amountPerHour_; }
+    // seconds × rate × multiplier ÷ 3600, unrounded. The division comes last so that no repeating
+    // fraction of an hour enters the product.
+    Money priceOf(WorkDuration duration, const Decimal& multiplier) const;
     bool operator==(const HourlyPayRate&) const noexcept = default;
 
 private:

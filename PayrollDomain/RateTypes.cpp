@@ -29,6 +29,12 @@ Money HourlyPayRate::validated(Decimal amount, CurrencyCode currency) {
 HourlyPayRate::HourlyPayRate(Decimal amountPerHour, CurrencyCode currency)
     : amountPerHour_(validated(amountPerHour, std::move(currency))) {}
 
+Money HourlyPayRate::priceOf(WorkDuration duration, const Decimal& multiplier) const {
+    const Decimal amount = Decimal(duration.seconds()) * amountPerHour_.amount() * multiplier /
+                           Decimal(WorkDuration::secondsPerHour);
+    return Money(amount, amountPerHour_.currency());
+}
+
 CompensationPercentageValidationError::CompensationPercentageValidationError()
     : CaseError(Case::negativePercentage, "negativePercentage", "A percentage cannot be negative.") {}
 

@@ -1,0 +1,33 @@
+#include "TurnaroundEvaluator.hpp"
+
+namespace tessel {
+
+TurnaroundEvaluationResult TurnaroundEvaluator::evaluate(const std::optional<TurnaroundRule>& rule,
+                                                         const TurnaroundEvaluationInput& input) {
+    using Case = TurnaroundEvaluationStatus::Case;
+    TurnaroundEvaluationResult result{{}, {}};
+    result.trace.priorWrap = input.priorWrap;
+    result.trace.actualNextCall = input.nextCall;
+    if (!rule) return result.status.kind = Case::incompleteUnconfiguredRequiredRest, result;
+    result.trace.ruleID = rule->ruleID;
+    result.trace.valueOrigin = rule->valueOrigin;
+    result.trace.requiredRest = rule->requiredRest;
+    if (!input.priorWrap) return result.status.kind = Case::incompleteMissingPriorWrap, result;
+
+    const Instant earliest = *input.priorWrap + std::chrono::seconds(rule->requiredRest.seconds());
+    result.trace.earliestNextCall = earliest;
+    if (!input.nextCall) return result.status.kind = Case::noNextCall, result;
+
+    const auto rest = std::max<std::int64_t>(0, (*input.nextCall - *input.priorWrap).count());
+    const WorkDuration actualRest(rest);
+    if (*input.nextCall == earliest) {
+        result.status.kind = Case::exactlySatisfied;
+    } else if (*input.nextCall > earliest) {
+        result.status = {Case::satisfied, actualRest, std::nullopt};
+    } else {
+        result.status = {Case::shortfall, actualRest, rule->requiredRest - actualRest};
+    }
+    return result;
+}
+
+}  // namespace tessel
