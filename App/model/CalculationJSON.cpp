@@ -1,5 +1,7 @@
 #include "CalculationJSON.hpp"
 
+#include "App/model/CalendarText.hpp"
+
 namespace tessel::calculation_json {
 namespace {
 
@@ -30,6 +32,42 @@ PayBand payBand(const Json& band, const std::string& path) {
 }
 
 }  // namespace
+
+Money money(const Json& value, const std::string& path) {
+    object(value, path);
+    const Decimal amount = decimal(member(value, "amount", path), childPath(path, "amount"));
+    const CurrencyCode currency(string(member(value, "currency", path), childPath(path, "currency")));
+    return Money(amount, currency);
+}
+
+RoundingRule roundingRule(const Json& value, const std::string& path) {
+    object(value, path);
+    const Decimal increment = decimal(member(value, "increment", path), childPath(path, "increment"));
+    const auto method = enumeration(member(value, "method", path), childPath(path, "method"), &roundingMethodFromRawValue);
+    return RoundingRule(increment, method);
+}
+
+Instant instant(const Json& value, const std::string& path) {
+    if (const auto parsed = calendar_text::parseInstant(string(value, path))) return *parsed;
+    throw MalformedInputError("The field \u201C" + path + "\u201D must be an ISO 8601 instant such as \u201C2026-11-02T07:00:00Z\u201D.");
+}
+
+CalendarDate date(const Json& value, const std::string& path) {
+    if (const auto parsed = calendar_text::parseDate(string(value, path))) return *parsed;
+    throw MalformedInputError("The field \u201C" + path + "\u201D must be a date such as \u201C2026-11-02\u201D.");
+}
+
+Json toJSON(const Money& money) {
+    return Json{{"amount", decimalText(money.amount())}, {"currency", money.currency().code()}};
+}
+
+Json toJSON(const RoundingRule& rule) {
+    return Json{{"increment", decimalText(rule.increment())}, {"method", toRawValue(rule.method())}};
+}
+
+Json instantJSON(Instant instant) { return calendar_text::formatInstant(instant); }
+
+Json dateJSON(CalendarDate date) { return calendar_text::formatDate(date); }
 
 PayBandSchedule payBandSchedule(const Json& bands, const std::string& path) {
     array(bands, path);

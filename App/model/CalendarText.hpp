@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "PayrollDomain/Instant.hpp"
+
+// Instants and dates as ISO 8601 text, in the one UTC calendar the program uses.
+namespace tessel::calendar_text {
+
+// "2026-11-02T07:00:00Z"; a UTC offset ("+02:00") is accepted and folded into UTC, fractional seconds
+// are truncated, since every instant of the program is a whole second.
+std::optional<Instant> parseInstant(std::string_view text);
+std::string formatInstant(Instant instant);
+
+// "2026-11-02", a valid Gregorian date.
+std::optional<CalendarDate> parseDate(std::string_view text);
+std::string formatDate(CalendarDate date);
+
+}  // namespace tessel::calendar_text
