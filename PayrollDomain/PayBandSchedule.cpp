@@ -86,11 +86,14 @@ Error Error::emptyBands() {
     return Error(Case::emptyBands, "emptyBands", "A pay band schedule needs at least one band.");
 }
 
-PayBandSchedule::PayBandSchedule(std::vector<PayBand> bands) : bands_(std::move(bands)) { validate(bands_); }
+PayBandSchedule::PayBandSchedule(std::vector<PayBand> bands) {
+    validate(bands);
+    bands_ = std::make_shared<const std::vector<PayBand>>(std::move(bands));
+}
 
 std::optional<std::size_t> PayBandSchedule::indexOf(const RuleID& ruleID) const noexcept {
-    for (std::size_t i = 0; i < bands_.size(); ++i) {
-        if (bands_[i].ruleID() == ruleID) return i;
+    for (std::size_t i = 0; i < bands_->size(); ++i) {
+        if ((*bands_)[i].ruleID() == ruleID) return i;
     }
     return std::nullopt;
 }

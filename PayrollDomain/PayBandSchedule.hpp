@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -41,13 +42,14 @@ public:
     // Validates and throws the first error found.
     explicit PayBandSchedule(std::vector<PayBand> bands);
 
-    const std::vector<PayBand>& bands() const noexcept { return bands_; }
+    const std::vector<PayBand>& bands() const noexcept { return *bands_; }
     std::optional<std::size_t> indexOf(const RuleID& ruleID) const noexcept;
 
-    bool operator==(const PayBandSchedule&) const noexcept = default;
+    bool operator==(const PayBandSchedule& other) const noexcept { return bands() == other.bands(); }
 
 private:
-    std::vector<PayBand> bands_;
+    // Immutable once validated, so copies (every allocation result keeps the schedule it used) share it.
+    std::shared_ptr<const std::vector<PayBand>> bands_;
 };
 
 }  // namespace tessel

@@ -1,6 +1,8 @@
 #include "RuleID.hpp"
 
 #include <cstdint>
+#include <mutex>
+#include <unordered_set>
 
 namespace tessel {
 namespace {
@@ -32,6 +34,15 @@ bool containsWhitespace(const std::string& text) {
     return false;
 }
 
+// The one copy of each identifier's text. Set nodes never move, so the pointers stay valid; the
+// calculation core may run on any thread, hence the lock.
+const std::string* intern(std::string text) {
+    static std::mutex lock;
+    static std::unordered_set<std::string> texts;
+    const std::lock_guard guard(lock);
+    return &*texts.insert(std::move(text)).first;
+}
+
 }  // namespace
 
 RuleIDValidationError RuleIDValidationError::containsWhitespace(const std::string& text) {
@@ -43,9 +54,10 @@ RuleIDValidationError RuleIDValidationError::emptyValue() {
     return RuleIDValidationError(Case::emptyValue, "emptyValue", "A rule identifier cannot be empty.");
 }
 
-RuleID::RuleID(std::string value) : value_(std::move(value)) {
-    if (value_.empty()) throw ValidationError::emptyValue();
-    if (containsWhitespace(value_)) throw ValidationError::containsWhitespace(value_);
+RuleID::RuleID(std::string value) {
+    if (value.empty()) throw ValidationError::emptyValue();
+    if (containsWhitespace(value)) throw ValidationError::containsWhitespace(value);
+    value_ = intern(std::move(value));
 }
 
 }  // namespace tessel
