@@ -1,5 +1,6 @@
 #include <benchmark/benchmark.h>
 
+#include "ThreeBandSchedule.hpp"
 #include "PayrollEngine/GrossCompensationCalculator.hpp"
 #include "PayrollEngine/MealPenaltyEvaluator.hpp"
 #include "PayrollEngine/WeeklyPayrollAggregator.hpp"
@@ -10,20 +11,8 @@ namespace {
 using namespace std::chrono;
 using Kind = PayBandAllocationTimelineSegment::Kind;
 
-PayBandSchedule threeBands() {
-    const auto band = [](const char* id, std::int64_t from, DurationBasis basis, std::optional<std::int64_t> to,
-                         const char* multiplier) {
-        std::optional<WorkDuration> upper;
-        if (to) upper = WorkDuration(*to);
-        return PayBand(RuleID(id), {WorkDuration(from), basis}, upper, RateMultiplier(Decimal(multiplier)));
-    };
-    return PayBandSchedule({band("production.band.straight-time", 0, DurationBasis::worked, 28800, "1"),
-                            band("production.band.time-and-a-half", 28800, DurationBasis::worked, 43200, "1.5"),
-                            band("production.band.double-time", 43200, DurationBasis::elapsed, std::nullopt, "2")});
-}
-
 struct CrewDay {
-    PayBandSchedule schedule = threeBands();
+    PayBandSchedule schedule = bench::threeBandSchedule();
     PayBandAllocationInput timeline{{{Kind::compensableWork, WorkDuration(21600)},
                                      {Kind::nonCompensableElapsed, WorkDuration(1800)},
                                      {Kind::compensableWork, WorkDuration(23400)}}};
