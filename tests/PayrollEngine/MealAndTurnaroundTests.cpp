@@ -82,7 +82,9 @@ TEST_P(FirstMealGrace, DecidesTheDispositionAndWhereCountingStarts) {
     EXPECT_EQ(result.trace.firstMealGraceDisposition, c.disposition);
     EXPECT_EQ(result.trace.firstMealClockResolution, c.resolution);
     ASSERT_EQ(static_cast<int>(result.occurrences.size()), c.penalties);
-    if (c.firstPenaltyStart) EXPECT_EQ(result.occurrences.front().intervalStart, *c.firstPenaltyStart);
+    if (c.firstPenaltyStart) {
+        EXPECT_EQ(result.occurrences.front().intervalStart, *c.firstPenaltyStart);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
