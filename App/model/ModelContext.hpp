@@ -1,0 +1,78 @@
+#pragma once
+
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Statement.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "App/model/Uuid.hpp"
+#include "PayrollDomain/Decimal.hpp"
+#include "PayrollDomain/Instant.hpp"
+
+namespace tessel {
+
+// A stored value that cannot be read back (a malformed identifier, instant or decimal): the store was
+// changed by something other than Tessel.
+class StoreCorruptionError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// The connection the repositories work through. Statements are prepared once and reused, since a
+// season of time sheets is tens of thousands of rows.
+class ModelContext {
+public:
+    explicit ModelContext(SQLite::Database& database) : database_(database) {}
+
+    SQLite::Database& database() noexcept { return database_; }
+    // The cached statement for this SQL text, reset and with its bindings cleared.
+    SQLite::Statement& prepare(const std::string& sql);
+
+private:
+    SQLite::Database& database_;
+    std::unordered_map<std::string, std::unique_ptr<SQLite::Statement>> statements_;
+};
+
+// Binding and reading the column conventions of the store.
+namespace columns {
+
+void bind(SQLite::Statement& statement, int index, const Uuid& id);
+void bind(SQLite::Statement& statement, int index, const std::optional<Uuid>& id);
+void bind(SQLite::Statement& statement, int index, Instant instant);
+void bind(SQLite::Statement& statement, int index, const std::optional<Instant>& instant);
+void bind(SQLite::Statement& statement, int index, CalendarDate date);
+void bind(SQLite::Statement& statement, int index, const std::optional<CalendarDate>& date);
+void bind(SQLite::Statement& statement, int index, const Decimal& value);
+void bind(SQLite::Statement& statement, int index, const std::string& text);
+void bind(SQLite::Statement& statement, int index, const std::optional<std::string>& text);
+void bind(SQLite::Statement& statement, int index, std::int64_t value);
+void bind(SQLite::Statement& statement, int index, const std::optional<std::int64_t>& value);
+void bind(SQLite::Statement& statement, int index, bool value);
+
+// Binds the values to ?1, ?2, … in order.
+template <typename... Values>
+void bindAll(SQLite::Statement& statement, const Values&... values) {
+    int index = 0;
+    (bind(statement, ++index, values), ...);
+}
+
+Uuid uuid(const SQLite::Column& column);
+std::optional<Uuid> optionalUuid(const SQLite::Column& column);
+Instant instant(const SQLite::Column& column);
+std::optional<Instant> optionalInstant(const SQLite::Column& column);
+CalendarDate date(const SQLite::Column& column);
+std::optional<CalendarDate> optionalDate(const SQLite::Column& column);
+Decimal decimal(const SQLite::Column& column);
+std::string text(const SQLite::Column& column);
+std::optional<std::string> optionalText(const SQLite::Column& column);
+std::int64_t integer(const SQLite::Column& column);
+std::optional<std::int64_t> optionalInteger(const SQLite::Column& column);
+bool boolean(const SQLite::Column& column);
+
+}  // namespace columns
+}  // namespace tessel

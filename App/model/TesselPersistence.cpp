@@ -1,0 +1,401 @@
+#include "TesselPersistence.hpp"
+
+#include <SQLiteCpp/Statement.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <unistd.h>
+
+#include "App/model/CalendarText.hpp"
+#include "App/model/StoreSchema.hpp"
+
+namespace tessel {
+namespace {
+
+using Case = TesselPersistenceErrorCase;
+
+namespace messages {
+constexpr std::string_view storePreparationFailed =
+    "Tessel could not safely prepare its application-specific data store.";
+constexpr std::string_view legacyStoreConflict =
+    "The former shared data-store path contains data from another application, so Tessel did not create or replace "
+    "a store.";
+constexpr std::string_view backupFailed =
+    "Tessel could not preserve a pre-open backup, so the data store was not opened.";
+constexpr std::string_view foreignModel = "The existing store contains a foreign model and was not opened.";
+constexpr std::string_view storeOpenFailed =
+    "Tessel could not open or migrate the data store. No automatic reset was attempted.";
+constexpr std::string_view inspectionCopyFailed = "Tessel could not create an isolated metadata-inspection copy.";
+constexpr std::string_view legacyBackupFailed = "The legacy store could not be backed up for inspection.";
+constexpr std::string_view expectedSchema =
+    "Expected Tessel schema: 40.2.0 (migration sources include V1-V40 and transitional historical generations).";
+}  // namespace messages
+
+namespace legacy {
+constexpr std::string_view none = "No store exists at the former shared path.";
+constexpr std::string_view recognised = "Recognizable Tessel store.";
+constexpr std::string_view foreign = "Foreign store; it is not a usable legacy Tessel store.";
+constexpr std::string_view unreadable =
+    "Store exists but its metadata could not be read safely; it was not treated as Tessel.";
+constexpr std::string_view leftUnchanged = "The legacy Tessel store was left unchanged.";
+}  // namespace legacy
+
+constexpr std::string_view backupFolderPrefix = "pre-open-backup";
+constexpr std::string_view inspectionFolderPrefix = "Tessel-Legacy-Inspection-";
+
+// A refusal: the error case with its sentence, and what the store's metadata said.
+struct Refusal {
+    Case errorCase;
+    std::string message;
+    std::optional<StoreMetadataSummary> metadata;
+};
+
+// The main store file and the journal files SQLite keeps beside it, those that exist.
+std::vector<fs::path> storeFiles(const fs::path& storeURL) {
+    std::vector<fs::path> files;
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
+        fs::path file = storeURL;
+        file += suffix;
+        if (fs::exists(file)) files.push_back(file);
+    }
+    return files;
+}
+
+std::vector<std::string> copyStoreFiles(const fs::path& storeURL, const fs::path& directory) {
+    std::vector<std::string> copied;
+    for (const fs::path& file : storeFiles(storeURL)) {
+        fs::copy_file(file, directory / file.filename(), fs::copy_options::overwrite_existing);
+        copied.push_back(file.filename().string());
+    }
+    return copied;
+}
+
+// A new folder whose name sorts after every earlier one: the prefix, the UTC time to the millisecond.
+fs::path newTimestampedDirectory(const fs::path& parent, std::string_view prefix) {
+    const auto now = std::chrono::system_clock::now();
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(now);
+    const auto millis = std::chrono::duration_cast<std::chrono::milliseconds>(now - seconds).count();
+    std::string stamp = calendar_text::formatInstant(seconds);
+    stamp.erase(std::remove_if(stamp.begin(), stamp.end(), [](char c) { return c == '-' || c == ':'; }), stamp.end());
+    stamp.insert(stamp.size() - 1, "." + std::to_string(1000 + millis).substr(1));
+    for (int attempt = 0;; ++attempt) {
+        fs::path candidate = parent / (std::string(prefix) + "-" + stamp + (attempt ? "-" + std::to_string(attempt) : ""));
+        if (fs::create_directory(candidate)) return candidate;
+    }
+}
+
+fs::path newTemporaryDirectory(std::string_view prefix) {
+    std::string pattern = (fs::temp_directory_path() / (std::string(prefix) + "XXXXXX")).string();
+    if (!mkdtemp(pattern.data())) throw fs::filesystem_error("mkdtemp", std::error_code(errno, std::generic_category()));
+    return pattern;
+}
+
+void pruneOldBackups(const fs::path& backupRoot) {
+    std::vector<fs::path> backups;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(backupRoot, ignored)) {
+        if (entry.is_directory() && entry.path().filename().string().starts_with(backupFolderPrefix)) {
+            backups.push_back(entry.path());
+        }
+    }
+    std::sort(backups.begin(), backups.end());
+    // Pruning is housekeeping: a backup that cannot be removed now is removed on a later start.
+    for (std::size_t i = 0; i + keptStoreBackups < backups.size(); ++i) fs::remove_all(backups[i], ignored);
+}
+
+std::optional<TesselStoreBackup> makePreOpenBackup(const TesselStoreEnvironment& environment) {
+    if (!environment.backupRootURL) return std::nullopt;
+    fs::create_directories(*environment.backupRootURL);
+    const fs::path directory = newTimestampedDirectory(*environment.backupRootURL, backupFolderPrefix);
+    TesselStoreBackup backup{directory, copyStoreFiles(environment.storeURL, directory)};
+    pruneOldBackups(*environment.backupRootURL);
+    return backup;
+}
+
+StoreMetadataSummary readMetadataInPlace(const fs::path& copy) {
+    StoreMetadataSummary summary;
+    try {
+        SQLite::Database db(copy.string(), SQLite::OPEN_READONLY);
+        SQLite::Statement tables(db, "SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name");
+        while (tables.executeStep()) summary.entityNames.push_back(tables.getColumn(0).getString());
+        const bool hasMetadata = std::find(summary.entityNames.begin(), summary.entityNames.end(),
+                                           store_schema::metadataTable) != summary.entityNames.end();
+        if (hasMetadata) {
+            SQLite::Statement rows(db, "SELECT key, value FROM TesselStoreMetadata");
+            std::string identifier;
+            while (rows.executeStep()) {
+                const std::string key = rows.getColumn(0).getString();
+                if (key == "modelIdentifier") identifier = rows.getColumn(1).getString();
+                if (key == "schemaVersion") summary.schemaVersion = rows.getColumn(1).getString();
+            }
+            summary.isTesselModel = identifier == store_schema::modelIdentifier && summary.schemaVersion.has_value();
+            if (!identifier.empty()) summary.modelIdentifiers.push_back(identifier + " " + summary.schemaVersion.value_or("?"));
+        }
+        std::erase(summary.entityNames, std::string(store_schema::metadataTable));
+    } catch (const std::exception& error) {
+        summary = StoreMetadataSummary{error.what(), {}, {}, {}, false};
+    }
+    return summary;
+}
+
+std::string join(const std::vector<std::string>& items) {
+    std::string text;
+    for (const auto& item : items) text += (text.empty() ? "" : ", ") + item;
+    return text.empty() ? "none" : text;
+}
+
+std::string detailsText(const std::optional<StoreMetadataSummary>& metadata) {
+    std::string details(messages::expectedSchema);
+    if (!metadata) return details + " Store metadata is unavailable.";
+    if (metadata->readError) return details + " Store metadata could not be read: " + *metadata->readError + ".";
+    return details + " Store model identifiers: " + join(metadata->modelIdentifiers) +
+           ". Store entities: " + join(metadata->entityNames) + ".";
+}
+
+TesselUnavailableStoreState unavailable(const TesselStoreEnvironment& environment, const Refusal& refusal) {
+    return {environment.storeURL, environment.backupRootURL, refusal.message, refusal.errorCase,
+            detailsText(refusal.metadata)};
+}
+
+void writeMetadata(SQLite::Database& db, std::string_view key, std::string_view value) {
+    SQLite::Statement statement(db, "INSERT INTO TesselStoreMetadata (key, value) VALUES (?, ?) "
+                                    "ON CONFLICT(key) DO UPDATE SET value = excluded.value");
+    statement.bind(1, std::string(key));
+    statement.bind(2, std::string(value));
+    statement.exec();
+}
+
+std::string readSchemaVersion(SQLite::Database& db) {
+    return db.execAndGet("SELECT value FROM TesselStoreMetadata WHERE key = 'schemaVersion'").getString();
+}
+
+void configureConnection(SQLite::Database& db) {
+    db.exec("PRAGMA foreign_keys = ON");
+    db.setBusyTimeout(5000);
+}
+
+// Runs each step from the store's version on, one transaction per step.
+void migrate(SQLite::Database& db) {
+    for (const auto& step : store_schema::migrationPlan()) {
+        SQLite::Transaction transaction(db);
+        if (readSchemaVersion(db) != step.fromVersion) continue;
+        step.apply(db);
+        writeMetadata(db, "schemaVersion", step.toVersion);
+        transaction.commit();
+    }
+    if (readSchemaVersion(db) != store_schema::currentSchemaVersion) {
+        throw std::runtime_error("no migration leads from schema " + readSchemaVersion(db));
+    }
+}
+
+// Builds a new store beside the final path and moves it into place, so that an interrupted creation
+// never leaves a half-made store where the next start would find it.
+void createStore(const fs::path& storeURL) {
+    fs::path building = storeURL;
+    building += ".creating";
+    for (const fs::path& leftover : storeFiles(building)) fs::remove(leftover);
+    {
+        SQLite::Database db(building.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+        db.exec("PRAGMA application_id = " + std::to_string(store_schema::applicationID));
+        db.exec("PRAGMA journal_mode = WAL");
+        configureConnection(db);
+        SQLite::Transaction transaction(db);
+        db.exec("CREATE TABLE TesselStoreMetadata (key TEXT PRIMARY KEY NOT NULL, value TEXT NOT NULL)");
+        db.exec(std::string(store_schema::earliestGenerationSchema()));
+        writeMetadata(db, "modelIdentifier", store_schema::modelIdentifier);
+        writeMetadata(db, "schemaVersion", store_schema::earliestSchemaVersion);
+        transaction.commit();
+        migrate(db);
+    }
+    fs::rename(building, storeURL);
+}
+
+// Decides from the metadata whether the store may be opened: ours, and at a version the plan reaches.
+std::optional<Refusal> refusalFor(const StoreMetadataSummary& metadata) {
+    if (metadata.readError) return Refusal{Case::storeOpenFailed, std::string(messages::storeOpenFailed), metadata};
+    if (!metadata.isTesselModel) return Refusal{Case::storeOpenFailed, std::string(messages::foreignModel), metadata};
+    const std::string& version = *metadata.schemaVersion;
+    const bool known = version == store_schema::currentSchemaVersion ||
+                       std::any_of(store_schema::migrationPlan().begin(), store_schema::migrationPlan().end(),
+                                   [&](const auto& step) { return step.fromVersion == version; });
+    if (!known) return Refusal{Case::storeOpenFailed, std::string(messages::storeOpenFailed), metadata};
+    return std::nullopt;
+}
+
+struct LegacyInspection {
+    std::string result;
+    std::optional<Refusal> refusal;
+    bool adopt = false;  // a Tessel store at the former path is copied into the canonical place
+};
+
+// Looks at the former shared store on an isolated copy, never in place.
+LegacyInspection inspectLegacyStore(const fs::path& legacyURL) {
+    if (!fs::exists(legacyURL)) return {std::string(legacy::none), std::nullopt, false};
+    fs::path copy;
+    try {
+        copy = newTemporaryDirectory(inspectionFolderPrefix);
+    } catch (const std::exception&) {
+        return {std::string(legacy::unreadable),
+                Refusal{Case::legacyStoreConflict, std::string(messages::inspectionCopyFailed), std::nullopt}, false};
+    }
+    LegacyInspection inspection;
+    try {
+        copyStoreFiles(legacyURL, copy);
+        const StoreMetadataSummary metadata = readMetadataInPlace(copy / legacyURL.filename());
+        if (metadata.isTesselModel) {
+            inspection = {std::string(legacy::recognised) + " " + std::string(legacy::leftUnchanged), std::nullopt, true};
+        } else {
+            inspection = {std::string(metadata.readError ? legacy::unreadable : legacy::foreign),
+                          Refusal{Case::legacyStoreConflict, std::string(messages::legacyStoreConflict), metadata}, false};
+        }
+    } catch (const std::exception&) {
+        inspection = {std::string(legacy::unreadable),
+                      Refusal{Case::legacyStoreConflict, std::string(messages::legacyBackupFailed), std::nullopt}, false};
+    }
+    std::error_code ignored;
+    fs::remove_all(copy, ignored);
+    return inspection;
+}
+
+}  // namespace
+
+std::string_view toRawValue(TesselStoreEnvironmentKind kind) noexcept {
+    switch (kind) {
+        case TesselStoreEnvironmentKind::normal: return "normal";
+        case TesselStoreEnvironmentKind::test: return "test";
+        case TesselStoreEnvironmentKind::debugUnavailable: return "debugUnavailable";
+    }
+    return {};
+}
+
+std::string_view description(TesselStoreEnvironmentKind kind) noexcept {
+    switch (kind) {
+        case TesselStoreEnvironmentKind::normal: return "Tessel store";
+        case TesselStoreEnvironmentKind::test: return "Tessel Test Store environment";
+        case TesselStoreEnvironmentKind::debugUnavailable: return "Debug unavailable-store fixture";
+    }
+    return {};
+}
+
+std::string_view toRawValue(TesselPersistenceErrorCase errorCase) noexcept {
+    switch (errorCase) {
+        case Case::backupFailed: return "backupFailed";
+        case Case::legacyStoreConflict: return "legacyStoreConflict";
+        case Case::storePreparationFailed: return "storePreparationFailed";
+        case Case::storeOpenFailed: return "storeOpenFailed";
+    }
+    return {};
+}
+
+TesselStoreEnvironment TesselStoreEnvironment::make(TesselStoreEnvironmentKind kind, const fs::path& applicationDataRoot) {
+    const fs::path root = kind == TesselStoreEnvironmentKind::test ? applicationDataRoot / "Test Store" : applicationDataRoot;
+    return {kind, root, root / "canonical-store" / "Tessel.store", root / "Tessel Store Backups", root / "default.store"};
+}
+
+fs::path defaultApplicationDataRoot() {
+    if (const char* root = std::getenv("TESSEL_STORE_ROOT"); root && *root) return root;
+    if (const char* data = std::getenv("XDG_DATA_HOME"); data && *data) return fs::path(data) / "Tessel";
+    const char* home = std::getenv("HOME");
+    return fs::path(home && *home ? home : ".") / ".local" / "share" / "Tessel";
+}
+
+TesselStore::TesselStore(TesselStoreEnvironment environment, std::unique_ptr<SQLite::Database> database,
+                         std::optional<TesselStoreBackup> preOpenBackup, std::string legacyStoreInspectionResult)
+    : environment_(std::move(environment)),
+      database_(std::move(database)),
+      context_(*database_),
+      preOpenBackup_(std::move(preOpenBackup)),
+      legacyStoreInspectionResult_(std::move(legacyStoreInspectionResult)) {}
+
+std::string TesselStore::schemaVersion() const { return readSchemaVersion(*database_); }
+
+StoreMetadataSummary inspectStoreMetadata(const fs::path& storeURL) {
+    if (!fs::exists(storeURL)) return {std::string("no store exists at this path"), {}, {}, {}, false};
+    fs::path copy;
+    try {
+        copy = newTemporaryDirectory(inspectionFolderPrefix);
+        copyStoreFiles(storeURL, copy);
+    } catch (const std::exception& error) {
+        return {std::string(error.what()), {}, {}, {}, false};
+    }
+    StoreMetadataSummary summary = readMetadataInPlace(copy / storeURL.filename());
+    std::error_code ignored;
+    fs::remove_all(copy, ignored);
+    return summary;
+}
+
+std::vector<TesselStoreBackup> listStoreBackups(const TesselStoreEnvironment& environment) {
+    std::vector<TesselStoreBackup> backups;
+    std::error_code ignored;
+    if (!environment.backupRootURL) return backups;
+    for (const auto& entry : fs::directory_iterator(*environment.backupRootURL, ignored)) {
+        if (!entry.is_directory() || !entry.path().filename().string().starts_with(backupFolderPrefix)) continue;
+        TesselStoreBackup backup{entry.path(), {}};
+        for (const auto& file : fs::directory_iterator(entry.path(), ignored)) {
+            backup.copiedFileNames.push_back(file.path().filename().string());
+        }
+        std::sort(backup.copiedFileNames.begin(), backup.copiedFileNames.end());
+        backups.push_back(std::move(backup));
+    }
+    std::sort(backups.begin(), backups.end(),
+              [](const auto& a, const auto& b) { return a.directoryURL < b.directoryURL; });
+    return backups;
+}
+
+TesselStoreStartupResult openTesselStore(const TesselStoreEnvironment& environment) {
+    if (environment.kind == TesselStoreEnvironmentKind::debugUnavailable) {
+        return TesselUnavailableStoreState{environment.storeURL, environment.backupRootURL,
+                                           std::string(description(environment.kind)), std::nullopt,
+                                           detailsText(std::nullopt)};
+    }
+    bool storeExists = false;
+    try {
+        fs::create_directories(environment.storeURL.parent_path());
+        storeExists = fs::exists(environment.storeURL);
+    } catch (const std::exception&) {
+        return unavailable(environment, {Case::storePreparationFailed, std::string(messages::storePreparationFailed), {}});
+    }
+
+    std::string legacyResult(legacy::none);
+    if (!storeExists) {
+        const LegacyInspection inspection = inspectLegacyStore(environment.legacyStoreURL);
+        legacyResult = inspection.result;
+        if (inspection.refusal) return unavailable(environment, *inspection.refusal);
+        try {
+            if (inspection.adopt) {
+                copyStoreFiles(environment.legacyStoreURL, environment.storeURL.parent_path());
+                fs::rename(environment.storeURL.parent_path() / environment.legacyStoreURL.filename(), environment.storeURL);
+            } else {
+                createStore(environment.storeURL);
+            }
+        } catch (const std::exception&) {
+            return unavailable(environment, {Case::storePreparationFailed, std::string(messages::storePreparationFailed), {}});
+        }
+    }
+
+    std::optional<TesselStoreBackup> backup;
+    if (storeExists || legacyResult.starts_with(legacy::recognised)) {
+        try {
+            backup = makePreOpenBackup(environment);
+        } catch (const std::exception&) {
+            return unavailable(environment, {Case::backupFailed, std::string(messages::backupFailed), {}});
+        }
+        const StoreMetadataSummary metadata =
+            backup ? readMetadataInPlace(backup->directoryURL / environment.storeURL.filename())
+                   : inspectStoreMetadata(environment.storeURL);
+        if (const auto refusal = refusalFor(metadata)) return unavailable(environment, *refusal);
+    }
+
+    try {
+        auto db = std::make_unique<SQLite::Database>(environment.storeURL.string(), SQLite::OPEN_READWRITE);
+        configureConnection(*db);
+        migrate(*db);
+        return std::make_unique<TesselStore>(environment, std::move(db), std::move(backup), legacyResult);
+    } catch (const std::exception& error) {
+        return unavailable(environment, {Case::storeOpenFailed, std::string(messages::storeOpenFailed),
+                                         StoreMetadataSummary{std::string(error.what()), {}, {}, {}, false}});
+    }
+}
+
+}  // namespace tessel

@@ -1,0 +1,122 @@
+#pragma once
+
+#include <SQLiteCpp/Database.h>
+#include <SQLiteCpp/Transaction.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "App/model/ModelContext.hpp"
+
+namespace tessel {
+
+namespace fs = std::filesystem;
+
+enum class TesselStoreEnvironmentKind { normal, test, debugUnavailable };
+
+std::string_view toRawValue(TesselStoreEnvironmentKind kind) noexcept;
+std::string_view description(TesselStoreEnvironmentKind kind) noexcept;
+
+inline constexpr std::string_view testStoreControlsDebugOnly = "Test Store controls are available only in Debug builds.";
+
+// Where one environment keeps its store. The test store is physically separate from the normal one.
+struct TesselStoreEnvironment {
+    TesselStoreEnvironmentKind kind = TesselStoreEnvironmentKind::normal;
+    fs::path rootURL;                      // the environment's folder
+    fs::path storeURL;                     // rootURL/canonical-store/Tessel.store
+    std::optional<fs::path> backupRootURL;  // rootURL/Tessel Store Backups
+    fs::path legacyStoreURL;               // the former shared store path, rootURL/default.store
+
+    static TesselStoreEnvironment make(TesselStoreEnvironmentKind kind, const fs::path& applicationDataRoot);
+};
+
+// $TESSEL_STORE_ROOT when set, else $XDG_DATA_HOME/Tessel, else ~/.local/share/Tessel.
+fs::path defaultApplicationDataRoot();
+
+enum class TesselPersistenceErrorCase { backupFailed, legacyStoreConflict, storePreparationFailed, storeOpenFailed };
+
+std::string_view toRawValue(TesselPersistenceErrorCase errorCase) noexcept;
+
+struct TesselStoreBackup {
+    fs::path directoryURL;
+    std::vector<std::string> copiedFileNames;
+};
+
+// What the store's own metadata says, read from an isolated copy and never from the store in place.
+struct StoreMetadataSummary {
+    std::optional<std::string> readError;        // the metadata could not be read
+    std::vector<std::string> modelIdentifiers;   // e.g. "app.tessel.model 40.2.0"
+    std::vector<std::string> entityNames;        // the tables the store holds
+    std::optional<std::string> schemaVersion;    // when the store is one of ours
+    bool isTesselModel = false;
+};
+
+struct TesselUnavailableStoreState {
+    static constexpr std::string_view title = "Tessel Data Store Unavailable";
+    static constexpr std::string_view message =
+        "Tessel could not safely open or migrate its data store. Your existing store was preserved and no automatic "
+        "reset was attempted.";
+
+    fs::path storeURL;
+    std::optional<fs::path> backupRootURL;
+    std::string errorDescription;
+    std::optional<TesselPersistenceErrorCase> errorCase;  // absent for the debug fixture
+    std::string details;
+};
+
+// The opened store. Every user action runs in one transaction through perform().
+class TesselStore {
+public:
+    TesselStore(TesselStoreEnvironment environment, std::unique_ptr<SQLite::Database> database,
+                std::optional<TesselStoreBackup> preOpenBackup, std::string legacyStoreInspectionResult);
+
+    SQLite::Database& database() noexcept { return *database_; }
+    ModelContext& context() noexcept { return context_; }
+    const TesselStoreEnvironment& environment() const noexcept { return environment_; }
+    const std::optional<TesselStoreBackup>& preOpenBackup() const noexcept { return preOpenBackup_; }
+    const std::string& legacyStoreInspectionResult() const noexcept { return legacyStoreInspectionResult_; }
+    std::string schemaVersion() const;
+
+    // Runs one user action in one transaction: committed when it returns, rolled back when it throws,
+    // so a refused or failed action leaves the store as it was.
+    template <typename Action>
+    auto perform(Action&& action) -> decltype(action(std::declval<ModelContext&>())) {
+        SQLite::Transaction transaction(*database_);
+        if constexpr (std::is_void_v<decltype(action(context_))>) {
+            action(context_);
+            transaction.commit();
+        } else {
+            auto result = action(context_);
+            transaction.commit();
+            return result;
+        }
+    }
+
+private:
+    TesselStoreEnvironment environment_;
+    std::unique_ptr<SQLite::Database> database_;
+    ModelContext context_;  // after the database: its statements are finalised first
+    std::optional<TesselStoreBackup> preOpenBackup_;
+    std::string legacyStoreInspectionResult_;
+};
+
+using TesselStoreStartupResult = std::variant<std::unique_ptr<TesselStore>, TesselUnavailableStoreState>;
+
+// Opens the environment's store, creating it when there is none, migrating it when it is older, and
+// refusing (with every store file left as it was) when it cannot be opened safely.
+TesselStoreStartupResult openTesselStore(const TesselStoreEnvironment& environment);
+
+// The pre-open backups of the environment, oldest first.
+std::vector<TesselStoreBackup> listStoreBackups(const TesselStoreEnvironment& environment);
+
+// Reads a store's metadata on an isolated copy; the store itself is not opened.
+StoreMetadataSummary inspectStoreMetadata(const fs::path& storeURL);
+
+inline constexpr std::size_t keptStoreBackups = 5;
+
+}  // namespace tessel
