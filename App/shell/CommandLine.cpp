@@ -4,6 +4,8 @@
 #include <iostream>
 
 #include "App/shell/CalcCommands.hpp"
+#include "App/shell/CommandSession.hpp"
+#include "App/shell/StoreCommands.hpp"
 
 namespace tessel {
 
@@ -11,9 +13,21 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     CLI::App app{"Tessel keeps time and checks pay for a film or television crew department.", "tessel"};
     app.set_version_flag("--version", std::string("tessel ") + TESSEL_VERSION);
     app.require_subcommand(1);
+    // Global options may follow the command: "tessel production list --json".
+    app.fallthrough();
+
+    GlobalOptions options;
+    app.add_option("--store-root", options.storeRoot,
+                   "Folder of the data store (default: $TESSEL_STORE_ROOT, else $XDG_DATA_HOME/Tessel)");
+    app.add_flag("--test-store", options.testStore, "Use the separate test store and its own settings");
+    app.add_flag("--json", options.json, "Answer in JSON");
+    app.add_option("--production", options.production, "The production to work in, by name or identifier");
 
     int exitStatus = exitSuccess;
+    CommandSession session(options, streams);
+    StoreCommandArguments storeArguments;
     addCalcCommands(app, streams, exitStatus);
+    addStoreCommands(app, session, storeArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());

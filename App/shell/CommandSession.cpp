@@ -1,0 +1,92 @@
+#include "CommandSession.hpp"
+
+#include <iostream>
+
+#include "App/model/ProductionRepository.hpp"
+
+namespace tessel {
+
+TesselStoreEnvironment CommandSession::environment() const {
+    const fs::path root = options_.storeRoot.empty() ? defaultApplicationDataRoot() : fs::path(options_.storeRoot);
+    return TesselStoreEnvironment::make(options_.testStore ? TesselStoreEnvironmentKind::test : TesselStoreEnvironmentKind::normal,
+                                        root);
+}
+
+TesselStore* CommandSession::store() {
+    if (store_) return store_.get();
+    auto result = openTesselStore(environment());
+    if (auto* opened = std::get_if<std::unique_ptr<TesselStore>>(&result)) {
+        store_ = std::move(*opened);
+        return store_.get();
+    }
+    const auto& state = std::get<TesselUnavailableStoreState>(result);
+    const std::string errorCase(state.errorCase ? toRawValue(*state.errorCase) : "storeUnavailable");
+    if (options_.json) {
+        Json json{{"error", errorCase},
+                  {"title", std::string(TesselUnavailableStoreState::title)},
+                  {"storePath", state.storeURL.string()}};
+        if (state.backupRootURL) json["backupRoot"] = state.backupRootURL->string();
+        json["details"] = state.details;
+        json["explanation"] = std::string(TesselUnavailableStoreState::message);
+        json["message"] = state.errorDescription;
+        streams_.out << decimal_json::dump(json, 2) << '\n';
+    } else {
+        streams_.err << TesselUnavailableStoreState::title << "\n"
+                     << TesselUnavailableStoreState::message << "\n"
+                     << state.errorDescription << "\n"
+                     << "Store: " << state.storeURL.string() << "\n"
+                     << state.details << "\n";
+    }
+    return nullptr;
+}
+
+UserSettingsStore& CommandSession::settings() {
+    if (!settings_) {
+        settings_ = UserSettingsStore::load(options_.testStore ? TesselStoreEnvironmentKind::test : TesselStoreEnvironmentKind::normal,
+                                            UserSettingsStore::defaultConfigRoot());
+    }
+    return *settings_;
+}
+
+std::optional<Production> CommandSession::production() {
+    TesselStore* opened = store();
+    if (!opened) return std::nullopt;
+    const auto all = production_repository::list(opened->context());
+    if (!options_.production.empty()) {
+        const auto id = Uuid::parse(options_.production);
+        for (const auto& candidate : all) {
+            if ((id && candidate.id == *id) || candidate.name == options_.production) return candidate;
+        }
+        refuse("productionNotFound", "There is no production named \u201C" + options_.production + "\u201D.");
+        return std::nullopt;
+    }
+    if (const auto recent = settings().mostRecentlyUsedProductionID()) {
+        for (const auto& candidate : all) {
+            if (candidate.id == *recent) return candidate;
+        }
+    }
+    refuse("noProduction", "Choose a production with --production; there is no recently used production.");
+    return std::nullopt;
+}
+
+int CommandSession::refuse(std::string_view errorCase, const std::string& message, const Json& payload) {
+    if (options_.json) {
+        Json json{{"error", std::string(errorCase)}};
+        for (const auto& [key, value] : payload.items()) json[key] = value;
+        json["message"] = message;
+        streams_.out << decimal_json::dump(json, 2) << '\n';
+    } else {
+        streams_.err << message << '\n';
+    }
+    return exitRefused;
+}
+
+void CommandSession::answer(const Json& json, const std::string& text) {
+    if (options_.json) {
+        streams_.out << decimal_json::dump(json, 2) << '\n';
+    } else {
+        streams_.out << text;
+    }
+}
+
+}  // namespace tessel

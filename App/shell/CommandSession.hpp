@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "App/model/JSONFields.hpp"
+#include "App/model/PersistenceModels.hpp"
+#include "App/model/TesselPersistence.hpp"
+#include "App/model/UserSettings.hpp"
+#include "App/shell/CommandLine.hpp"
+
+namespace tessel {
+
+// The global options every command shares.
+struct GlobalOptions {
+    std::string storeRoot;   // --store-root, else TESSEL_STORE_ROOT, else the application data folder
+    bool testStore = false;  // --test-store
+    bool json = false;       // --json
+    std::string production;  // --production NAME|ID, else the most recently used production
+};
+
+// What a store-backed command works with: the store opened once, the user settings of its environment,
+// and the way a refusal is reported (JSON on standard output with --json, the sentence on standard error).
+class CommandSession {
+public:
+    CommandSession(const GlobalOptions& options, CommandStreams streams) : options_(options), streams_(streams) {}
+
+    const GlobalOptions& options() const noexcept { return options_; }
+    CommandStreams& streams() noexcept { return streams_; }
+    TesselStoreEnvironment environment() const;
+
+    // The open store; on a refusal, writes the unavailable state and returns nothing.
+    TesselStore* store();
+    UserSettingsStore& settings();
+    // The production named by --production or, without it, the most recently used one; writes the
+    // refusal and returns nothing when there is none.
+    std::optional<Production> production();
+
+    // Writes a refusal: {"error", …, "message"} with --json, else the sentence; returns exitRefused.
+    int refuse(std::string_view errorCase, const std::string& message, const Json& payload = Json::object());
+    // Writes an answer: the JSON with --json, else the text.
+    void answer(const Json& json, const std::string& text);
+
+private:
+    const GlobalOptions& options_;
+    CommandStreams streams_;
+    std::unique_ptr<TesselStore> store_;
+    std::optional<UserSettingsStore> settings_;
+};
+
+}  // namespace tessel
