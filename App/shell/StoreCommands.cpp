@@ -316,8 +316,9 @@ void addStoreCommands(CLI::App& app, CommandSession& session, StoreCommandArgume
     remove->add_option("WEEK", whichWeek, "A date in the week, or the week's identifier");
     remove->add_flag("--all", allWeeks, "Delete All Payroll Weeks & DTS Data for This Production");
     remove->callback([&] {
-        if (allWeeks == whichWeek.empty()) {
-            exitStatus = session.refuse("usage", "Give one week to delete, or --all.");
+        // Exactly one of a week or --all.
+        if (allWeeks != whichWeek.empty()) {
+            session.streams().err << "Give one week to delete, or --all.\n";
             exitStatus = exitUsage;
             return;
         }

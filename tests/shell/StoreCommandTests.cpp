@@ -1,0 +1,109 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <sstream>
+
+#include "../support/TemporaryFolder.hpp"
+#include "App/model/JSONFields.hpp"
+#include "App/shell/CommandLine.hpp"
+
+namespace tessel {
+namespace {
+
+struct Outcome {
+    int status;
+    std::string out;
+    std::string err;
+    Json json() const { return Json::parse(out); }
+};
+
+// Each test has its own store root and settings folder.
+class StoreCommands : public ::testing::Test {
+protected:
+    testing::TemporaryFolder folder;
+
+    void SetUp() override { setenv("XDG_CONFIG_HOME", (folder.path() / "config").c_str(), 1); }
+
+    Outcome run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"--store-root", (folder.path() / "data").string()});
+        std::istringstream in;
+        std::ostringstream out, err;
+        const int status = runCommandLine(arguments, {in, out, err});
+        return {status, out.str(), err.str()};
+    }
+};
+
+TEST_F(StoreCommands, StoreInfoDescribesAFreshStore) {
+    const auto info = run({"store", "info", "--json"});
+    ASSERT_EQ(info.status, 0) << info.err;
+    EXPECT_EQ(info.json()["schemaVersion"], "40.2.0");
+    EXPECT_EQ(info.json()["modelIdentifier"], "app.tessel.model");
+    EXPECT_EQ(info.json()["environment"], "normal");
+    EXPECT_EQ(info.json()["entityCounts"]["Production"], 0);
+    EXPECT_EQ(run({"--test-store", "store", "info", "--json"}).json()["environment"], "test");
+}
+
+TEST_F(StoreCommands, ProductionsAreCreatedListedShownAndDeleted) {
+    ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
+    const auto created = run({"production", "create", "Second Unit", "--json"});
+    ASSERT_EQ(created.status, 0);
+    const std::string id = created.json()["id"];
+
+    const auto list = run({"production", "list"});
+    EXPECT_NE(list.out.find("* " + id + "  Second Unit"), std::string::npos) << list.out;  // the most recent one
+    EXPECT_EQ(run({"production", "show", "Night Harbor", "--json"}).json()["payrollWeekStartWeekday"], 2);
+    EXPECT_EQ(run({"week", "list", "--json"}).json()["production"], id);
+
+    ASSERT_EQ(run({"production", "delete", id}).status, 0);
+    EXPECT_EQ(run({"production", "list", "--json"}).json()["productions"].size(), 1u);
+    const auto noCurrent = run({"week", "list"});
+    EXPECT_EQ(noCurrent.status, 1);
+    EXPECT_EQ(noCurrent.err, "Choose a production with --production; there is no recently used production.\n");
+    EXPECT_EQ(run({"week", "list", "--production", "Night Harbor"}).status, 0);
+}
+
+TEST_F(StoreCommands, RefusalsExitOneWithTheSentence) {
+    const auto unnamed = run({"production", "create", ""});
+    EXPECT_EQ(unnamed.status, 1);
+    EXPECT_EQ(unnamed.err, "Enter a Production name.\n");
+    const auto missing = run({"production", "show", "Nobody's Show", "--json"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.json()["error"], "productionNotFound");
+    EXPECT_EQ(run({"settings", "set", "userSettings.newProductionWorkweekWeekday", "8"}).status, 1);
+    EXPECT_EQ(run({"week", "delete"}).status, 2);
+}
+
+TEST_F(StoreCommands, SettingsAreReadAndWrittenWithTheirRules) {
+    EXPECT_EQ(run({"settings", "get", "userSettings.newProductionLunchDurationSeconds"}).out, "1800\n");
+    ASSERT_EQ(run({"settings", "set", "userSettings.newProductionCurrencyCode", "CAD"}).status, 0);
+    ASSERT_EQ(run({"production", "create", "Border Town", "--json"}).json()["currencyCode"], "CAD");
+    const auto all = run({"settings", "get", "--json"}).json();
+    EXPECT_EQ(all["userSettings.newProductionWorkweekWeekday"], 2);
+    EXPECT_EQ(all["userSettings.newProductionCurrencyCode"], "CAD");
+}
+
+TEST_F(StoreCommands, AnUnavailableStoreShowsTitleMessageAndDetails) {
+    testing::writeFile(folder.path() / "data" / "canonical-store" / "Tessel.store", "not a database");
+    const auto human = run({"store", "info"});
+    EXPECT_EQ(human.status, 1);
+    EXPECT_TRUE(human.err.starts_with("Tessel Data Store Unavailable\nTessel could not safely open or migrate its data "
+                                      "store. Your existing store was preserved and no automatic reset was attempted.\n"));
+    const auto json = run({"store", "info", "--json"});
+    EXPECT_EQ(json.status, 1);
+    EXPECT_EQ(json.json()["error"], "storeOpenFailed");
+    EXPECT_EQ(json.json()["title"], "Tessel Data Store Unavailable");
+    EXPECT_TRUE(json.json()["details"].get<std::string>().starts_with("Expected Tessel schema: 40.2.0"));
+}
+
+TEST_F(StoreCommands, WeekStartDayAppliesToNewWeeks) {
+    ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
+    const auto changed = run({"week", "start-weekday", "1"});
+    EXPECT_EQ(changed.status, 0);
+    EXPECT_NE(changed.out.find("Applies to new Payroll Weeks. Existing periods and confirmed pay stubs stay unchanged."),
+              std::string::npos);
+    EXPECT_EQ(run({"week", "rebuild", "--json"}).json()["movedRecords"], 0);
+    EXPECT_EQ(run({"week", "start-weekday", "0"}).status, 1);
+}
+
+}  // namespace
+}  // namespace tessel
