@@ -34,6 +34,33 @@ void bindOptional(SQLite::Statement& statement, int index, const std::optional<V
 
 }  // namespace
 
+void bindValue(SQLite::Statement& statement, int index, const StoreValue& value) {
+    std::visit(
+        [&](const auto& v) {
+            using T = std::decay_t<decltype(v)>;
+            if constexpr (std::is_same_v<T, std::monostate>) {
+                statement.bind(index);
+            } else if constexpr (std::is_same_v<T, std::int64_t>) {
+                statement.bind(index, static_cast<int64_t>(v));
+            } else if constexpr (std::is_same_v<T, std::string>) {
+                statement.bind(index, v);
+            } else {
+                statement.bind(index, v.data(), static_cast<int>(v.size()));
+            }
+        },
+        value);
+}
+
+StoreValue readValue(const SQLite::Column& column) {
+    if (column.isNull()) return std::monostate{};
+    if (column.isInteger()) return static_cast<std::int64_t>(column.getInt64());
+    if (column.isBlob()) {
+        const auto* bytes = static_cast<const unsigned char*>(column.getBlob());
+        return std::vector<unsigned char>(bytes, bytes + column.getBytes());
+    }
+    return column.getString();
+}
+
 void bind(SQLite::Statement& statement, int index, const Uuid& id) { statement.bind(index, id.text()); }
 void bind(SQLite::Statement& statement, int index, const std::optional<Uuid>& id) { bindOptional(statement, index, id); }
 void bind(SQLite::Statement& statement, int index, Instant instant) {

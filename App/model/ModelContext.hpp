@@ -9,6 +9,9 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
+#include <variant>
+#include <vector>
 
 #include "App/model/Uuid.hpp"
 #include "PayrollDomain/Decimal.hpp"
@@ -38,8 +41,16 @@ private:
     std::unordered_map<std::string, std::unique_ptr<SQLite::Statement>> statements_;
 };
 
+// A stored value of any column (null, integer or boolean, text, blob) and a row as column/value pairs,
+// for the generic repositories.
+using StoreValue = std::variant<std::monostate, std::int64_t, std::string, std::vector<unsigned char>>;
+using StoreFields = std::vector<std::pair<std::string, StoreValue>>;
+
 // Binding and reading the column conventions of the store.
 namespace columns {
+
+void bindValue(SQLite::Statement& statement, int index, const StoreValue& value);
+StoreValue readValue(const SQLite::Column& column);
 
 void bind(SQLite::Statement& statement, int index, const Uuid& id);
 void bind(SQLite::Statement& statement, int index, const std::optional<Uuid>& id);

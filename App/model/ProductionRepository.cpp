@@ -110,9 +110,8 @@ Production create(ModelContext& context, const std::string& name, const NewProdu
         satellites::write(context, satelliteTable("ProductionIdentityConfiguration"), production.id,
                           {{"department", defaults.department}});
     }
-    auto& tolerance = context.prepare("INSERT INTO ProductionPayComparisonSettings (productionID, roundingTolerance) VALUES (?1, ?2)");
-    bindAll(tolerance, production.id, defaults.roundingTolerance);
-    tolerance.exec();
+    satellites::write(context, satelliteTable("ProductionPayComparisonSettings"), production.id,
+                      {{"roundingTolerance", defaults.roundingTolerance.toString()}});
     return production;
 }
 

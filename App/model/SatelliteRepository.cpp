@@ -5,40 +5,13 @@ namespace {
 
 using store_schema::SatelliteOwner;
 
-void bindValue(SQLite::Statement& statement, int index, const StoreValue& value) {
-    std::visit(
-        [&](const auto& v) {
-            using T = std::decay_t<decltype(v)>;
-            if constexpr (std::is_same_v<T, std::monostate>) {
-                statement.bind(index);
-            } else if constexpr (std::is_same_v<T, std::int64_t>) {
-                statement.bind(index, static_cast<int64_t>(v));
-            } else if constexpr (std::is_same_v<T, std::string>) {
-                statement.bind(index, v);
-            } else {
-                statement.bind(index, v.data(), static_cast<int>(v.size()));
-            }
-        },
-        value);
-}
-
-StoreValue readValue(const SQLite::Column& column) {
-    if (column.isNull()) return std::monostate{};
-    if (column.isInteger()) return static_cast<std::int64_t>(column.getInt64());
-    if (column.isBlob()) {
-        const auto* bytes = static_cast<const unsigned char*>(column.getBlob());
-        return std::vector<unsigned char>(bytes, bytes + column.getBytes());
-    }
-    return column.getString();
-}
-
 // All columns but the owner key and id, read from the current row.
 SatelliteFields readFields(SQLite::Statement& statement, const SatelliteTable& table) {
     SatelliteFields fields;
     for (int i = 0; i < statement.getColumnCount(); ++i) {
         const std::string name = statement.getColumnName(i);
         if (name == table.ownerColumn || name == "id") continue;
-        fields.emplace_back(name, readValue(statement.getColumn(i)));
+        fields.emplace_back(name, columns::readValue(statement.getColumn(i)));
     }
     return fields;
 }
@@ -62,7 +35,7 @@ void insert(ModelContext& context, const SatelliteTable& table, const Uuid& owne
     index = 1;
     columns::bind(statement, index, owner);
     if (table.hasID) columns::bind(statement, ++index, Uuid::generate());
-    for (const auto& [name, value] : fields) bindValue(statement, ++index, value);
+    for (const auto& [name, value] : fields) columns::bindValue(statement, ++index, value);
     statement.exec();
 }
 
@@ -112,7 +85,7 @@ void write(ModelContext& context, const SatelliteTable& table, const Uuid& owner
     if (assignments.empty()) return;
     auto& statement = context.prepare("UPDATE " + std::string(table.table) + " SET " + assignments + ownerClause(table));
     columns::bind(statement, 1, owner);
-    for (std::size_t i = 0; i < fields.size(); ++i) bindValue(statement, static_cast<int>(i) + 2, fields[i].second);
+    for (std::size_t i = 0; i < fields.size(); ++i) columns::bindValue(statement, static_cast<int>(i) + 2, fields[i].second);
     statement.exec();
 }
 

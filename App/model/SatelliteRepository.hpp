@@ -13,8 +13,7 @@
 namespace tessel {
 
 // A satellite's stored fields by column name, the owner key and id excepted.
-using StoreValue = std::variant<std::monostate, std::int64_t, std::string, std::vector<unsigned char>>;
-using SatelliteFields = std::vector<std::pair<std::string, StoreValue>>;
+using SatelliteFields = StoreFields;
 
 // Settings kept beside an owner and looked up by the owner's identifier. An owner without a satellite
 // has the default, which the typed readers of each setting supply.

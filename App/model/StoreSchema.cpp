@@ -316,6 +316,9 @@ const std::vector<SatelliteTable>& satelliteTables() {
         {"ProductionDTSWorkflowConfiguration", "productionID", O::production, ""},
         {"ProductionCompensationProvisionConfiguration", "productionID", O::production, "effectiveDate"},
         {"ProductionPayrollCalendar", "productionID", O::production, "", false},
+        {"ProductionPayrollTerminology", "productionID", O::production, "", false},
+        {"ProductionPayComparisonSettings", "productionID", O::production, "", false},
+        {"ProductionDTSExportSelection", "productionID", O::production, "", false},
         {"ProductionRulesetSetupMetadata", "revisionID", O::rulesetRevision, "", false},
         {"ProductionIdleCompensationConfiguration", "revisionID", O::rulesetRevision, "", false},
         {"ProductionHolidayCompensationConfiguration", "revisionID", O::rulesetRevision, "", false},
@@ -363,8 +366,7 @@ const std::vector<std::string_view>& entityTables() {
              {"PayrollRulesLibraryItem", "PositionPreset", "RatePackage", "RatePackagePosition", "CrewLibraryPerson",
               "ProductionPosition", "ProductionRateCard", "PositionScaleRate", "ProductionRateCardPositionTerms",
               "ProductionCrewLibraryLink", "ConfirmedPayStubActualPay", "ConfirmedPayStubEarningLine",
-              "ProductionPayrollTerminology", "ProductionDTSExportSelection", "ProductionGenericDTSTemplate",
-              "ProductionPayComparisonSettings", "PayrollIssue"}) {
+              "ProductionGenericDTSTemplate", "PayrollIssue"}) {
             names.push_back(other);
         }
         return names;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
 #include <unistd.h>
 
 #include "App/model/CalendarText.hpp"
@@ -341,6 +342,28 @@ std::vector<TesselStoreBackup> listStoreBackups(const TesselStoreEnvironment& en
     std::sort(backups.begin(), backups.end(),
               [](const auto& a, const auto& b) { return a.directoryURL < b.directoryURL; });
     return backups;
+}
+
+namespace {
+
+fs::path resetRequestMarker(const fs::path& testRoot) { return testRoot.parent_path() / "Test Store Reset Requested"; }
+
+}  // namespace
+
+void requestTestStoreReset(const fs::path& applicationDataRoot) {
+    const auto test = TesselStoreEnvironment::make(TesselStoreEnvironmentKind::test, applicationDataRoot);
+    fs::create_directories(applicationDataRoot);
+    std::ofstream(resetRequestMarker(test.rootURL)) << "requested\n";
+}
+
+bool applyPendingTestStoreReset(const TesselStoreEnvironment& testEnvironment, const fs::path& testPreferencesFile) {
+    if (testEnvironment.kind != TesselStoreEnvironmentKind::test) return false;
+    const fs::path marker = resetRequestMarker(testEnvironment.rootURL);
+    if (!fs::exists(marker)) return false;
+    fs::remove_all(testEnvironment.rootURL);
+    fs::remove(testPreferencesFile);
+    fs::remove(marker);
+    return true;
 }
 
 TesselStoreStartupResult openTesselStore(const TesselStoreEnvironment& environment) {

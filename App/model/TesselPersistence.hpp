@@ -119,4 +119,15 @@ StoreMetadataSummary inspectStoreMetadata(const fs::path& storeURL);
 
 inline constexpr std::size_t keptStoreBackups = 5;
 
+inline constexpr std::string_view resetTestStoreTitle = "Reset Test Store?";
+inline constexpr std::string_view resetTestStoreExplanation =
+    "Tessel will quit normally. The physically separate Test Store and its Test-only preferences will be deleted "
+    "before the next Test Store launch. Normal Tessel data is never changed.";
+
+// Marks the test store of this data folder for deletion at its next launch.
+void requestTestStoreReset(const fs::path& applicationDataRoot);
+// At a test store launch: when a reset was requested, deletes the test store with its backups and the
+// given test-only preferences file, and clears the request. True when a reset was carried out.
+bool applyPendingTestStoreReset(const TesselStoreEnvironment& testEnvironment, const fs::path& testPreferencesFile);
+
 }  // namespace tessel

@@ -145,9 +145,14 @@ std::filesystem::path UserSettingsStore::legacyPreferencesPath(const std::filesy
     return configRoot.parent_path() / "tessel" / "preferences.json";
 }
 
+std::filesystem::path UserSettingsStore::settingsPath(TesselStoreEnvironmentKind environment,
+                                                     const std::filesystem::path& configRoot) {
+    return configRoot / (environment == TesselStoreEnvironmentKind::test ? "settings-test.json" : "settings.json");
+}
+
 UserSettingsStore UserSettingsStore::load(TesselStoreEnvironmentKind environment, const std::filesystem::path& configRoot) {
-    const std::string fileName = environment == TesselStoreEnvironmentKind::test ? "settings-test.json" : "settings.json";
-    UserSettingsStore store(configRoot / fileName, readFile(configRoot / fileName));
+    const auto path = settingsPath(environment, configRoot);
+    UserSettingsStore store(path, readFile(path));
     // The earlier preferences belong to the normal environment; the test store never takes them.
     if (environment == TesselStoreEnvironmentKind::normal && !store.value(migratedMarker).get<bool>()) {
         const json legacy = readFile(legacyPreferencesPath(configRoot));

@@ -46,6 +46,8 @@ public:
     static std::filesystem::path defaultConfigRoot();
     // The earlier preferences file copied once: <configRoot>/../tessel/preferences.json.
     static std::filesystem::path legacyPreferencesPath(const std::filesystem::path& configRoot);
+    // The file of an environment's settings.
+    static std::filesystem::path settingsPath(TesselStoreEnvironmentKind environment, const std::filesystem::path& configRoot);
 
     const std::filesystem::path& path() const noexcept { return path_; }
 

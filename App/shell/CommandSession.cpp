@@ -12,8 +12,16 @@ TesselStoreEnvironment CommandSession::environment() const {
                                         root);
 }
 
+void CommandSession::prepareEnvironment() {
+    if (prepared_) return;
+    prepared_ = true;
+    const auto kind = options_.testStore ? TesselStoreEnvironmentKind::test : TesselStoreEnvironmentKind::normal;
+    applyPendingTestStoreReset(environment(), UserSettingsStore::settingsPath(kind, UserSettingsStore::defaultConfigRoot()));
+}
+
 TesselStore* CommandSession::store() {
     if (store_) return store_.get();
+    prepareEnvironment();
     auto result = openTesselStore(environment());
     if (auto* opened = std::get_if<std::unique_ptr<TesselStore>>(&result)) {
         store_ = std::move(*opened);
@@ -42,6 +50,7 @@ TesselStore* CommandSession::store() {
 
 UserSettingsStore& CommandSession::settings() {
     if (!settings_) {
+        prepareEnvironment();
         settings_ = UserSettingsStore::load(options_.testStore ? TesselStoreEnvironmentKind::test : TesselStoreEnvironmentKind::normal,
                                             UserSettingsStore::defaultConfigRoot());
     }

@@ -43,7 +43,11 @@ public:
     void answer(const Json& json, const std::string& text);
 
 private:
+    // Carries out a requested test store reset before the test store or its settings are first used.
+    void prepareEnvironment();
+
     const GlobalOptions& options_;
+    bool prepared_ = false;
     CommandStreams streams_;
     std::unique_ptr<TesselStore> store_;
     std::optional<UserSettingsStore> settings_;

@@ -291,6 +291,13 @@ void addStoreCommands(CLI::App& app, CommandSession& session, StoreCommandArgume
     auto* store = app.add_subcommand("store", "The data store")->require_subcommand(1);
     store->add_subcommand("info", "Where the store is, its schema, what it holds and its backups")
         ->callback([&] { exitStatus = storeInfo(session); });
+    store->add_subcommand("reset-test", "Delete the test store and its settings at its next launch")->callback([&] {
+        const fs::path root = session.environment().rootURL;
+        requestTestStoreReset(session.options().testStore ? root.parent_path() : root);
+        session.answer(Json{{"resetRequested", true}},
+                       std::string(resetTestStoreTitle) + "\n" + std::string(resetTestStoreExplanation) + "\n");
+        exitStatus = exitSuccess;
+    });
 
     auto* production = app.add_subcommand("production", "Create, list, show and delete productions")->require_subcommand(1);
     production->add_subcommand("create", "Create a production")

@@ -4,6 +4,7 @@
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/ProductionWeekCalendars.hpp"
+#include "App/model/RecordRepository.hpp"
 #include "App/model/SatelliteRepository.hpp"
 #include "App/model/StoreSchema.hpp"
 #include "App/model/TesselPersistence.hpp"
@@ -293,6 +294,58 @@ INSTANTIATE_TEST_SUITE_P(Refusals, RebuildRefusal,
 TEST_F(Model, ADuplicateRefusalSaysSo) {
     const PayrollWeekRebuildError error(PayrollWeekRebuildError::Case::duplicatePeriods);
     EXPECT_EQ(error.description(), "Resolve duplicate Payroll Week start dates before rebuilding. No data was changed.");
+}
+
+TEST_F(Model, RecordsTakeTheirTableDefaultsAndConstraints) {
+    namespace records = record_repository;
+    const auto member = crew_repository::createCrewMember(context, production.id, "Rowan Vale");
+    const PayrollWeek week = ProductionWeekCalendars::findOrCreateWeek(context, production.id, day(3));
+    const StoreFields issue{{"identityKey", std::string("P|C|W|line.st|")}, {"productionID", production.id.text()},
+                            {"crewID", member.id.text()}, {"weekID", week.id.text()}, {"categoryKey", std::string("line.st")},
+                            {"title", std::string("Straight time")}, {"nature", std::string("Underpaid")},
+                            {"currency", std::string("USD")}, {"fingerprint", std::string("f")},
+                            {"stateRaw", std::string("needsAttention")}, {"createdAt", std::string("2026-11-10T09:00:00Z")},
+                            {"updatedAt", std::string("2026-11-10T09:00:00Z")}};
+    const Uuid id = records::create(context, "PayrollIssue", issue);
+    const auto stored = records::fetch(context, "PayrollIssue", id);
+    ASSERT_TRUE(stored.has_value());
+    const auto note = std::find_if(stored->begin(), stored->end(), [](const auto& f) { return f.first == "note"; });
+    EXPECT_EQ(std::get<std::string>(note->second), "");  // the table's default
+    // One issue per identity key and production.
+    EXPECT_THROW(records::create(context, "PayrollIssue", issue), SQLite::Exception);
+
+    records::update(context, "PayrollIssue", id, {{"stateRaw", std::string("reported")}});
+    EXPECT_EQ(records::listWhere(context, "PayrollIssue", "stateRaw", std::string("reported")).size(), 1u);
+    EXPECT_THROW(records::fetch(context, "Production; DROP TABLE Production", id), std::invalid_argument);
+}
+
+TEST_F(Model, DeletingARecordFollowsTheDeleteRules) {
+    namespace records = record_repository;
+    const Uuid stub = records::create(context, "ConfirmedPayStubActualPay",
+                                      {{"productionID", production.id.text()}, {"crewMemberID", Uuid::generate().text()},
+                                       {"payrollWeekID", Uuid::generate().text()}, {"payrollWeekStart", std::string("2026-11-02T00:00:00Z")},
+                                       {"payrollWeekEnd", std::string("2026-11-08T00:00:00Z")}, {"printedEmployeeName", std::string("VALE ROWAN")},
+                                       {"gross", std::string("742.50")}, {"importedAt", std::string("2026-11-12T09:00:00Z")},
+                                       {"confirmedAt", std::string("2026-11-12T09:00:00Z")}, {"modifiedAt", std::string("2026-11-12T09:00:00Z")}});
+    records::create(context, "ConfirmedPayStubEarningLine",
+                    {{"payStubID", stub.text()}, {"printedLabel", std::string("REGULAR")}, {"amount", std::string("360.00")}});
+    EXPECT_TRUE(records::remove(context, "ConfirmedPayStubActualPay", stub));
+    EXPECT_EQ(rows("ConfirmedPayStubEarningLine"), 0);
+
+    const Uuid revision = records::create(
+        context, "ProductionRulesetRevision",
+        {{"productionID", production.id.text()}, {"name", std::string("Example")}, {"effectiveFrom", std::string("2026-11-01T00:00:00Z")},
+         {"createdAt", std::string("2026-11-01T00:00:00Z")}, {"modifiedAt", std::string("2026-11-01T00:00:00Z")},
+         {"straightTimeRuleID", std::string("production.band.straight-time")}, {"timeAndAHalfRuleID", std::string("production.band.time-and-a-half")},
+         {"doubleTimeRuleID", std::string("production.band.double-time")}, {"dailyMinimumRuleID", std::string("production.guarantee.daily-minimum")},
+         {"finalBandMinimumRuleID", std::string("production.guarantee.final-band-minimum")}, {"straightTimeUpperSeconds", std::int64_t{28800}},
+         {"timeAndAHalfUpperSeconds", std::int64_t{43200}}, {"straightTimeMultiplier", std::string("1")},
+         {"timeAndAHalfMultiplier", std::string("1.5")}, {"doubleTimeMultiplier", std::string("2")}, {"dailyMinimumEnabled", std::int64_t{1}},
+         {"dailyMinimumSeconds", std::int64_t{28800}}, {"finalBandMinimumEnabled", std::int64_t{0}}, {"finalBandMinimumSeconds", std::int64_t{0}}});
+    satellites::write(context, satelliteTable("ProductionIdleCompensationConfiguration"), revision,
+                      {{"compensatedSecondsPerDay", std::int64_t{28800}}, {"straightTimeRateMultiplier", std::string("1")}});
+    EXPECT_TRUE(records::remove(context, "ProductionRulesetRevision", revision));
+    EXPECT_EQ(rows("ProductionIdleCompensationConfiguration"), 0);
 }
 
 // ---- user settings ----

@@ -107,3 +107,22 @@ TEST_F(StoreCommands, WeekStartDayAppliesToNewWeeks) {
 
 }  // namespace
 }  // namespace tessel
+
+namespace tessel {
+namespace {
+
+TEST_F(StoreCommands, ResettingTheTestStoreLeavesNormalDataAlone) {
+    ASSERT_EQ(run({"production", "create", "Real Show"}).status, 0);
+    ASSERT_EQ(run({"--test-store", "production", "create", "Trial Show"}).status, 0);
+    ASSERT_EQ(run({"--test-store", "settings", "set", "userSettings.defaultDepartment", "Grip"}).status, 0);
+    const auto requested = run({"store", "reset-test"});
+    EXPECT_NE(requested.out.find("Normal Tessel data is never changed."), std::string::npos);
+    // The reset happens at the next test store launch, not before.
+    EXPECT_EQ(run({"production", "list", "--json"}).json()["productions"].size(), 1u);
+    EXPECT_EQ(run({"--test-store", "production", "list", "--json"}).json()["productions"].size(), 0u);
+    EXPECT_EQ(run({"--test-store", "settings", "get", "userSettings.defaultDepartment"}).out, "\n");
+    EXPECT_EQ(run({"production", "list", "--json"}).json()["productions"][0]["name"], "Real Show");
+}
+
+}  // namespace
+}  // namespace tessel
