@@ -60,7 +60,7 @@ struct Production {
     Uuid id;
     std::string name;
     Instant createdAt;
-    std::optional<CalendarDate> startDate;
+    std::optional<CalendarDate> startDate{};
     DTSTimeDisplay dtsTimeDisplay = DTSTimeDisplay::payrollDecimal;  // unknown stored values read as payroll decimal
     std::int64_t defaultLunchDurationSeconds = 1800;
     std::string currencyCode = "USD";
@@ -70,7 +70,7 @@ struct CrewMember {
     Uuid id;
     Uuid productionID;
     std::string displayName;
-    std::optional<Instant> retiredAt;
+    std::optional<Instant> retiredAt{};
     std::int64_t displayOrder = 0;
     bool isActive() const noexcept { return !retiredAt; }
 };
@@ -78,18 +78,18 @@ struct CrewMember {
 struct ProductionEngagement {
     Uuid id;
     Uuid productionID;
-    std::optional<Uuid> crewMemberID;
-    std::optional<Uuid> classificationID;
+    std::optional<Uuid> crewMemberID{};
+    std::optional<Uuid> classificationID{};
     CalendarDate effectiveFrom;
-    std::optional<CalendarDate> effectiveThrough;
-    std::string notes;
+    std::optional<CalendarDate> effectiveThrough{};
+    std::string notes{};
     EmploymentSchedule employmentSchedule = EmploymentSchedule::daily;       // fallback: daily
-    std::optional<EmploymentLocation> employmentLocation;                     // unknown reads as absent
+    std::optional<EmploymentLocation> employmentLocation{};                     // unknown reads as absent
     CrewParticipation crewParticipation = CrewParticipation::fullTime;        // fallback: full time
-    std::optional<RulesLocality> rulesLocalityOverride;                       // unknown: the ruleset's default
-    std::optional<CalendarDate> dtsEligibilityStartsAt;
-    std::optional<std::int64_t> regularPrecallDurationSeconds;
-    std::optional<std::int64_t> regularWrapoutDurationSeconds;
+    std::optional<RulesLocality> rulesLocalityOverride{};                       // unknown: the ruleset's default
+    std::optional<CalendarDate> dtsEligibilityStartsAt{};
+    std::optional<std::int64_t> regularPrecallDurationSeconds{};
+    std::optional<std::int64_t> regularWrapoutDurationSeconds{};
 
     // In force on the date: from effectiveFrom through effectiveThrough, when there is one.
     bool appliesOn(CalendarDate date) const noexcept;
@@ -127,27 +127,27 @@ struct Workday {
     Uuid id;
     Uuid payrollWeekID;
     CalendarDate calendarDate;
-    std::optional<Instant> generalCrewCall;
+    std::optional<Instant> generalCrewCall{};
     bool generalCrewCallWasAutofilled = false;
-    std::optional<Instant> officialLunchOut;
+    std::optional<Instant> officialLunchOut{};
     bool officialLunchOutWasAutofilled = false;
     bool firstMealGraceWasCalled = false;
-    std::optional<Instant> officialLunchIn;
+    std::optional<Instant> officialLunchIn{};
     bool officialLunchInWasAutofilled = false;
-    std::optional<Instant> wrap;
-    std::optional<std::int64_t> sharedTravelDurationSeconds;
+    std::optional<Instant> wrap{};
+    std::optional<std::int64_t> sharedTravelDurationSeconds{};
 };
 
 struct CrewDailyEntry {
     Uuid id;
     Uuid workdayID;
-    std::optional<Uuid> crewMemberID;
-    std::optional<Uuid> engagementID;
-    std::optional<Instant> callOverride;
-    std::optional<Instant> lunchOutOverride;
-    std::optional<Instant> lunchInOverride;
-    std::optional<Instant> wrapOverride;
-    std::optional<RulesLocality> rulesLocalityOverride;
+    std::optional<Uuid> crewMemberID{};
+    std::optional<Uuid> engagementID{};
+    std::optional<Instant> callOverride{};
+    std::optional<Instant> lunchOutOverride{};
+    std::optional<Instant> lunchInOverride{};
+    std::optional<Instant> wrapOverride{};
+    std::optional<RulesLocality> rulesLocalityOverride{};
     bool nonDeductibleBreakfast = false;
     std::int64_t displayOrder = 0;
     bool callOverrideWasAutofilled = false;
@@ -159,9 +159,9 @@ struct PayrollDayActivity {
     Uuid payrollWeekID;
     CalendarDate calendarDate;
     std::string kindRawValue;  // kept as stored: an unknown kind is shown, not guessed
-    std::optional<std::int64_t> travelDurationSeconds;
-    std::optional<Uuid> crewMemberID;
-    std::optional<Uuid> engagementID;
+    std::optional<std::int64_t> travelDurationSeconds{};
+    std::optional<Uuid> crewMemberID{};
+    std::optional<Uuid> engagementID{};
 
     std::optional<PayrollDayActivityKind> kind() const noexcept { return fromRawValue<PayrollDayActivityKind>(kindRawValue); }
 };
