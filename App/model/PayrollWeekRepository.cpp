@@ -78,6 +78,19 @@ std::optional<std::string> localityText(const std::optional<RulesLocality>& loca
     return std::string(toRawValue(*locality));
 }
 
+// Binds every column in the order of workdayColumns / entryColumns, for both inserting and updating.
+void bindWorkday(SQLite::Statement& statement, const Workday& w) {
+    bindAll(statement, w.id, w.payrollWeekID, w.calendarDate, w.generalCrewCall, w.generalCrewCallWasAutofilled,
+            w.officialLunchOut, w.officialLunchOutWasAutofilled, w.firstMealGraceWasCalled, w.officialLunchIn,
+            w.officialLunchInWasAutofilled, w.wrap, w.sharedTravelDurationSeconds);
+}
+
+void bindEntry(SQLite::Statement& statement, const CrewDailyEntry& e) {
+    bindAll(statement, e.id, e.workdayID, e.crewMemberID, e.engagementID, e.callOverride, e.lunchOutOverride,
+            e.lunchInOverride, e.wrapOverride, localityText(e.rulesLocalityOverride), e.nonDeductibleBreakfast,
+            e.displayOrder, e.callOverrideWasAutofilled, e.wrapOverrideWasAutofilled);
+}
+
 constexpr const char* activityColumns =
     "id, payrollWeekID, calendarDate, kindRawValue, travelDurationSeconds, crewMemberID, engagementID";
 
@@ -131,9 +144,7 @@ void removeWeek(ModelContext& context, const Uuid& id) {
 Workday createWorkday(ModelContext& context, const Workday& w) {
     auto& statement = context.prepare("INSERT INTO Workday (" + std::string(workdayColumns) +
                                       ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12)");
-    bindAll(statement, w.id, w.payrollWeekID, w.calendarDate, w.generalCrewCall, w.generalCrewCallWasAutofilled,
-            w.officialLunchOut, w.officialLunchOutWasAutofilled, w.firstMealGraceWasCalled, w.officialLunchIn,
-            w.officialLunchInWasAutofilled, w.wrap, w.sharedTravelDurationSeconds);
+    bindWorkday(statement, w);
     statement.exec();
     return w;
 }
@@ -166,9 +177,7 @@ void updateWorkday(ModelContext& context, const Workday& w) {
         "UPDATE Workday SET payrollWeekID = ?2, calendarDate = ?3, generalCrewCall = ?4, generalCrewCallWasAutofilled = ?5, "
         "officialLunchOut = ?6, officialLunchOutWasAutofilled = ?7, firstMealGraceWasCalled = ?8, officialLunchIn = ?9, "
         "officialLunchInWasAutofilled = ?10, wrap = ?11, sharedTravelDurationSeconds = ?12 WHERE id = ?1");
-    bindAll(statement, w.id, w.payrollWeekID, w.calendarDate, w.generalCrewCall, w.generalCrewCallWasAutofilled,
-            w.officialLunchOut, w.officialLunchOutWasAutofilled, w.firstMealGraceWasCalled, w.officialLunchIn,
-            w.officialLunchInWasAutofilled, w.wrap, w.sharedTravelDurationSeconds);
+    bindWorkday(statement, w);
     statement.exec();
 }
 
@@ -186,9 +195,7 @@ void removeWorkday(ModelContext& context, const Uuid& id) {
 CrewDailyEntry createEntry(ModelContext& context, const CrewDailyEntry& e) {
     auto& statement = context.prepare("INSERT INTO CrewDailyEntry (" + std::string(entryColumns) +
                                       ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13)");
-    bindAll(statement, e.id, e.workdayID, e.crewMemberID, e.engagementID, e.callOverride, e.lunchOutOverride,
-            e.lunchInOverride, e.wrapOverride, localityText(e.rulesLocalityOverride), e.nonDeductibleBreakfast,
-            e.displayOrder, e.callOverrideWasAutofilled, e.wrapOverrideWasAutofilled);
+    bindEntry(statement, e);
     statement.exec();
     return e;
 }
@@ -206,9 +213,7 @@ void updateEntry(ModelContext& context, const CrewDailyEntry& e) {
         "lunchOutOverride = ?6, lunchInOverride = ?7, wrapOverride = ?8, rulesLocalityOverrideRawValue = ?9, "
         "nonDeductibleBreakfast = ?10, displayOrder = ?11, callOverrideWasAutofilled = ?12, "
         "wrapOverrideWasAutofilled = ?13 WHERE id = ?1");
-    bindAll(statement, e.id, e.workdayID, e.crewMemberID, e.engagementID, e.callOverride, e.lunchOutOverride,
-            e.lunchInOverride, e.wrapOverride, localityText(e.rulesLocalityOverride), e.nonDeductibleBreakfast,
-            e.displayOrder, e.callOverrideWasAutofilled, e.wrapOverrideWasAutofilled);
+    bindEntry(statement, e);
     statement.exec();
 }
 

@@ -61,6 +61,14 @@ ProductionEngagement readEngagement(SQLite::Statement& row) {
             optionalInteger(row.getColumn(13))};
 }
 
+// Binds every column in the order of engagementColumns, for both inserting and updating.
+void bindEngagement(SQLite::Statement& statement, const ProductionEngagement& e) {
+    bindAll(statement, e.id, e.productionID, e.crewMemberID, e.classificationID, e.effectiveFrom, e.effectiveThrough,
+            e.notes, std::string(toRawValue(e.employmentSchedule)), rawText(e.employmentLocation),
+            std::string(toRawValue(e.crewParticipation)), rawText(e.rulesLocalityOverride), e.dtsEligibilityStartsAt,
+            e.regularPrecallDurationSeconds, e.regularWrapoutDurationSeconds);
+}
+
 template <typename Record, typename Reader>
 std::vector<Record> readAll(SQLite::Statement& statement, Reader read) {
     std::vector<Record> records;
@@ -191,12 +199,7 @@ ProductionEngagement createEngagement(ModelContext& context, const Uuid& product
                                     CrewParticipation::fullTime, std::nullopt, std::nullopt, std::nullopt, std::nullopt};
     auto& statement = context.prepare("INSERT INTO ProductionEngagement (" + std::string(engagementColumns) +
                                       ") VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14)");
-    bindAll(statement, engagement.id, engagement.productionID, engagement.crewMemberID, engagement.classificationID,
-            engagement.effectiveFrom, engagement.effectiveThrough, engagement.notes,
-            std::string(toRawValue(engagement.employmentSchedule)), rawText(engagement.employmentLocation),
-            std::string(toRawValue(engagement.crewParticipation)), rawText(engagement.rulesLocalityOverride),
-            engagement.dtsEligibilityStartsAt, engagement.regularPrecallDurationSeconds,
-            engagement.regularWrapoutDurationSeconds);
+    bindEngagement(statement, engagement);
     statement.exec();
     return engagement;
 }
@@ -224,14 +227,11 @@ std::vector<ProductionEngagement> engagements(ModelContext& context, const Uuid&
 
 void updateEngagement(ModelContext& context, const ProductionEngagement& e) {
     auto& statement = context.prepare(
-        "UPDATE ProductionEngagement SET crewMemberID = ?2, classificationID = ?3, effectiveFrom = ?4, "
-        "effectiveThrough = ?5, notes = ?6, employmentScheduleRawValue = ?7, employmentLocationRawValue = ?8, "
-        "crewParticipationRawValue = ?9, rulesLocalityOverrideRawValue = ?10, dtsEligibilityStartsAt = ?11, "
-        "regularPrecallDurationSeconds = ?12, regularWrapoutDurationSeconds = ?13 WHERE id = ?1");
-    bindAll(statement, e.id, e.crewMemberID, e.classificationID, e.effectiveFrom, e.effectiveThrough, e.notes,
-            std::string(toRawValue(e.employmentSchedule)), rawText(e.employmentLocation),
-            std::string(toRawValue(e.crewParticipation)), rawText(e.rulesLocalityOverride), e.dtsEligibilityStartsAt,
-            e.regularPrecallDurationSeconds, e.regularWrapoutDurationSeconds);
+        "UPDATE ProductionEngagement SET productionID = ?2, crewMemberID = ?3, classificationID = ?4, effectiveFrom = ?5, "
+        "effectiveThrough = ?6, notes = ?7, employmentScheduleRawValue = ?8, employmentLocationRawValue = ?9, "
+        "crewParticipationRawValue = ?10, rulesLocalityOverrideRawValue = ?11, dtsEligibilityStartsAt = ?12, "
+        "regularPrecallDurationSeconds = ?13, regularWrapoutDurationSeconds = ?14 WHERE id = ?1");
+    bindEngagement(statement, e);
     statement.exec();
 }
 

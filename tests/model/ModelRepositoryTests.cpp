@@ -74,6 +74,43 @@ TEST_F(Model, ANewProductionAndEngagementHaveTheirDefaults) {
     EXPECT_THROW(production_repository::create(context, "  ", {}, created), ModelValidationError);
 }
 
+TEST_F(Model, UpdatesWriteEveryFieldBack) {
+    const auto member = crew_repository::createCrewMember(context, production.id, "Rowan Vale");
+    auto engagement = crew_repository::createEngagement(context, production.id, member.id, day(2));
+    engagement.effectiveThrough = day(20);
+    engagement.crewParticipation = CrewParticipation::dayplayer;
+    engagement.rulesLocalityOverride = RulesLocality::distant;
+    engagement.regularPrecallDurationSeconds = 1800;
+    crew_repository::updateEngagement(context, engagement);
+    const auto storedEngagement = crew_repository::fetchEngagement(context, engagement.id);
+    EXPECT_EQ(storedEngagement->effectiveThrough, day(20));
+    EXPECT_EQ(storedEngagement->crewParticipation, CrewParticipation::dayplayer);
+    EXPECT_EQ(storedEngagement->rulesLocalityOverride, RulesLocality::distant);
+    EXPECT_EQ(storedEngagement->regularPrecallDurationSeconds, 1800);
+
+    Day d = dayWithRow(production.id, day(3), member, engagement);
+    d.workday.wrap = sys_days(day(4)) + hours(1);  // 25.0 on the DTS
+    d.workday.firstMealGraceWasCalled = true;
+    d.workday.sharedTravelDurationSeconds = 3600;
+    weeks::updateWorkday(context, d.workday);
+    const auto storedDay = weeks::fetchWorkday(context, d.workday.id);
+    EXPECT_EQ(storedDay->wrap, d.workday.wrap);
+    EXPECT_TRUE(storedDay->firstMealGraceWasCalled);
+    EXPECT_EQ(storedDay->sharedTravelDurationSeconds, 3600);
+    EXPECT_EQ(storedDay->generalCrewCall, sys_days(day(3)) + hours(7));
+
+    d.entry.callOverride = sys_days(day(3)) + hours(6);
+    d.entry.callOverrideWasAutofilled = true;
+    d.entry.nonDeductibleBreakfast = true;
+    d.entry.displayOrder = 4;
+    weeks::updateEntry(context, d.entry);
+    const auto storedEntry = weeks::entries(context, d.workday.id).at(0);
+    EXPECT_EQ(storedEntry.callOverride, d.entry.callOverride);
+    EXPECT_TRUE(storedEntry.callOverrideWasAutofilled);
+    EXPECT_TRUE(storedEntry.nonDeductibleBreakfast);
+    EXPECT_EQ(storedEntry.displayOrder, 4);
+}
+
 TEST_F(Model, UnknownRawValuesReadAsTheirFallbacks) {
     const auto member = crew_repository::createCrewMember(context, production.id, "Rowan Vale");
     const auto engagement = crew_repository::createEngagement(context, production.id, member.id, day(2));
