@@ -1,0 +1,368 @@
+#include "DailyTimeSheets.hpp"
+
+#include "App/dts/PayrollDecimalTime.hpp"
+#include "App/model/CalendarText.hpp"
+#include "App/model/PayrollWeekRepository.hpp"
+#include "App/model/ProductionRepository.hpp"
+#include "App/model/ProductionWeekCalendars.hpp"
+#include "App/model/SatelliteRepository.hpp"
+
+namespace tessel {
+namespace {
+
+using namespace std::chrono;
+namespace weeks = payroll_week_repository;
+namespace satellites = satellite_repository;
+using store_schema::satelliteTable;
+
+const StoreValue* field(const std::optional<StoreFields>& fields, std::string_view name) {
+    if (!fields) return nullptr;
+    for (const auto& [column, value] : *fields) {
+        if (column == name) return &value;
+    }
+    return nullptr;
+}
+
+std::optional<ProductionEngagement> engagementOf(ModelContext& context, const CrewDailyEntry& entry) {
+    if (!entry.engagementID) return std::nullopt;
+    return crew_repository::fetchEngagement(context, *entry.engagementID);
+}
+
+// The value autofill gives a row's call or wrap, if it has a source.
+std::optional<Instant> rowAutofillValue(const Workday& workday, const std::optional<ProductionEngagement>& engagement,
+                                        DTSTimeField field) {
+    if (!engagement) return std::nullopt;
+    if (field == DTSTimeField::call && engagement->regularPrecallDurationSeconds && workday.generalCrewCall) {
+        return *workday.generalCrewCall - seconds(*engagement->regularPrecallDurationSeconds);
+    }
+    if (field == DTSTimeField::wrap && engagement->regularWrapoutDurationSeconds && workday.wrap) {
+        return *workday.wrap + seconds(*engagement->regularWrapoutDurationSeconds);
+    }
+    return std::nullopt;
+}
+
+// Refills a row's call and wrap from their sources unless the user typed them.
+void refreshRowAutofill(ModelContext& context, const Workday& workday, CrewDailyEntry& entry) {
+    const auto engagement = engagementOf(context, entry);
+    const auto refresh = [&](DTSTimeField field, std::optional<Instant>& value, bool& autofilled) {
+        if (value && !autofilled) return;
+        const auto filled = rowAutofillValue(workday, engagement, field);
+        value = filled;
+        autofilled = filled.has_value();
+    };
+    refresh(DTSTimeField::call, entry.callOverride, entry.callOverrideWasAutofilled);
+    refresh(DTSTimeField::wrap, entry.wrapOverride, entry.wrapOverrideWasAutofilled);
+}
+
+void refreshAllRows(ModelContext& context, const Workday& workday) {
+    for (auto entry : weeks::entries(context, workday.id)) {
+        const CrewDailyEntry before = entry;
+        refreshRowAutofill(context, workday, entry);
+        if (entry.callOverride != before.callOverride || entry.wrapOverride != before.wrapOverride ||
+            entry.callOverrideWasAutofilled != before.callOverrideWasAutofilled ||
+            entry.wrapOverrideWasAutofilled != before.wrapOverrideWasAutofilled) {
+            weeks::updateEntry(context, entry);
+        }
+    }
+}
+
+std::int64_t lunchLength(ModelContext& context, const Workday& workday) {
+    const auto production = production_repository::fetch(context, DailyTimeSheets::productionOf(context, workday));
+    return production ? production->defaultLunchDurationSeconds : 1800;
+}
+
+// The engagement under which a crew member works a date: full time, in force, and eligible for a DTS.
+std::optional<ProductionEngagement> fullTimeEngagementOn(ModelContext& context, const CrewMember& member, CalendarDate date) {
+    std::optional<ProductionEngagement> chosen;
+    for (const auto& engagement : crew_repository::engagementsOf(context, member.id)) {
+        const bool eligible = !engagement.dtsEligibilityStartsAt || sys_days(*engagement.dtsEligibilityStartsAt) <= sys_days(date);
+        if (engagement.appliesOn(date) && eligible && engagement.crewParticipation == CrewParticipation::fullTime) {
+            chosen = engagement;  // engagements come in start order; the latest in force wins
+        }
+    }
+    return chosen;
+}
+
+bool activeOn(const CrewMember& member, CalendarDate date) {
+    return !member.retiredAt || *member.retiredAt > Instant(sys_days(date));
+}
+
+}  // namespace
+
+std::string_view toRawValue(DTSTimeField field) noexcept {
+    switch (field) {
+        case DTSTimeField::call: return "call";
+        case DTSTimeField::lunchOut: return "lunchOut";
+        case DTSTimeField::lunchIn: return "lunchIn";
+        case DTSTimeField::wrap: return "wrap";
+    }
+    return {};
+}
+
+std::optional<DTSTimeField> dtsTimeFieldFromRawValue(std::string_view raw) noexcept {
+    for (auto field : {DTSTimeField::call, DTSTimeField::lunchOut, DTSTimeField::lunchIn, DTSTimeField::wrap}) {
+        if (toRawValue(field) == raw) return field;
+    }
+    return std::nullopt;
+}
+
+std::string_view toRawValue(EffectiveTimeSource source) noexcept {
+    switch (source) {
+        case EffectiveTimeSource::inherited: return "inherited";
+        case EffectiveTimeSource::explicitOverride: return "override";
+        case EffectiveTimeSource::autofilled: return "autofilled";
+    }
+    return {};
+}
+
+const EffectiveTime& EffectiveRowTimes::operator[](DTSTimeField field) const noexcept {
+    switch (field) {
+        case DTSTimeField::call: return call;
+        case DTSTimeField::lunchOut: return lunchOut;
+        case DTSTimeField::lunchIn: return lunchIn;
+        case DTSTimeField::wrap: return wrap;
+    }
+    return call;
+}
+
+Uuid DailyTimeSheets::productionOf(ModelContext& context, const Workday& workday) {
+    const auto week = weeks::fetchWeek(context, workday.payrollWeekID);
+    if (!week) throw DTSWorkflowError("The Payroll Week is not attached to a Production.");
+    return week->productionID;
+}
+
+std::optional<Workday> DailyTimeSheets::find(ModelContext& context, const Uuid& productionID, CalendarDate date) {
+    return weeks::workdayOn(context, productionID, date);
+}
+
+Workday DailyTimeSheets::fetch(ModelContext& context, const Uuid& workdayID) {
+    if (const auto workday = weeks::fetchWorkday(context, workdayID)) return *workday;
+    throw DTSWorkflowError("The DTS could not be found.");
+}
+
+CrewDailyEntry DailyTimeSheets::fetchEntry(ModelContext& context, const Uuid& entryID) {
+    auto& statement = context.prepare("SELECT workdayID FROM CrewDailyEntry WHERE id = ?1");
+    columns::bind(statement, 1, entryID);
+    if (statement.executeStep()) {
+        const Uuid workdayID = columns::uuid(statement.getColumn(0));
+        for (const auto& entry : weeks::entries(context, workdayID)) {
+            if (entry.id == entryID) return entry;
+        }
+    }
+    throw DTSWorkflowError("The DTS crew row could not be found.");
+}
+
+Workday DailyTimeSheets::create(ModelContext& context, const Uuid& productionID, CalendarDate date) {
+    if (find(context, productionID, date)) {
+        throw DTSWorkflowError("A DTS already exists for " + calendar_text::formatDate(date) + ".",
+                               std::string(dts_messages::createFailedTitle));
+    }
+    const PayrollWeek week = ProductionWeekCalendars::findOrCreateWeek(context, productionID, date);
+    const Workday workday = weeks::createWorkday(context, Workday{Uuid::generate(), week.id, date});
+    const bool ndb = defaultNonDeductibleBreakfast(context, productionID);
+    for (const auto& member : crew_repository::crewMembers(context, productionID)) {
+        if (!activeOn(member, date)) continue;
+        const auto engagement = fullTimeEngagementOn(context, member, date);
+        if (!engagement) continue;
+        CrewDailyEntry entry{Uuid::generate(), workday.id, member.id, engagement->id};
+        entry.nonDeductibleBreakfast = ndb;
+        entry.displayOrder = member.displayOrder;
+        weeks::createEntry(context, entry);
+    }
+    return workday;
+}
+
+bool DailyTimeSheets::hasEnteredData(ModelContext& context, const Workday& w) {
+    if (w.generalCrewCall || w.officialLunchOut || w.officialLunchIn || w.wrap || w.firstMealGraceWasCalled ||
+        w.sharedTravelDurationSeconds) {
+        return true;
+    }
+    for (const auto& entry : weeks::entries(context, w.id)) {
+        if (entry.callOverride || entry.lunchOutOverride || entry.lunchInOverride || entry.wrapOverride) return true;
+    }
+    for (const auto& table : store_schema::satelliteTables()) {
+        if (table.owner == store_schema::SatelliteOwner::workday && satellites::find(context, table, w.id)) return true;
+    }
+    return false;
+}
+
+void DailyTimeSheets::remove(ModelContext& context, const Uuid& workdayID) {
+    if (!weeks::fetchWorkday(context, workdayID)) {
+        throw DTSWorkflowError(std::string(dts_messages::deleteFailed), std::string(dts_messages::deleteFailedTitle));
+    }
+    weeks::removeWorkday(context, workdayID);
+}
+
+void DailyTimeSheets::setSharedTime(ModelContext& context, const Uuid& workdayID, DTSTimeField field,
+                                    std::optional<Instant> value) {
+    Workday w = fetch(context, workdayID);
+    switch (field) {
+        case DTSTimeField::call:
+            w.generalCrewCall = value;
+            w.generalCrewCallWasAutofilled = false;
+            break;
+        case DTSTimeField::lunchOut:
+            w.officialLunchOut = value;
+            w.officialLunchOutWasAutofilled = false;
+            if (!w.officialLunchIn || w.officialLunchInWasAutofilled) {
+                w.officialLunchIn = value ? std::optional(*value + seconds(lunchLength(context, w))) : std::nullopt;
+                w.officialLunchInWasAutofilled = value.has_value();
+            }
+            break;
+        case DTSTimeField::lunchIn:
+            w.officialLunchIn = value;
+            w.officialLunchInWasAutofilled = false;
+            break;
+        case DTSTimeField::wrap:
+            w.wrap = value;
+            break;
+    }
+    weeks::updateWorkday(context, w);
+    refreshAllRows(context, w);
+}
+
+void DailyTimeSheets::revertSharedToAutofill(ModelContext& context, const Uuid& workdayID, DTSTimeField field) {
+    Workday w = fetch(context, workdayID);
+    if (field != DTSTimeField::lunchIn || !w.officialLunchOut) {
+        throw DTSWorkflowError("This time has no autofill value to revert to.");
+    }
+    w.officialLunchIn = *w.officialLunchOut + seconds(lunchLength(context, w));
+    w.officialLunchInWasAutofilled = true;
+    weeks::updateWorkday(context, w);
+}
+
+void DailyTimeSheets::setGraceCalled(ModelContext& context, const Uuid& workdayID, bool called) {
+    Workday w = fetch(context, workdayID);
+    w.firstMealGraceWasCalled = called;
+    weeks::updateWorkday(context, w);
+}
+
+void DailyTimeSheets::setSharedTravel(ModelContext& context, const Uuid& workdayID, std::optional<std::int64_t> seconds) {
+    Workday w = fetch(context, workdayID);
+    w.sharedTravelDurationSeconds = seconds;
+    weeks::updateWorkday(context, w);
+}
+
+void DailyTimeSheets::setDepartmentMileage(ModelContext& context, const Uuid& workdayID, const std::optional<Decimal>& miles) {
+    const auto& table = satelliteTable("WorkdayMileageConfiguration");
+    if (!miles) return satellites::removeAll(context, table, workdayID);
+    if (miles->isNaN() || miles->isNegative()) throw DTSWorkflowError(std::string(dts_messages::mileageInvalid));
+    satellites::write(context, table, workdayID, {{"miles", miles->toString()}});
+}
+
+std::optional<Decimal> DailyTimeSheets::departmentMileage(ModelContext& context, const Uuid& workdayID) {
+    const auto* miles = field(satellites::find(context, satelliteTable("WorkdayMileageConfiguration"), workdayID), "miles");
+    if (!miles || !std::holds_alternative<std::string>(*miles)) return std::nullopt;
+    return Decimal::parse(std::get<std::string>(*miles));
+}
+
+void DailyTimeSheets::setWorkLocation(ModelContext& context, const Uuid& workdayID, MealWorkLocation location, Instant now) {
+    satellites::write(context, satelliteTable("WorkdayMealLocationConfiguration"), workdayID,
+                      {{"workLocationRawValue", std::string(toRawValue(location))},
+                       {"modifiedAt", calendar_text::formatInstant(now)}});
+}
+
+std::optional<MealWorkLocation> DailyTimeSheets::workLocation(ModelContext& context, const Uuid& workdayID) {
+    const auto* raw = field(satellites::find(context, satelliteTable("WorkdayMealLocationConfiguration"), workdayID),
+                            "workLocationRawValue");
+    if (!raw || !std::holds_alternative<std::string>(*raw)) return std::nullopt;
+    return fromRawValue<MealWorkLocation>(std::get<std::string>(*raw));
+}
+
+void DailyTimeSheets::setRowTime(ModelContext& context, const Uuid& entryID, DTSTimeField field, std::optional<Instant> value) {
+    CrewDailyEntry e = fetchEntry(context, entryID);
+    switch (field) {
+        case DTSTimeField::call:
+            e.callOverride = value;
+            e.callOverrideWasAutofilled = false;
+            break;
+        case DTSTimeField::lunchOut: e.lunchOutOverride = value; break;
+        case DTSTimeField::lunchIn: e.lunchInOverride = value; break;
+        case DTSTimeField::wrap:
+            e.wrapOverride = value;
+            e.wrapOverrideWasAutofilled = false;
+            break;
+    }
+    weeks::updateEntry(context, e);
+}
+
+void DailyTimeSheets::revertRowToAutofill(ModelContext& context, const Uuid& entryID, DTSTimeField field) {
+    CrewDailyEntry e = fetchEntry(context, entryID);
+    const auto filled = rowAutofillValue(fetch(context, e.workdayID), engagementOf(context, e), field);
+    if (!filled) throw DTSWorkflowError("This time has no autofill value to revert to.");
+    if (field == DTSTimeField::call) {
+        e.callOverride = filled;
+        e.callOverrideWasAutofilled = true;
+    } else if (field == DTSTimeField::wrap) {
+        e.wrapOverride = filled;
+        e.wrapOverrideWasAutofilled = true;
+    }
+    weeks::updateEntry(context, e);
+}
+
+std::optional<std::string> DailyTimeSheets::revertToAutofillLabel(ModelContext& context, const Uuid& entryID, DTSTimeField field) {
+    if (field != DTSTimeField::call && field != DTSTimeField::wrap) return std::nullopt;
+    const CrewDailyEntry e = fetchEntry(context, entryID);
+    const bool autofilled = field == DTSTimeField::call ? e.callOverrideWasAutofilled : e.wrapOverrideWasAutofilled;
+    const auto& engagement = engagementOf(context, e);
+    const bool hasSource = engagement && (field == DTSTimeField::call ? engagement->regularPrecallDurationSeconds.has_value()
+                                                                      : engagement->regularWrapoutDurationSeconds.has_value());
+    if (autofilled || !hasSource) return std::nullopt;
+    const Workday workday = fetch(context, e.workdayID);
+    const auto filled = rowAutofillValue(workday, engagement, field);
+    if (!filled) return "Revert to Autofill";
+    return "Revert to Autofill (" + payroll_decimal_time::formatTimeOfDay(filled, workday.calendarDate) + ")";
+}
+
+void DailyTimeSheets::setNonDeductibleBreakfast(ModelContext& context, const Uuid& entryID, bool given) {
+    CrewDailyEntry e = fetchEntry(context, entryID);
+    e.nonDeductibleBreakfast = given;
+    weeks::updateEntry(context, e);
+}
+
+void DailyTimeSheets::setWorkMode(ModelContext& context, const Uuid& entryID, CrewDailyWorkMode mode) {
+    fetchEntry(context, entryID);
+    satellites::write(context, satelliteTable("CrewDailyWorkModeConfiguration"), entryID,
+                      {{"modeRawValue", std::string(toRawValue(mode))}});
+}
+
+CrewDailyWorkMode DailyTimeSheets::workMode(ModelContext& context, const Uuid& entryID) {
+    const auto* raw = field(satellites::find(context, satelliteTable("CrewDailyWorkModeConfiguration"), entryID), "modeRawValue");
+    if (!raw || !std::holds_alternative<std::string>(*raw)) return CrewDailyWorkMode::timed;
+    return fromRawValue<CrewDailyWorkMode>(std::get<std::string>(*raw)).value_or(CrewDailyWorkMode::timed);
+}
+
+EffectiveRowTimes DailyTimeSheets::effectiveTimes(const Workday& w, const CrewDailyEntry& e) {
+    const auto effective = [](const std::optional<Instant>& own, bool autofilled, const std::optional<Instant>& shared) {
+        if (!own) return EffectiveTime{shared, EffectiveTimeSource::inherited};
+        return EffectiveTime{own, autofilled ? EffectiveTimeSource::autofilled : EffectiveTimeSource::explicitOverride};
+    };
+    return {effective(e.callOverride, e.callOverrideWasAutofilled, w.generalCrewCall),
+            effective(e.lunchOutOverride, false, w.officialLunchOut), effective(e.lunchInOverride, false, w.officialLunchIn),
+            effective(e.wrapOverride, e.wrapOverrideWasAutofilled, w.wrap)};
+}
+
+std::optional<std::string> DailyTimeSheets::unusualMealAdvisory(const std::optional<Instant>& lunchOut,
+                                                               const std::optional<Instant>& lunchIn) {
+    if (!lunchOut || !lunchIn || *lunchIn <= *lunchOut) return std::nullopt;
+    const auto length = (*lunchIn - *lunchOut).count();
+    if (length == 1800 || length == 3600) return std::nullopt;
+    return "Unusual meal length: " + payroll_decimal_time::formatDuration(length) +
+           " hours. Most meal periods are 0.5 or 1.0 hours. Check Lunch Out and Lunch In.";
+}
+
+bool DailyTimeSheets::defaultNonDeductibleBreakfast(ModelContext& context, const Uuid& productionID) {
+    const auto* value = field(satellites::find(context, satelliteTable("ProductionDTSWorkflowConfiguration"), productionID),
+                              "defaultNonDeductibleBreakfast");
+    return value && std::holds_alternative<std::int64_t>(*value) && std::get<std::int64_t>(*value) != 0;
+}
+
+void DailyTimeSheets::setDefaultNonDeductibleBreakfast(ModelContext& context, const Uuid& productionID, bool given, Instant now) {
+    const auto& table = satelliteTable("ProductionDTSWorkflowConfiguration");
+    const std::string stamp = calendar_text::formatInstant(now);
+    StoreFields fields{{"defaultNonDeductibleBreakfast", std::int64_t{given}}, {"modifiedAt", stamp}};
+    if (!satellites::find(context, table, productionID)) fields.emplace_back("createdAt", stamp);
+    satellites::write(context, table, productionID, fields);
+}
+
+}  // namespace tessel
