@@ -5,6 +5,7 @@
 
 #include "App/shell/CalcCommands.hpp"
 #include "App/shell/CommandSession.hpp"
+#include "App/shell/DTSCommands.hpp"
 #include "App/shell/StoreCommands.hpp"
 
 namespace tessel {
@@ -26,8 +27,10 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     int exitStatus = exitSuccess;
     CommandSession session(options, streams);
     StoreCommandArguments storeArguments;
+    DTSCommandArguments dtsArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
+    addDTSCommands(app, session, dtsArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());

@@ -2,6 +2,7 @@
 
 #include <iostream>
 
+#include "App/dts/CrewDailyEntryRepair.hpp"
 #include "App/model/ProductionRepository.hpp"
 
 namespace tessel {
@@ -25,6 +26,7 @@ TesselStore* CommandSession::store() {
     auto result = openTesselStore(environment());
     if (auto* opened = std::get_if<std::unique_ptr<TesselStore>>(&result)) {
         store_ = std::move(*opened);
+        checkCrewRows();
         return store_.get();
     }
     const auto& state = std::get<TesselUnavailableStoreState>(result);
@@ -46,6 +48,18 @@ TesselStore* CommandSession::store() {
                      << state.details << "\n";
     }
     return nullptr;
+}
+
+// The start-up data-integrity check of DTS crew rows, saved once; a failure leaves the store as it was.
+void CommandSession::checkCrewRows() {
+    try {
+        const auto report = store_->perform([](ModelContext& context) { return CrewDailyEntryRepair::run(context); });
+        if (const auto alert = CrewDailyEntryRepair::alertText(report)) {
+            streams_.err << CrewDailyEntryRepair::alertTitle << "\n" << *alert << "\n";
+        }
+    } catch (const std::exception& error) {
+        streams_.err << CrewDailyEntryRepair::checkFailedPrefix << " " << error.what() << "\n";
+    }
 }
 
 UserSettingsStore& CommandSession::settings() {

@@ -45,6 +45,7 @@ public:
 private:
     // Carries out a requested test store reset before the test store or its settings are first used.
     void prepareEnvironment();
+    void checkCrewRows();
 
     const GlobalOptions& options_;
     bool prepared_ = false;

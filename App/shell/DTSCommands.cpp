@@ -1,0 +1,523 @@
+#include "DTSCommands.hpp"
+
+#include <array>
+#include <map>
+#include <sstream>
+
+#include "App/dts/CrewOnDTS.hpp"
+#include "App/dts/NonDTSActivities.hpp"
+#include "App/dts/PayrollDecimalTime.hpp"
+#include "App/model/CalendarText.hpp"
+#include "App/model/PayrollWeekRepository.hpp"
+#include "App/model/ProductionRepository.hpp"
+#include "App/model/ProductionWeekCalendars.hpp"
+
+namespace tessel {
+namespace {
+
+using namespace std::chrono;
+namespace weeks = payroll_week_repository;
+using payroll_decimal_time::formatDuration;
+
+// A refusal of the user's entry: its sentence, and the case name for --json.
+struct Refused {
+    std::string errorCase;
+    std::string message;
+};
+
+constexpr std::array<const char*, 7> weekdayNames{"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
+
+CalendarDate dateArgument(const std::string& text) {
+    if (const auto date = calendar_text::parseDate(text)) return *date;
+    throw Refused{"invalidDate", "Enter the date as YYYY-MM-DD, such as 2026-11-02."};
+}
+
+std::optional<Instant> timeArgument(const std::string& text, CalendarDate date, DTSTimeEntryRole role) {
+    const PayrollDecimalTimeFieldTransition field{"\x01", date, role, std::nullopt, false};
+    const auto outcome = field.end(text);
+    using Kind = PayrollDecimalTimeFieldTransition::Outcome::Kind;
+    if (outcome.kind == Kind::invalid) throw Refused{"invalidTime", outcome.message};
+    return outcome.value;  // absent when cleared
+}
+
+std::optional<std::int64_t> durationArgument(const std::string& text, std::string_view message) {
+    if (text.find_first_not_of(" \t") == std::string::npos) return std::nullopt;
+    try {
+        return PayrollDecimalDurationParser::parse(text);
+    } catch (const PayrollDecimalDurationParser::ParseError&) {
+        throw Refused{"invalidDuration", std::string(message)};
+    }
+}
+
+CrewMember crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name) {
+    const auto crew = crew_repository::crewMembers(context, productionID);
+    for (const auto& member : crew) {
+        if (member.displayName == name) return member;
+    }
+    throw Refused{"crewMemberNotFound", "There is no crew member named \u201C" + name + "\u201D on this production."};
+}
+
+Workday dtsOn(ModelContext& context, const Uuid& productionID, CalendarDate date) {
+    if (const auto workday = DailyTimeSheets::find(context, productionID, date)) return *workday;
+    throw Refused{"dtsNotFound", "There is no DTS for " + calendar_text::formatDate(date) + "; create it with \u201Ctessel dts create " +
+                                     calendar_text::formatDate(date) + "\u201D."};
+}
+
+// Runs one user action in one transaction and reports a refusal with its sentence; nothing is changed then.
+template <typename Action>
+int act(CommandSession& session, Action&& action) {
+    TesselStore* store = session.store();
+    if (!store) return exitRefused;
+    const auto production = session.production();
+    if (!production) return exitRefused;
+    try {
+        return store->perform([&](ModelContext& context) { return action(context, *production); });
+    } catch (const Refused& refused) {
+        return session.refuse(refused.errorCase, refused.message);
+    } catch (const DTSWorkflowError& error) {
+        return session.refuse("refused", error.what());
+    } catch (const ModelValidationError& error) {
+        return session.refuse("refused", error.what());
+    } catch (const DomainError& error) {
+        return session.refuse(error.caseName(), error.description());
+    }
+}
+
+// ---- crew ----
+
+int addCrew(CommandSession& session, const DTSCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate from = dateArgument(a.from);
+        const auto precall = durationArgument(a.precall, "Enter the regular precall in payroll-decimal hours, such as 0.5.");
+        const auto wrapout = durationArgument(a.wrapout, "Enter the regular wrap-out in payroll-decimal hours, such as 0.3.");
+        if (a.name.find_first_not_of(" \t") == std::string::npos) throw Refused{"invalidName", "Enter a crew member name."};
+        const auto member = crew_repository::createCrewMember(context, production.id, a.name);
+        auto engagement = crew_repository::createEngagement(context, production.id, member.id, from);
+        engagement.crewParticipation = a.dayplayer ? CrewParticipation::dayplayer : CrewParticipation::fullTime;
+        engagement.regularPrecallDurationSeconds = precall;
+        engagement.regularWrapoutDurationSeconds = wrapout;
+        crew_repository::updateEngagement(context, engagement);
+        if (!a.rate.empty()) crew_repository::addPayRate(context, engagement.id, from, a.rate, production.currencyCode);
+        session.answer(Json{{"id", member.id.text()}, {"engagementID", engagement.id.text()}},
+                       "Added " + member.displayName + (a.dayplayer ? " (dayplayer)" : "") + " from " + a.from + ".\n");
+        return int{exitSuccess};
+    });
+}
+
+int listCrew(CommandSession& session) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        Json list = Json::array();
+        std::ostringstream text;
+        for (const auto& member : crew_repository::crewMembers(context, production.id)) {
+            for (const auto& engagement : crew_repository::engagementsOf(context, member.id)) {
+                const auto rates = crew_repository::payRates(context, engagement.id);
+                Json json{{"id", member.id.text()},
+                          {"displayName", member.displayName},
+                          {"crewParticipation", toRawValue(engagement.crewParticipation)},
+                          {"effectiveFrom", calendar_text::formatDate(engagement.effectiveFrom)}};
+                text << member.displayName << "  " << (engagement.crewParticipation == CrewParticipation::dayplayer ? "dayplayer" : "full time")
+                     << ", from " << calendar_text::formatDate(engagement.effectiveFrom);
+                if (!rates.empty()) {
+                    json["hourlyRate"] = Json{{"amount", rates.back().hourlyAmount.toString()}, {"currency", rates.back().currencyCode}};
+                    text << ", " << rates.back().hourlyAmount.toString() << " " << rates.back().currencyCode << "/h";
+                }
+                if (engagement.regularPrecallDurationSeconds) {
+                    json["regularPrecallDurationSeconds"] = *engagement.regularPrecallDurationSeconds;
+                    text << ", precall " << formatDuration(*engagement.regularPrecallDurationSeconds);
+                }
+                if (engagement.regularWrapoutDurationSeconds) {
+                    json["regularWrapoutDurationSeconds"] = *engagement.regularWrapoutDurationSeconds;
+                    text << ", wrap-out " << formatDuration(*engagement.regularWrapoutDurationSeconds);
+                }
+                text << "\n";
+                list.push_back(std::move(json));
+            }
+        }
+        if (list.empty()) text << "No crew yet. Add someone with \u201Ctessel crew add NAME --from DATE\u201D.\n";
+        session.answer(Json{{"crew", std::move(list)}}, text.str());
+        return int{exitSuccess};
+    });
+}
+
+// ---- dts ----
+
+int createDTS(CommandSession& session, const DTSCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate date = dateArgument(a.date);
+        const Workday workday = DailyTimeSheets::create(context, production.id, date);
+        const auto rows = weeks::entries(context, workday.id).size();
+        session.answer(Json{{"id", workday.id.text()}, {"date", a.date}, {"rowCount", rows}},
+                       "Created the DTS for " + a.date + " with " + std::to_string(rows) + " crew rows.\n");
+        return int{exitSuccess};
+    });
+}
+
+int setDTS(CommandSession& session, const DTSCommandArguments& a, const std::map<std::string, bool>& given) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate date = dateArgument(a.date);
+        const Workday workday = dtsOn(context, production.id, date);
+        // Every entry is read before anything is written, so one bad entry changes nothing.
+        std::vector<std::pair<DTSTimeField, std::optional<Instant>>> times;
+        if (given.at("call")) times.emplace_back(DTSTimeField::call, timeArgument(a.call, date, DTSTimeEntryRole::call));
+        if (given.at("lunchOut")) times.emplace_back(DTSTimeField::lunchOut, timeArgument(a.lunchOut, date, DTSTimeEntryRole::postCallEvent));
+        if (given.at("lunchIn")) times.emplace_back(DTSTimeField::lunchIn, timeArgument(a.lunchIn, date, DTSTimeEntryRole::postCallEvent));
+        if (given.at("wrap")) times.emplace_back(DTSTimeField::wrap, timeArgument(a.wrap, date, DTSTimeEntryRole::postCallEvent));
+        std::optional<std::optional<std::int64_t>> travel;
+        if (given.at("travel")) travel = durationArgument(a.travel, time_entry_messages::travelDuration);
+        std::optional<std::optional<Decimal>> mileage;
+        if (given.at("mileage")) {
+            const auto miles = Decimal::parse(a.mileage);
+            if (!a.mileage.empty() && (!miles || miles->isNegative())) throw Refused{"invalidMileage", std::string(dts_messages::mileageInvalid)};
+            mileage = miles;
+        }
+        std::optional<MealWorkLocation> location;
+        if (given.at("location")) {
+            location = fromRawValue<MealWorkLocation>(a.location);
+            if (!location) throw Refused{"invalidLocation", "Choose the work location studio or location."};
+        }
+
+        for (const auto& [field, value] : times) DailyTimeSheets::setSharedTime(context, workday.id, field, value);
+        if (a.graceCalled || a.graceNotCalled) DailyTimeSheets::setGraceCalled(context, workday.id, a.graceCalled);
+        if (travel) DailyTimeSheets::setSharedTravel(context, workday.id, *travel);
+        if (mileage) DailyTimeSheets::setDepartmentMileage(context, workday.id, *mileage);
+        if (location) {
+            DailyTimeSheets::setWorkLocation(context, workday.id, *location, floor<seconds>(system_clock::now()));
+        }
+        session.answer(Json{{"updated", a.date}}, "Updated the DTS for " + a.date + ".\n");
+        return int{exitSuccess};
+    });
+}
+
+int setRow(CommandSession& session, const DTSCommandArguments& a, const std::map<std::string, bool>& given) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate date = dateArgument(a.date);
+        const Workday workday = dtsOn(context, production.id, date);
+        const CrewMember member = crewMemberNamed(context, production.id, a.name);
+        std::vector<std::pair<DTSTimeField, std::optional<Instant>>> times;
+        if (given.at("call")) times.emplace_back(DTSTimeField::call, timeArgument(a.call, date, DTSTimeEntryRole::call));
+        if (given.at("lunchOut")) times.emplace_back(DTSTimeField::lunchOut, timeArgument(a.lunchOut, date, DTSTimeEntryRole::postCallEvent));
+        if (given.at("lunchIn")) times.emplace_back(DTSTimeField::lunchIn, timeArgument(a.lunchIn, date, DTSTimeEntryRole::postCallEvent));
+        if (given.at("wrap")) times.emplace_back(DTSTimeField::wrap, timeArgument(a.wrap, date, DTSTimeEntryRole::postCallEvent));
+        const auto fieldsNamed = [](const std::vector<std::string>& names) {
+            std::vector<DTSTimeField> fields;
+            for (const auto& name : names) {
+                const auto field = dtsTimeFieldFromRawValue(name);
+                if (!field) throw Refused{"invalidField", "Name the time call, lunchOut, lunchIn or wrap."};
+                fields.push_back(*field);
+            }
+            return fields;
+        };
+        const auto cleared = fieldsNamed(a.clear);
+        const auto reverted = fieldsNamed(a.revert);
+        std::optional<CrewDailyWorkMode> mode;
+        if (given.at("mode")) {
+            mode = fromRawValue<CrewDailyWorkMode>(a.mode);
+            if (!mode) throw Refused{"invalidMode", "Choose the work mode timed, worked or prep."};
+        }
+
+        std::optional<CrewDailyEntry> row;
+        for (const auto& entry : weeks::entries(context, workday.id)) {
+            if (entry.crewMemberID == member.id) row = entry;
+        }
+        const bool added = !row;
+        if (added) row = CrewOnDTS::addRow(context, workday.id, member.id);
+        for (const auto& [field, value] : times) DailyTimeSheets::setRowTime(context, row->id, field, value);
+        for (auto field : cleared) DailyTimeSheets::setRowTime(context, row->id, field, std::nullopt);
+        for (auto field : reverted) DailyTimeSheets::revertRowToAutofill(context, row->id, field);
+        if (a.ndb || a.noNdb) DailyTimeSheets::setNonDeductibleBreakfast(context, row->id, a.ndb);
+        if (mode) DailyTimeSheets::setWorkMode(context, row->id, *mode);
+        if (given.at("name")) CrewOnDTS::setDTSNameForToday(context, row->id, a.dtsName);
+        session.answer(Json{{"entryID", row->id.text()}, {"added", added}},
+                       std::string(added ? "Added " : "Updated ") + member.displayName + (added ? " to" : " on") + " the DTS for " +
+                           a.date + ".\n");
+        return int{exitSuccess};
+    });
+}
+
+std::string shown(const Production& production, const std::optional<Instant>& time, CalendarDate date) {
+    if (!time) return "-";
+    return production.dtsTimeDisplay == DTSTimeDisplay::clockTime ? payroll_decimal_time::formatClockTime(time, date)
+                                                                  : payroll_decimal_time::formatTimeOfDay(time, date);
+}
+
+int showDTS(CommandSession& session, const DTSCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate date = dateArgument(a.date);
+        const Workday w = dtsOn(context, production.id, date);
+        const auto week = weeks::fetchWeek(context, w.payrollWeekID);
+        const CalendarDate weekStart(floor<days>(week->startDate));
+        const auto location = DailyTimeSheets::workLocation(context, w.id);
+        const auto mileage = DailyTimeSheets::departmentMileage(context, w.id);
+        const auto sharedTime = [&](const std::optional<Instant>& value, bool autofilled) {
+            Json json{{"text", payroll_decimal_time::formatTimeOfDay(value, date)}};
+            if (value) json["instant"] = calendar_text::formatInstant(*value);
+            json["autofilled"] = autofilled;
+            return json;
+        };
+        Json shared{{"generalCrewCall", sharedTime(w.generalCrewCall, w.generalCrewCallWasAutofilled)},
+                    {"officialLunchOut", sharedTime(w.officialLunchOut, w.officialLunchOutWasAutofilled)},
+                    {"officialLunchIn", sharedTime(w.officialLunchIn, w.officialLunchInWasAutofilled)},
+                    {"wrap", sharedTime(w.wrap, false)},
+                    {"firstMealGraceWasCalled", w.firstMealGraceWasCalled}};
+        if (w.sharedTravelDurationSeconds) shared["sharedTravelDurationSeconds"] = *w.sharedTravelDurationSeconds;
+        if (mileage) shared["departmentMileage"] = mileage->toString();
+        if (location) shared["workLocation"] = toRawValue(*location);
+
+        std::ostringstream text;
+        const int weekday = ProductionWeekCalendars::weekdayOf(date);
+        text << "DTS " << a.date << " (" << weekdayNames[static_cast<std::size_t>(weekday - 1)] << "), Payroll Week from "
+             << calendar_text::formatDate(weekStart) << "\n"
+             << "General Crew Call " << shown(production, w.generalCrewCall, date) << (w.generalCrewCallWasAutofilled ? "*" : "")
+             << "   Lunch Out " << shown(production, w.officialLunchOut, date) << "   Lunch In "
+             << shown(production, w.officialLunchIn, date) << (w.officialLunchInWasAutofilled ? "*" : "") << "   Wrap "
+             << shown(production, w.wrap, date) << "\n"
+             << "Grace called: " << (w.firstMealGraceWasCalled ? "yes" : "no") << "   Travel: "
+             << (w.sharedTravelDurationSeconds ? formatDuration(*w.sharedTravelDurationSeconds) : "-") << "   Department mileage: "
+             << (mileage ? mileage->toString() : "-") << "   Work location: "
+             << (location ? (*location == MealWorkLocation::studio ? "Studio" : "Location") : "-") << "\n";
+        Json advisories = Json::array();
+        if (const auto advisory = DailyTimeSheets::unusualMealAdvisory(w.officialLunchOut, w.officialLunchIn)) {
+            advisories.push_back(*advisory);
+            text << "Advisory: " << *advisory << "\n";
+        }
+
+        Json rows = Json::array();
+        const auto entries = weeks::entries(context, w.id);
+        text << (entries.empty() ? std::string(dts_messages::noCrew) + "\n" : "Crew (* autofilled, ! this row's own time):\n");
+        for (const auto& entry : entries) {
+            const auto member = entry.crewMemberID ? crew_repository::fetchCrewMember(context, *entry.crewMemberID) : std::nullopt;
+            const std::string name = member ? member->displayName : "(removed crew member)";
+            const auto times = DailyTimeSheets::effectiveTimes(w, entry);
+            const auto mark = [](const EffectiveTime& t) {
+                return t.source == EffectiveTimeSource::autofilled ? "*" : t.source == EffectiveTimeSource::explicitOverride ? "!" : "";
+            };
+            const bool dayplayer = CrewOnDTS::isDayplayerRow(context, entry);
+            const auto mode = DailyTimeSheets::workMode(context, entry.id);
+            const auto title = CrewOnDTS::dtsNameForToday(context, entry.id);
+            Json row{{"entryID", entry.id.text()}, {"crewMember", name}, {"dayplayer", dayplayer}};
+            for (auto field : {DTSTimeField::call, DTSTimeField::lunchOut, DTSTimeField::lunchIn, DTSTimeField::wrap}) {
+                const EffectiveTime& t = times[field];
+                Json time{{"text", payroll_decimal_time::formatTimeOfDay(t.value, date)}, {"source", toRawValue(t.source)}};
+                if (t.value) time["instant"] = calendar_text::formatInstant(*t.value);
+                row[std::string(toRawValue(field))] = std::move(time);
+            }
+            row["nonDeductibleBreakfast"] = entry.nonDeductibleBreakfast;
+            row["workMode"] = toRawValue(mode);
+            if (title) row["dtsNameForToday"] = *title;
+            Json rowAdvisories = Json::array();
+            if (const auto advisory = DailyTimeSheets::unusualMealAdvisory(times.lunchOut.value, times.lunchIn.value)) {
+                if (entry.lunchOutOverride || entry.lunchInOverride) rowAdvisories.push_back(*advisory);
+            }
+            row["advisories"] = rowAdvisories;
+            text << "  " << name << (dayplayer ? " (" + std::string(crew_on_dts_messages::dayplayerLabel) + ")" : "")
+                 << (title ? " as " + *title : "") << "\n    Call " << shown(production, times.call.value, date) << mark(times.call)
+                 << "  Lunch " << shown(production, times.lunchOut.value, date) << mark(times.lunchOut) << " to "
+                 << shown(production, times.lunchIn.value, date) << mark(times.lunchIn) << "  Wrap "
+                 << shown(production, times.wrap.value, date) << mark(times.wrap) << (entry.nonDeductibleBreakfast ? "  NDB" : "")
+                 << "  " << toRawValue(mode) << "\n";
+            for (const auto& advisory : rowAdvisories) text << "    Advisory: " << advisory.get<std::string>() << "\n";
+            rows.push_back(std::move(row));
+        }
+        session.answer(Json{{"date", a.date}, {"payrollWeekStart", calendar_text::formatDate(weekStart)}, {"shared", std::move(shared)},
+                            {"advisories", std::move(advisories)}, {"rows", std::move(rows)}},
+                       text.str());
+        return int{exitSuccess};
+    });
+}
+
+int deleteDTS(CommandSession& session, const DTSCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate date = dateArgument(a.date);
+        const Workday workday = dtsOn(context, production.id, date);
+        if (DailyTimeSheets::hasEnteredData(context, workday) && !a.yes) {
+            throw Refused{"confirmationNeeded", std::string(dts_messages::deleteConfirmation) + " Run again with --yes to delete it."};
+        }
+        DailyTimeSheets::remove(context, workday.id);
+        session.answer(Json{{"deleted", a.date}}, "Deleted the DTS for " + a.date + " with its crew rows.\n");
+        return int{exitSuccess};
+    });
+}
+
+// ---- activity ----
+
+std::optional<PayrollDayActivityKind> activityKind(const std::string& text) {
+    if (text == "idle") return PayrollDayActivityKind::idleAvailable;
+    if (text == "personal") return PayrollDayActivityKind::personalUnavailable;
+    return fromRawValue<PayrollDayActivityKind>(text);
+}
+
+std::string kindWords(const std::string& raw) {
+    if (raw == "idleAvailable") return "Idle";
+    if (raw == "personalUnavailable") return "Personal / Unavailable";
+    if (raw == "travel") return "Travel";
+    if (raw == "holiday") return "Holiday";
+    return raw;
+}
+
+std::vector<std::string> splitCommas(const std::string& text) {
+    std::vector<std::string> parts;
+    std::stringstream stream(text);
+    for (std::string part; std::getline(stream, part, ',');) parts.push_back(part);
+    return parts;
+}
+
+int addActivity(CommandSession& session, const DTSCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate date = dateArgument(a.date);
+        const auto kind = activityKind(a.kind);
+        if (!kind) throw Refused{"invalidKind", "Choose the activity travel, idle, personal or holiday."};
+        NonDTSActivityDraft draft{date, *kind, a.travelEach.empty(), a.travel, {}, {}, std::nullopt};
+        const auto individual = splitCommas(a.travelEach);
+        if (!a.travelEach.empty() && individual.size() != a.names.size()) {
+            throw Refused{"invalidTravelDuration", "Give one travel time for each person, in the order of their names."};
+        }
+        for (std::size_t i = 0; i < a.names.size(); ++i) {
+            const CrewMember member = crewMemberNamed(context, production.id, a.names[i]);
+            std::optional<Uuid> engagementID;
+            for (const auto& engagement : crew_repository::engagementsOf(context, member.id)) {
+                if (engagement.appliesOn(date)) engagementID = engagement.id;
+            }
+            if (!engagementID) throw Refused{"notEngaged", member.displayName + " has no engagement in force on " + a.date + "."};
+            draft.selectedEngagementIDs.push_back(*engagementID);
+            if (!individual.empty()) draft.individualTravelTexts[*engagementID] = individual[i];
+        }
+        const auto saved = NonDTSActivities::save(context, production.id, draft);
+        session.answer(Json{{"saved", saved.size()}},
+                       "Recorded " + kindWords(std::string(toRawValue(*kind))) + " on " + a.date + " for " +
+                           std::to_string(saved.size()) + (saved.size() == 1 ? " person.\n" : " people.\n"));
+        return int{exitSuccess};
+    });
+}
+
+int listActivities(CommandSession& session, const DTSCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const std::optional<CalendarDate> only = a.date.empty() ? std::nullopt : std::optional(dateArgument(a.date));
+        Json list = Json::array();
+        std::ostringstream text;
+        for (const auto& week : weeks::weeks(context, production.id)) {
+            for (const auto& activity : weeks::activities(context, week.id)) {
+                if (only && activity.calendarDate != *only) continue;
+                const auto member = activity.crewMemberID ? crew_repository::fetchCrewMember(context, *activity.crewMemberID) : std::nullopt;
+                const std::string name = member ? member->displayName : "(removed crew member)";
+                Json json{{"id", activity.id.text()},
+                          {"date", calendar_text::formatDate(activity.calendarDate)},
+                          {"kindRawValue", activity.kindRawValue},
+                          {"crewMember", name}};
+                text << calendar_text::formatDate(activity.calendarDate) << "  " << name << "  " << kindWords(activity.kindRawValue);
+                if (activity.travelDurationSeconds) {
+                    json["travelDurationSeconds"] = *activity.travelDurationSeconds;
+                    text << " " << formatDuration(*activity.travelDurationSeconds);
+                }
+                text << "\n";
+                list.push_back(std::move(json));
+            }
+        }
+        if (list.empty()) text << "No Non-DTS Activity.\n";
+        session.answer(Json{{"activities", std::move(list)}}, text.str());
+        return int{exitSuccess};
+    });
+}
+
+int removeActivity(CommandSession& session, const DTSCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate date = dateArgument(a.date);
+        if (a.name.empty()) {
+            const int removed = NonDTSActivities::removeAllOnDate(context, production.id, date);
+            session.answer(Json{{"removed", removed}}, std::string(activity_messages::removeDayExplanation) + " Removed " +
+                                                           std::to_string(removed) + ".\n");
+            return int{exitSuccess};
+        }
+        const CrewMember member = crewMemberNamed(context, production.id, a.name);
+        for (const auto& activity : NonDTSActivities::onDate(context, production.id, date)) {
+            if (activity.crewMemberID == member.id) {
+                NonDTSActivities::remove(context, activity.id);
+                session.answer(Json{{"removed", 1}}, std::string(activity_messages::removeOneExplanation) + "\n");
+                return int{exitSuccess};
+            }
+        }
+        throw Refused{"activityNotFound", member.displayName + " has no Non-DTS Activity on " + a.date + "."};
+    });
+}
+
+}  // namespace
+
+void addDTSCommands(CLI::App& app, CommandSession& session, DTSCommandArguments& a, int& exitStatus) {
+    auto* crew = app.add_subcommand("crew", "The production's crew")->require_subcommand(1);
+    auto* crewAdd = crew->add_subcommand("add", "Add a crew member with an engagement (and a rate)");
+    crewAdd->add_option("NAME", a.name, "The name shown on the DTS")->required();
+    crewAdd->add_option("--from", a.from, "First day of the engagement, YYYY-MM-DD")->required();
+    crewAdd->add_option("--rate", a.rate, "Hourly rate, such as 45.00");
+    crewAdd->add_flag("--dayplayer", a.dayplayer, "Engage as a dayplayer");
+    crewAdd->add_option("--precall", a.precall, "Regular precall before General Crew Call, in payroll hours");
+    crewAdd->add_option("--wrapout", a.wrapout, "Regular wrap-out after Wrap, in payroll hours");
+    crewAdd->callback([&] { exitStatus = addCrew(session, a); });
+    crew->add_subcommand("list", "List the crew")->callback([&] { exitStatus = listCrew(session); });
+
+    auto* dts = app.add_subcommand("dts", "Daily Time Sheets")->require_subcommand(1);
+    dts->add_subcommand("create", "Create the DTS of a date")->callback([&] { exitStatus = createDTS(session, a); })
+        ->add_option("DATE", a.date, "YYYY-MM-DD")->required();
+
+    // Options whose presence matters even when given an empty value (which clears the field).
+    static const std::array<std::pair<const char*, const char*>, 4> timeOptions{
+        {{"--call", "call"}, {"--lunch-out", "lunchOut"}, {"--lunch-in", "lunchIn"}, {"--wrap", "wrap"}}};
+    const auto addTimes = [&](CLI::App* command, std::map<std::string, CLI::Option*>& options) {
+        std::array<std::string*, 4> targets{&a.call, &a.lunchOut, &a.lunchIn, &a.wrap};
+        for (std::size_t i = 0; i < timeOptions.size(); ++i) {
+            options[timeOptions[i].second] =
+                command->add_option(timeOptions[i].first, *targets[i], "Time in payroll tenths, such as 7.0; \"\" clears it");
+        }
+    };
+    auto& setOptions = a.setOptions;
+    auto& rowOptions = a.rowOptions;
+    const auto presence = [](const std::map<std::string, CLI::Option*>& options) {
+        std::map<std::string, bool> given;
+        for (const auto& [name, option] : options) given[name] = option->count() > 0;
+        return given;
+    };
+
+    auto* set = dts->add_subcommand("set", "Set the shared facts of a DTS");
+    set->add_option("DATE", a.date, "YYYY-MM-DD")->required();
+    addTimes(set, setOptions);
+    set->add_flag("--grace-called", a.graceCalled, "Grace was called for the official first meal");
+    set->add_flag("--grace-not-called", a.graceNotCalled, "Grace was not called");
+    setOptions["travel"] = set->add_option("--travel", a.travel, "Shared travel time in payroll hours");
+    setOptions["mileage"] = set->add_option("--mileage", a.mileage, "Department mileage");
+    setOptions["location"] = set->add_option("--location", a.location, "Work location: studio or location");
+    set->callback([&] { exitStatus = setDTS(session, a, presence(setOptions)); });
+
+    auto* row = dts->add_subcommand("row", "Set one crew member's facts on a DTS (adding the row when needed)");
+    row->add_option("DATE", a.date, "YYYY-MM-DD")->required();
+    row->add_option("NAME", a.name, "The crew member")->required();
+    addTimes(row, rowOptions);
+    row->add_flag("--ndb", a.ndb, "Non-Deductible Breakfast given");
+    row->add_flag("--no-ndb", a.noNdb, "No Non-Deductible Breakfast");
+    rowOptions["mode"] = row->add_option("--mode", a.mode, "Work mode: timed, worked or prep");
+    rowOptions["name"] = row->add_option("--dts-name", a.dtsName, "DTS Name for Today");
+    row->add_option("--clear", a.clear, "Follow the shared time again: call, lunchOut, lunchIn or wrap");
+    row->add_option("--revert", a.revert, "Revert to Autofill: call or wrap");
+    row->callback([&] { exitStatus = setRow(session, a, presence(rowOptions)); });
+
+    dts->add_subcommand("show", "Show a DTS")->callback([&] { exitStatus = showDTS(session, a); })
+        ->add_option("DATE", a.date, "YYYY-MM-DD")->required();
+    auto* remove = dts->add_subcommand("delete", "Delete a DTS with its crew rows");
+    remove->add_option("DATE", a.date, "YYYY-MM-DD")->required();
+    remove->add_flag("--yes", a.yes, "Delete even though it holds entered data");
+    remove->callback([&] { exitStatus = deleteDTS(session, a); });
+
+    auto* activity = app.add_subcommand("activity", "Non-DTS Activity: travel, idle, personal, holiday")->require_subcommand(1);
+    auto* activityAdd = activity->add_subcommand("add", "Record an activity for one or more people");
+    activityAdd->add_option("DATE", a.date, "YYYY-MM-DD")->required();
+    activityAdd->add_option("KIND", a.kind, "travel, idle, personal or holiday")->required();
+    activityAdd->add_option("NAME", a.names, "The crew members")->required();
+    activityAdd->add_option("--travel", a.travel, "Shared Travel Time in payroll hours, such as 5.0");
+    activityAdd->add_option("--travel-each", a.travelEach, "Individual Travel Times, in the order of the names: 5.0,2.5");
+    activityAdd->callback([&] { exitStatus = addActivity(session, a); });
+    activity->add_subcommand("list", "List Non-DTS Activity")->callback([&] { exitStatus = listActivities(session, a); })
+        ->add_option("DATE", a.date, "Only this date");
+    auto* activityRemove = activity->add_subcommand("remove", "Remove one person's activity on a date, or all of the date's");
+    activityRemove->add_option("DATE", a.date, "YYYY-MM-DD")->required();
+    activityRemove->add_option("NAME", a.name, "The crew member; without it, every activity of the date");
+    activityRemove->callback([&] { exitStatus = removeActivity(session, a); });
+}
+
+}  // namespace tessel

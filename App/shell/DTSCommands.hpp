@@ -1,0 +1,32 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "App/shell/CommandSession.hpp"
+
+namespace tessel {
+
+// The values of the crew, dts and activity commands, owned by the caller for one run.
+struct DTSCommandArguments {
+    std::string date;
+    std::string name;
+    std::vector<std::string> names;
+    std::string kind;
+    // crew add
+    std::string from, rate, precall, wrapout;
+    bool dayplayer = false;
+    // times and facts; an option given with "" clears its value
+    std::string call, lunchOut, lunchIn, wrap, travel, travelEach, mileage, location, mode, dtsName;
+    bool graceCalled = false, graceNotCalled = false, ndb = false, noNdb = false, yes = false;
+    std::vector<std::string> clear, revert;
+    // The options of dts set and dts row whose presence matters even with an empty value (which clears).
+    std::map<std::string, CLI::Option*> setOptions, rowOptions;
+};
+
+void addDTSCommands(CLI::App& app, CommandSession& session, DTSCommandArguments& arguments, int& exitStatus);
+
+}  // namespace tessel

@@ -1,0 +1,109 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <sstream>
+
+#include "../support/TemporaryFolder.hpp"
+#include "App/model/JSONFields.hpp"
+#include "App/shell/CommandLine.hpp"
+
+namespace tessel {
+namespace {
+
+struct Outcome {
+    int status;
+    std::string out;
+    std::string err;
+    Json json() const { return Json::parse(out); }
+};
+
+class DTSCommands : public ::testing::Test {
+protected:
+    testing::TemporaryFolder folder;
+
+    void SetUp() override {
+        setenv("XDG_CONFIG_HOME", (folder.path() / "config").c_str(), 1);
+        ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
+        ASSERT_EQ(run({"crew", "add", "Rowan Vale", "--from", "2026-11-02", "--rate", "45.00", "--precall", "0.5"}).status, 0);
+        ASSERT_EQ(run({"crew", "add", "Ada Quill", "--from", "2026-11-02", "--rate", "38.50"}).status, 0);
+        ASSERT_EQ(run({"dts", "create", "2026-11-03"}).status, 0);
+    }
+
+    Outcome run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"--store-root", (folder.path() / "data").string()});
+        std::istringstream in;
+        std::ostringstream out, err;
+        const int status = runCommandLine(arguments, {in, out, err});
+        return {status, out.str(), err.str()};
+    }
+    Json show() { return run({"dts", "show", "2026-11-03", "--json"}).json(); }
+};
+
+struct RefusedEntry {
+    const char* name;
+    std::vector<std::string> arguments;
+    const char* sentence;
+};
+
+class RefusedDTSEntry : public DTSCommands, public ::testing::WithParamInterface<RefusedEntry> {};
+
+TEST_P(RefusedDTSEntry, ExitsOneWithTheSentenceAndChangesNothing) {
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--call", "7.0", "--wrap", "19.0"}).status, 0);
+    const Json before = show();
+    const auto refused = run(GetParam().arguments);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err, std::string(GetParam().sentence) + "\n");
+    EXPECT_EQ(show(), before);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Entries, RefusedDTSEntry,
+    ::testing::Values(
+        RefusedEntry{"callPastMidnight", {"dts", "set", "2026-11-03", "--call", "24.0"}, "Call must be between 0.0 and 23.9."},
+        RefusedEntry{"wrapNotInTenths", {"dts", "set", "2026-11-03", "--lunch-out", "13.0", "--wrap", "19.25"}, "Enter time in payroll tenths."},
+        RefusedEntry{"rowCallText", {"dts", "row", "2026-11-03", "Ada Quill", "--call", "seven"}, "Call must be between 0.0 and 23.9."},
+        RefusedEntry{"travelText", {"dts", "set", "2026-11-03", "--call", "6.0", "--travel", "1,5"},
+                     "Enter Travel Duration in payroll-decimal hours, such as 5.0."},
+        RefusedEntry{"emptyDTSName", {"dts", "row", "2026-11-03", "Ada Quill", "--call", "6.0", "--dts-name", ""}, "Enter a DTS Name."},
+        RefusedEntry{"deleteWithData", {"dts", "delete", "2026-11-03"},
+                     "This DTS contains entered shared or crew-specific data. Deleting it also deletes its crew-entry rows. Run again "
+                     "with --yes to delete it."}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(DTSCommands, ShowsEffectiveTimesWithTheirSources) {
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--call", "7.0", "--lunch-out", "13.0", "--wrap", "19.0"}).status, 0);
+    ASSERT_EQ(run({"dts", "row", "2026-11-03", "Ada Quill", "--wrap", "20.5", "--ndb"}).status, 0);
+    const Json dts = show();
+    EXPECT_EQ(dts["shared"]["officialLunchIn"]["text"], "13.5");
+    EXPECT_EQ(dts["shared"]["officialLunchIn"]["autofilled"], true);
+    const Json& rowan = dts["rows"][0];
+    EXPECT_EQ(rowan["call"]["text"], "6.5");
+    EXPECT_EQ(rowan["call"]["source"], "autofilled");
+    const Json& ada = dts["rows"][1];
+    EXPECT_EQ(ada["wrap"]["text"], "20.5");
+    EXPECT_EQ(ada["wrap"]["source"], "override");
+    EXPECT_EQ(ada["call"]["source"], "inherited");
+    EXPECT_EQ(ada["nonDeductibleBreakfast"], true);
+
+    ASSERT_EQ(run({"dts", "row", "2026-11-03", "Ada Quill", "--clear", "wrap"}).status, 0);
+    EXPECT_EQ(show()["rows"][1]["wrap"]["source"], "inherited");
+    EXPECT_EQ(run({"dts", "delete", "2026-11-03", "--yes"}).status, 0);
+    EXPECT_EQ(run({"dts", "show", "2026-11-03"}).status, 1);
+}
+
+TEST_F(DTSCommands, ActivitiesAreRecordedAndRemoved) {
+    const auto travel = run({"activity", "add", "2026-11-04", "travel", "Ada Quill", "Rowan Vale", "--travel-each", "5.0,2.5"});
+    ASSERT_EQ(travel.status, 0) << travel.err;
+    const Json listed = run({"activity", "list", "--json"}).json()["activities"];
+    ASSERT_EQ(listed.size(), 2u);
+    EXPECT_EQ(listed[0]["travelDurationSeconds"], 18000);
+    EXPECT_EQ(run({"activity", "add", "2026-11-03", "holiday", "Ada Quill"}).err,
+              "Ada Quill is already on the DTS for this date. Remove that DTS row before assigning a non-DTS activity.\n");
+    ASSERT_EQ(run({"activity", "remove", "2026-11-04", "Ada Quill"}).status, 0);
+    EXPECT_EQ(run({"activity", "list", "--json"}).json()["activities"].size(), 1u);
+    ASSERT_EQ(run({"activity", "remove", "2026-11-04"}).status, 0);
+    EXPECT_EQ(run({"activity", "list", "--json"}).json()["activities"].size(), 0u);
+}
+
+}  // namespace
+}  // namespace tessel
