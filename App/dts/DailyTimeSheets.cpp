@@ -269,6 +269,63 @@ std::optional<MealWorkLocation> DailyTimeSheets::workLocation(ModelContext& cont
     return fromRawValue<MealWorkLocation>(std::get<std::string>(*raw));
 }
 
+void DailyTimeSheets::setWorkState(ModelContext& context, const Uuid& workdayID, const std::string& workState) {
+    fetch(context, workdayID);
+    satellites::write(context, satelliteTable("WorkdayDTSExportConfiguration"), workdayID, {{"workStateOverride", workState}});
+}
+
+void DailyTimeSheets::setNotes(ModelContext& context, const Uuid& workdayID, const std::string& notes) {
+    fetch(context, workdayID);
+    satellites::write(context, satelliteTable("WorkdayDTSNotes"), workdayID, {{"text", notes}});
+}
+
+void DailyTimeSheets::acceptSharedSuggestion(ModelContext& context, const Uuid& workdayID, DTSTimeField field, Instant value) {
+    setSharedTime(context, workdayID, field, value);
+    Workday w = fetch(context, workdayID);
+    if (field == DTSTimeField::call) w.generalCrewCallWasAutofilled = true;
+    if (field == DTSTimeField::lunchOut) w.officialLunchOutWasAutofilled = true;
+    if (field == DTSTimeField::lunchIn) w.officialLunchInWasAutofilled = true;
+    weeks::updateWorkday(context, w);
+}
+
+void DailyTimeSheets::acceptRowSuggestion(ModelContext& context, const Uuid& entryID, DTSTimeField field, Instant value) {
+    setRowTime(context, entryID, field, value);
+    CrewDailyEntry e = fetchEntry(context, entryID);
+    if (field == DTSTimeField::call) e.callOverrideWasAutofilled = true;
+    if (field == DTSTimeField::wrap) e.wrapOverrideWasAutofilled = true;
+    weeks::updateEntry(context, e);
+}
+
+void DailyTimeSheets::setRowMileage(ModelContext& context, const Uuid& entryID, const std::optional<Decimal>& miles) {
+    fetchEntry(context, entryID);
+    const auto& table = satelliteTable("CrewDailyMileageEntry");
+    if (!miles) return satellites::removeAll(context, table, entryID);
+    if (miles->isNaN() || miles->isNegative()) throw DTSWorkflowError(std::string(dts_messages::mileageInvalid));
+    satellites::write(context, table, entryID, {{"miles", miles->toString()}});
+}
+
+std::optional<Decimal> DailyTimeSheets::rowMileage(ModelContext& context, const Uuid& entryID) {
+    const auto* miles = field(satellites::find(context, satelliteTable("CrewDailyMileageEntry"), entryID), "miles");
+    if (!miles || !std::holds_alternative<std::string>(*miles)) return std::nullopt;
+    return Decimal::parse(std::get<std::string>(*miles));
+}
+
+void DailyTimeSheets::setBoxRental(ModelContext& context, const Uuid& entryID, bool applies) {
+    fetchEntry(context, entryID);
+    satellites::write(context, satelliteTable("CrewDailyBoxRentalSelection"), entryID, {{"applies", std::int64_t{applies}}});
+}
+
+bool DailyTimeSheets::boxRental(ModelContext& context, const Uuid& entryID) {
+    const auto* applies = field(satellites::find(context, satelliteTable("CrewDailyBoxRentalSelection"), entryID), "applies");
+    return applies && std::holds_alternative<std::int64_t>(*applies) && std::get<std::int64_t>(*applies) != 0;
+}
+
+void DailyTimeSheets::setRowLocality(ModelContext& context, const Uuid& entryID, std::optional<RulesLocality> locality) {
+    CrewDailyEntry e = fetchEntry(context, entryID);
+    e.rulesLocalityOverride = locality;
+    weeks::updateEntry(context, e);
+}
+
 void DailyTimeSheets::setRowTime(ModelContext& context, const Uuid& entryID, DTSTimeField field, std::optional<Instant> value) {
     CrewDailyEntry e = fetchEntry(context, entryID);
     switch (field) {

@@ -85,6 +85,12 @@ public:
     static void setDepartmentMileage(ModelContext& context, const Uuid& workdayID, const std::optional<Decimal>& miles);
     static void setWorkLocation(ModelContext& context, const Uuid& workdayID, MealWorkLocation location, Instant now);
     static std::optional<MealWorkLocation> workLocation(ModelContext& context, const Uuid& workdayID);
+    // Work State on the exported form (empty: the production's default) and the DTS notes.
+    static void setWorkState(ModelContext& context, const Uuid& workdayID, const std::string& workState);
+    static void setNotes(ModelContext& context, const Uuid& workdayID, const std::string& notes);
+    // A suggested value the user accepted: stored with its autofilled flag set.
+    static void acceptSharedSuggestion(ModelContext& context, const Uuid& workdayID, DTSTimeField field, Instant value);
+    static void acceptRowSuggestion(ModelContext& context, const Uuid& entryID, DTSTimeField field, Instant value);
     static std::optional<Decimal> departmentMileage(ModelContext& context, const Uuid& workdayID);
 
     // A typed row time (or its clearing, after which the row follows the shared time again).
@@ -96,6 +102,14 @@ public:
     static void setNonDeductibleBreakfast(ModelContext& context, const Uuid& entryID, bool given);
     static void setWorkMode(ModelContext& context, const Uuid& entryID, CrewDailyWorkMode mode);
     static CrewDailyWorkMode workMode(ModelContext& context, const Uuid& entryID);  // timed when never set
+    // The row's own miles; nothing means "Use Department Mileage".
+    static void setRowMileage(ModelContext& context, const Uuid& entryID, const std::optional<Decimal>& miles);
+    static std::optional<Decimal> rowMileage(ModelContext& context, const Uuid& entryID);
+    // "Pay Box / Kit Rental for this DTS".
+    static void setBoxRental(ModelContext& context, const Uuid& entryID, bool applies);
+    static bool boxRental(ModelContext& context, const Uuid& entryID);
+    // The rules locality for this day only; nothing means the engagement's.
+    static void setRowLocality(ModelContext& context, const Uuid& entryID, std::optional<RulesLocality> locality);
 
     static CrewDailyEntry fetchEntry(ModelContext& context, const Uuid& entryID);
     static EffectiveRowTimes effectiveTimes(const Workday& workday, const CrewDailyEntry& entry);

@@ -183,6 +183,8 @@ int setDTS(CommandSession& session, const DTSCommandArguments& a, const std::map
         if (location) {
             DailyTimeSheets::setWorkLocation(context, workday.id, *location, floor<seconds>(system_clock::now()));
         }
+        if (given.at("workState")) DailyTimeSheets::setWorkState(context, workday.id, a.workState);
+        if (given.at("notes")) DailyTimeSheets::setNotes(context, workday.id, a.notes);
         session.answer(Json{{"updated", a.date}}, "Updated the DTS for " + a.date + ".\n");
         return int{exitSuccess};
     });
@@ -215,6 +217,19 @@ int setRow(CommandSession& session, const DTSCommandArguments& a, const std::map
             if (!mode) throw Refused{"invalidMode", "Choose the work mode timed, worked or prep."};
         }
 
+        std::optional<std::optional<Decimal>> mileage;
+        if (given.at("mileage")) {
+            const auto miles = Decimal::parse(a.mileage);
+            if (!a.mileage.empty() && (!miles || miles->isNegative())) throw Refused{"invalidMileage", std::string(dts_messages::mileageInvalid)};
+            mileage = miles;
+        }
+        std::optional<std::optional<RulesLocality>> locality;
+        if (given.at("locality")) {
+            const auto parsed = fromRawValue<RulesLocality>(a.locality);
+            if (!a.locality.empty() && !parsed) throw Refused{"invalidLocality", "Choose the locality local or distant."};
+            locality = parsed;
+        }
+
         std::optional<CrewDailyEntry> row;
         for (const auto& entry : weeks::entries(context, workday.id)) {
             if (entry.crewMemberID == member.id) row = entry;
@@ -227,6 +242,9 @@ int setRow(CommandSession& session, const DTSCommandArguments& a, const std::map
         if (a.ndb || a.noNdb) DailyTimeSheets::setNonDeductibleBreakfast(context, row->id, a.ndb);
         if (mode) DailyTimeSheets::setWorkMode(context, row->id, *mode);
         if (given.at("name")) CrewOnDTS::setDTSNameForToday(context, row->id, a.dtsName);
+        if (mileage) DailyTimeSheets::setRowMileage(context, row->id, *mileage);
+        if (a.boxRental || a.noBoxRental) DailyTimeSheets::setBoxRental(context, row->id, a.boxRental);
+        if (locality) DailyTimeSheets::setRowLocality(context, row->id, *locality);
         session.answer(Json{{"entryID", row->id.text()}, {"added", added}},
                        std::string(added ? "Added " : "Updated ") + member.displayName + (added ? " to" : " on") + " the DTS for " +
                            a.date + ".\n");
@@ -303,6 +321,11 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
             }
             row["nonDeductibleBreakfast"] = entry.nonDeductibleBreakfast;
             row["workMode"] = toRawValue(mode);
+            const auto ownMiles = DailyTimeSheets::rowMileage(context, entry.id);
+            if (ownMiles) row["mileage"] = ownMiles->toString();
+            const bool box = DailyTimeSheets::boxRental(context, entry.id);
+            row["boxRental"] = box;
+            if (entry.rulesLocalityOverride) row["rulesLocalityOverride"] = toRawValue(*entry.rulesLocalityOverride);
             if (title) row["dtsNameForToday"] = *title;
             Json rowAdvisories = Json::array();
             if (const auto advisory = DailyTimeSheets::unusualMealAdvisory(times.lunchOut.value, times.lunchIn.value)) {
@@ -314,7 +337,9 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
                  << "  Lunch " << shown(production, times.lunchOut.value, date) << mark(times.lunchOut) << " to "
                  << shown(production, times.lunchIn.value, date) << mark(times.lunchIn) << "  Wrap "
                  << shown(production, times.wrap.value, date) << mark(times.wrap) << (entry.nonDeductibleBreakfast ? "  NDB" : "")
-                 << "  " << toRawValue(mode) << "\n";
+                 << "  " << toRawValue(mode) << (ownMiles ? "  " + ownMiles->toString() + " mi" : "") << (box ? "  box rental" : "")
+                 << (entry.rulesLocalityOverride ? std::string("  ") + std::string(toRawValue(*entry.rulesLocalityOverride)) : "")
+                 << "\n";
             for (const auto& advisory : rowAdvisories) text << "    Advisory: " << advisory.get<std::string>() << "\n";
             rows.push_back(std::move(row));
         }
@@ -334,6 +359,37 @@ int deleteDTS(CommandSession& session, const DTSCommandArguments& a) {
         }
         DailyTimeSheets::remove(context, workday.id);
         session.answer(Json{{"deleted", a.date}}, "Deleted the DTS for " + a.date + " with its crew rows.\n");
+        return int{exitSuccess};
+    });
+}
+
+int removeRow(CommandSession& session, const DTSCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const Workday workday = dtsOn(context, production.id, dateArgument(a.date));
+        const CrewMember member = crewMemberNamed(context, production.id, a.name);
+        for (const auto& entry : weeks::entries(context, workday.id)) {
+            if (entry.crewMemberID != member.id) continue;
+            CrewOnDTS::removeRow(context, entry.id);
+            session.answer(Json{{"removed", entry.id.text()}}, std::string(crew_on_dts_messages::removeRowExplanation) + "\n");
+            return int{exitSuccess};
+        }
+        throw Refused{"rowNotFound", member.displayName + " is not on the DTS for " + a.date + "."};
+    });
+}
+
+int reorderRows(CommandSession& session, const DTSCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const Workday workday = dtsOn(context, production.id, dateArgument(a.date));
+        const auto entries = weeks::entries(context, workday.id);
+        std::vector<Uuid> order;
+        for (const auto& name : a.names) {
+            const CrewMember member = crewMemberNamed(context, production.id, name);
+            for (const auto& entry : entries) {
+                if (entry.crewMemberID == member.id) order.push_back(entry.id);
+            }
+        }
+        CrewOnDTS::reorderRows(context, workday.id, order);
+        session.answer(Json{{"reordered", order.size()}}, "Reordered the DTS crew rows.\n");
         return int{exitSuccess};
     });
 }
@@ -483,6 +539,8 @@ void addDTSCommands(CLI::App& app, CommandSession& session, DTSCommandArguments&
     setOptions["travel"] = set->add_option("--travel", a.travel, "Shared travel time in payroll hours");
     setOptions["mileage"] = set->add_option("--mileage", a.mileage, "Department mileage");
     setOptions["location"] = set->add_option("--location", a.location, "Work location: studio or location");
+    setOptions["workState"] = set->add_option("--work-state", a.workState, "Work State on the exported form");
+    setOptions["notes"] = set->add_option("--notes", a.notes, "Notes printed on the form");
     set->callback([&] { exitStatus = setDTS(session, a, presence(setOptions)); });
 
     auto* row = dts->add_subcommand("row", "Set one crew member's facts on a DTS (adding the row when needed)");
@@ -495,7 +553,20 @@ void addDTSCommands(CLI::App& app, CommandSession& session, DTSCommandArguments&
     rowOptions["name"] = row->add_option("--dts-name", a.dtsName, "DTS Name for Today");
     row->add_option("--clear", a.clear, "Follow the shared time again: call, lunchOut, lunchIn or wrap");
     row->add_option("--revert", a.revert, "Revert to Autofill: call or wrap");
+    rowOptions["mileage"] = row->add_option("--mileage", a.mileage, "The person's own miles; \"\" uses the department mileage");
+    row->add_flag("--box-rental", a.boxRental, "Pay Box / Kit Rental for this DTS");
+    row->add_flag("--no-box-rental", a.noBoxRental, "No box / kit rental for this DTS");
+    rowOptions["locality"] = row->add_option("--locality", a.locality, "Rules locality for this day: local or distant");
     row->callback([&] { exitStatus = setRow(session, a, presence(rowOptions)); });
+
+    auto* removeRowCommand = dts->add_subcommand("remove-row", "Remove one crew member's row from a DTS");
+    removeRowCommand->add_option("DATE", a.date, "YYYY-MM-DD")->required();
+    removeRowCommand->add_option("NAME", a.name, "The crew member")->required();
+    removeRowCommand->callback([&] { exitStatus = removeRow(session, a); });
+    auto* reorder = dts->add_subcommand("reorder", "Put the DTS rows in this order");
+    reorder->add_option("DATE", a.date, "YYYY-MM-DD")->required();
+    reorder->add_option("NAME", a.names, "Every crew member on the DTS, in the new order")->required();
+    reorder->callback([&] { exitStatus = reorderRows(session, a); });
 
     dts->add_subcommand("show", "Show a DTS")->callback([&] { exitStatus = showDTS(session, a); })
         ->add_option("DATE", a.date, "YYYY-MM-DD")->required();

@@ -20,8 +20,9 @@ struct DTSCommandArguments {
     std::string from, rate, precall, wrapout;
     bool dayplayer = false;
     // times and facts; an option given with "" clears its value
-    std::string call, lunchOut, lunchIn, wrap, travel, travelEach, mileage, location, mode, dtsName;
+    std::string call, lunchOut, lunchIn, wrap, travel, travelEach, mileage, location, mode, dtsName, workState, notes, locality;
     bool graceCalled = false, graceNotCalled = false, ndb = false, noNdb = false, yes = false;
+    bool boxRental = false, noBoxRental = false;
     std::vector<std::string> clear, revert;
     // The options of dts set and dts row whose presence matters even with an empty value (which clears).
     std::map<std::string, CLI::Option*> setOptions, rowOptions;

@@ -119,6 +119,16 @@ TEST_F(DTSWorkflow, ATypedLunchInIsNotReplacedWhenLunchOutMoves) {
     EXPECT_EQ(DailyTimeSheets::fetch(context, workday.id).officialLunchIn, at(13.0));
 }
 
+TEST_F(DTSWorkflow, AnAcceptedSuggestionIsStoredAsAutofilled) {
+    const Workday workday = DailyTimeSheets::create(context, production.id, dtsDate);
+    DailyTimeSheets::acceptSharedSuggestion(context, workday.id, DTSTimeField::call, at(7.0));
+    EXPECT_TRUE(DailyTimeSheets::fetch(context, workday.id).generalCrewCallWasAutofilled);
+    DailyTimeSheets::acceptRowSuggestion(context, rowOf(workday, ada).id, DTSTimeField::wrap, at(19.5));
+    EXPECT_EQ(timesOf(workday, ada).wrap.source, Source::autofilled);
+    DailyTimeSheets::setSharedTime(context, workday.id, DTSTimeField::call, at(7.5));
+    EXPECT_FALSE(DailyTimeSheets::fetch(context, workday.id).generalCrewCallWasAutofilled);
+}
+
 TEST_F(DTSWorkflow, UnusualMealLengthsGetAnAdvisory) {
     EXPECT_FALSE(DailyTimeSheets::unusualMealAdvisory(at(12.0), at(12.5)).has_value());
     EXPECT_FALSE(DailyTimeSheets::unusualMealAdvisory(at(12.0), at(13.0)).has_value());

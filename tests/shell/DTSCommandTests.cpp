@@ -85,8 +85,17 @@ TEST_F(DTSCommands, ShowsEffectiveTimesWithTheirSources) {
     EXPECT_EQ(ada["call"]["source"], "inherited");
     EXPECT_EQ(ada["nonDeductibleBreakfast"], true);
 
+    ASSERT_EQ(run({"dts", "row", "2026-11-03", "Ada Quill", "--mileage", "22.4", "--box-rental", "--locality", "distant"}).status, 0);
+    EXPECT_EQ(show()["rows"][1]["mileage"], "22.4");
+    EXPECT_EQ(show()["rows"][1]["boxRental"], true);
+    EXPECT_EQ(show()["rows"][1]["rulesLocalityOverride"], "distant");
+    ASSERT_EQ(run({"dts", "reorder", "2026-11-03", "Ada Quill", "Rowan Vale"}).status, 0);
+    EXPECT_EQ(show()["rows"][0]["crewMember"], "Ada Quill");
+    EXPECT_EQ(run({"dts", "reorder", "2026-11-03", "Ada Quill"}).err, "The DTS crew order could not be saved.\n");
     ASSERT_EQ(run({"dts", "row", "2026-11-03", "Ada Quill", "--clear", "wrap"}).status, 0);
-    EXPECT_EQ(show()["rows"][1]["wrap"]["source"], "inherited");
+    EXPECT_EQ(show()["rows"][0]["wrap"]["source"], "inherited");
+    ASSERT_EQ(run({"dts", "remove-row", "2026-11-03", "Ada Quill"}).status, 0);
+    EXPECT_EQ(show()["rows"].size(), 1u);
     EXPECT_EQ(run({"dts", "delete", "2026-11-03", "--yes"}).status, 0);
     EXPECT_EQ(run({"dts", "show", "2026-11-03"}).status, 1);
 }
