@@ -232,8 +232,11 @@ PayrollDayActivity createActivity(ModelContext& context, const PayrollDayActivit
 }
 
 std::vector<PayrollDayActivity> activities(ModelContext& context, const Uuid& payrollWeekID) {
-    auto& statement = context.prepare("SELECT " + std::string(activityColumns) +
-                                      " FROM PayrollDayActivity WHERE payrollWeekID = ?1 ORDER BY calendarDate, id");
+    // By date, then in crew order, so that a day's activities read like its DTS.
+    auto& statement = context.prepare(
+        "SELECT a.id, a.payrollWeekID, a.calendarDate, a.kindRawValue, a.travelDurationSeconds, a.crewMemberID, "
+        "a.engagementID FROM PayrollDayActivity a LEFT JOIN CrewMember c ON a.crewMemberID = c.id "
+        "WHERE a.payrollWeekID = ?1 ORDER BY a.calendarDate, COALESCE(c.displayOrder, 0), c.displayName, a.id");
     bind(statement, 1, payrollWeekID);
     return readAll<PayrollDayActivity>(statement, readActivity);
 }

@@ -447,12 +447,13 @@ int addActivity(CommandSession& session, const DTSCommandArguments& a) {
 
 int listActivities(CommandSession& session, const DTSCommandArguments& a) {
     return act(session, [&](ModelContext& context, const Production& production) {
-        const std::optional<CalendarDate> only = a.date.empty() ? std::nullopt : std::optional(dateArgument(a.date));
+        const bool oneDate = !a.date.empty();
+        const CalendarDate only = oneDate ? dateArgument(a.date) : CalendarDate{};
         Json list = Json::array();
         std::ostringstream text;
         for (const auto& week : weeks::weeks(context, production.id)) {
             for (const auto& activity : weeks::activities(context, week.id)) {
-                if (only && activity.calendarDate != *only) continue;
+                if (oneDate && activity.calendarDate != only) continue;
                 const auto member = activity.crewMemberID ? crew_repository::fetchCrewMember(context, *activity.crewMemberID) : std::nullopt;
                 const std::string name = member ? member->displayName : "(removed crew member)";
                 Json json{{"id", activity.id.text()},

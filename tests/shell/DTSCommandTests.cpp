@@ -105,7 +105,10 @@ TEST_F(DTSCommands, ActivitiesAreRecordedAndRemoved) {
     ASSERT_EQ(travel.status, 0) << travel.err;
     const Json listed = run({"activity", "list", "--json"}).json()["activities"];
     ASSERT_EQ(listed.size(), 2u);
-    EXPECT_EQ(listed[0]["travelDurationSeconds"], 18000);
+    // In crew order: Rowan was engaged first.
+    EXPECT_EQ(listed[0]["crewMember"], "Rowan Vale");
+    EXPECT_EQ(listed[0]["travelDurationSeconds"], 9000);
+    EXPECT_EQ(listed[1]["travelDurationSeconds"], 18000);
     EXPECT_EQ(run({"activity", "add", "2026-11-03", "holiday", "Ada Quill"}).err,
               "Ada Quill is already on the DTS for this date. Remove that DTS row before assigning a non-DTS activity.\n");
     ASSERT_EQ(run({"activity", "remove", "2026-11-04", "Ada Quill"}).status, 0);
