@@ -265,11 +265,13 @@ CREATE INDEX EmploymentConditionProduction ON EmploymentCondition(productionID);
 CREATE INDEX EngagementEmploymentConditionCondition ON EngagementEmploymentCondition(conditionID);
 )SQL";
 
-// 40.2.0: productions carry their own currency, and payroll issues with the pay-comparison tolerance
-// they are judged by arrive.
+// 40.2.0: productions carry their own currency, payroll issues arrive with the pay-comparison tolerance
+// they are judged by, and a revision remembers whether each ordinary schedule uses its third band.
 void migrate_40_1_0_to_40_2_0(SQLite::Database& db) {
     db.exec(R"SQL(
 ALTER TABLE Production ADD COLUMN currencyCode TEXT NOT NULL DEFAULT 'USD';
+ALTER TABLE ProductionRulesetRevision ADD COLUMN thirdBandEnabled INTEGER;
+ALTER TABLE ProductionRulesetRevision ADD COLUMN distantThirdBandEnabled INTEGER;
 CREATE TABLE ProductionPayComparisonSettings (productionID TEXT PRIMARY KEY NOT NULL REFERENCES Production(id) ON DELETE CASCADE, roundingTolerance TEXT NOT NULL);
 CREATE TABLE PayrollIssue (
   id TEXT PRIMARY KEY NOT NULL, identityKey TEXT NOT NULL, productionID TEXT NOT NULL REFERENCES Production(id) ON DELETE CASCADE,
