@@ -69,8 +69,12 @@ OrdinaryDayScheduleDraft readSchedule(SQLite::Statement& row, int first, const O
     schedule.finalBandMinimumRuleID = text(4, base.finalBandMinimumRuleID);
     if (!column(5).isNull()) {
         schedule.bandMinimumTargetRuleID = column(5).getString();
-    } else if (fallback) {
-        schedule.bandMinimumTargetRuleID = base.bandMinimumTargetRuleID;
+    } else if (fallback && base.bandMinimumTargetRuleID) {
+        // The local target carries over only where it names a band of this schedule; otherwise an absent
+        // target means the final band, as it always does.
+        const bool names = std::any_of(schedule.bands.begin(), schedule.bands.end(),
+                                       [&](const auto& band) { return band.ruleID == *base.bandMinimumTargetRuleID; });
+        if (names) schedule.bandMinimumTargetRuleID = base.bandMinimumTargetRuleID;
     }
     schedule.dailyMinimumEnabled = integer(11, base.dailyMinimumEnabled) != 0;
     schedule.dailyMinimumSeconds = integer(12, base.dailyMinimumSeconds);

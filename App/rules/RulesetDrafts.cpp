@@ -13,10 +13,10 @@ std::vector<RulesetPayBandDraft> OrdinaryDayScheduleDraft::enabledBands() const 
 
 const OrdinaryDayScheduleDraft& ProductionRulesetDraft::schedule(RulesLocality locality, DayKind day) const noexcept {
     const bool distant = locality == RulesLocality::distant;
-    const auto& alternate = day == DayKind::sixthDay     ? (distant ? distantSixthDaySchedule : localSixthDaySchedule)
-                            : day == DayKind::seventhDay ? (distant ? distantSeventhDaySchedule : localSeventhDaySchedule)
-                                                         : std::optional<OrdinaryDayScheduleDraft>{};
-    if (alternate) return *alternate;
+    const std::optional<OrdinaryDayScheduleDraft>* alternate = nullptr;
+    if (day == DayKind::sixthDay) alternate = distant ? &distantSixthDaySchedule : &localSixthDaySchedule;
+    if (day == DayKind::seventhDay) alternate = distant ? &distantSeventhDaySchedule : &localSeventhDaySchedule;
+    if (alternate && *alternate) return **alternate;
     return distant ? distantSchedule : localSchedule;
 }
 
