@@ -6,6 +6,7 @@
 #include "App/shell/CalcCommands.hpp"
 #include "App/shell/CommandSession.hpp"
 #include "App/shell/DTSCommands.hpp"
+#include "App/shell/RulesCommands.hpp"
 #include "App/shell/StoreCommands.hpp"
 
 namespace tessel {
@@ -28,9 +29,11 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     CommandSession session(options, streams);
     StoreCommandArguments storeArguments;
     DTSCommandArguments dtsArguments;
+    RulesCommandArguments rulesArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
     addDTSCommands(app, session, dtsArguments, exitStatus);
+    addRulesCommands(app, session, rulesArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());

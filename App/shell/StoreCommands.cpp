@@ -9,6 +9,7 @@
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/ProductionWeekCalendars.hpp"
 #include "App/model/StoreSchema.hpp"
+#include "App/rules/ProductionRulesets.hpp"
 
 namespace tessel {
 namespace {
@@ -79,7 +80,7 @@ int createProduction(CommandSession& session, const std::string& name) {
     try {
         const auto defaults = session.settings().newProductionDefaults();
         const Production created = store->perform([&](ModelContext& context) {
-            return production_repository::create(context, name, defaults, now());
+            return ProductionSetup::createProduction(context, name, defaults, now());
         });
         session.settings().setMostRecentlyUsedProductionID(created.id);
         session.answer(productionJSON(created), "Created production \u201C" + created.name + "\u201D (" + created.id.text() + ").\n");
