@@ -60,6 +60,30 @@ TEST_F(Rulesets, ApplyingAndReadingBackRoundTrips) {
               "Payroll rules have been reviewed for this production.");
 }
 
+TEST_F(Rulesets, ApplyingToADeletedRevisionIsRefused) {
+    const auto configuration = current();
+    store->database().exec("DELETE FROM ProductionRulesetRevision");
+    try {
+        ProductionRulesets::apply(context, production.id, revision, configuration, now);
+        FAIL();
+    } catch (const ProductionRulesetValidationError& error) {
+        EXPECT_EQ(error.description(), "This Ruleset revision is no longer available. Close the editor and reopen the Ruleset.");
+    }
+}
+
+TEST(SetupStatusLine, SaysWhereTheRulesCameFrom) {
+    using Origin = ProductionRulesetOrigin;
+    const auto line = [](Origin origin, std::optional<std::string> name, bool reviewed) {
+        return ProductionRulesets::setupStatusLine({origin, std::move(name), reviewed ? std::optional(now) : std::nullopt});
+    };
+    EXPECT_EQ(line(Origin::savedRulesetCopy, "Feature Agreement", true), "Based on a copy of ‘Feature Agreement’, reviewed for this production.");
+    EXPECT_EQ(line(Origin::automaticDefault, std::nullopt, true), "Payroll rules have been reviewed for this production.");
+    EXPECT_EQ(line(Origin::automaticDefault, std::nullopt, false), "Review the payroll rules for this production.");
+    EXPECT_EQ(line(Origin::savedRulesetCopy, "Feature Agreement", false), "Using a copy of ‘Feature Agreement’.");
+    EXPECT_EQ(line(Origin::savedRulesetCopy, std::nullopt, false), "Review the existing payroll rules for this production.");
+    EXPECT_EQ(line(Origin::legacyUnknown, std::nullopt, false), "Review the existing payroll rules for this production.");
+}
+
 TEST_F(Rulesets, AbsentDistantValuesFallBackToLocalOnes) {
     auto configuration = current();
     configuration.payrollRules.localSchedule.bands[0].multiplier = Decimal("1.25");
