@@ -72,16 +72,16 @@ struct SandboxConfiguration {
     RulesLocality rulesLocality = RulesLocality::local;
     DayKind dayKind = DayKind::ordinary;
     PayBandSchedule schedule;
-    std::optional<DailyMinimumGuarantee> configuredDailyMinimumGuarantee;
-    std::vector<MinimumBandGuarantee> bandGuarantees;
+    std::optional<DailyMinimumGuarantee> configuredDailyMinimumGuarantee{};
+    std::vector<MinimumBandGuarantee> bandGuarantees{};
     RoundingRule moneyRoundingRule = RoundingRule::cents();
-    std::map<std::string, std::string> labelsByRuleID;
-    std::map<std::string, std::string> comparisonConceptsByRuleID;
-    std::optional<FixedDollarMealPenaltySchedule> mealPenaltySchedule;
-    std::optional<std::string> mealPenaltyProblem;  // why there is no schedule ("Meal Penalty Rules are incomplete.")
+    std::map<std::string, std::string> labelsByRuleID{};
+    std::map<std::string, std::string> comparisonConceptsByRuleID{};
+    std::optional<FixedDollarMealPenaltySchedule> mealPenaltySchedule{};
+    std::optional<std::string> mealPenaltyProblem{};  // why there is no schedule ("Meal Penalty Rules are incomplete.")
     std::int64_t mealPenaltyFixedDollarWeeklyLimit = 20;
-    std::optional<MealPenaltyTimingRules> mealPenaltyTimingRules;
-    TurnaroundRulesDraft turnaroundRules;
+    std::optional<MealPenaltyTimingRules> mealPenaltyTimingRules{};
+    TurnaroundRulesDraft turnaroundRules{};
 };
 
 // A production's ruleset revisions: the example defaults, validation, reading and applying drafts, and
