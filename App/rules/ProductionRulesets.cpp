@@ -427,12 +427,17 @@ SandboxConfiguration ProductionRulesets::sandbox(ModelContext& context, const Uu
                                                  std::optional<MealWorkLocation> workLocation) {
     const auto revisionID = revisionInForce(context, productionID, date);
     if (!revisionID) throw ModelValidationError(std::string(ruleset_messages::noRevision));
-    const PayrollRuleConfiguration configuration = readConfiguration(context, productionID, *revisionID);
+    return sandboxFor(readConfiguration(context, productionID, *revisionID), *revisionID, locality, day, workLocation);
+}
+
+SandboxConfiguration ProductionRulesets::sandboxFor(const PayrollRuleConfiguration& configuration, const Uuid& revisionID,
+                                                    std::optional<RulesLocality> locality, DayKind day,
+                                                    std::optional<MealWorkLocation> workLocation) {
     const ProductionRulesetDraft& draft = configuration.payrollRules;
     const RulesLocality chosen = locality.value_or(draft.defaultRulesLocality);
     const OrdinaryDayScheduleDraft& schedule = draft.schedule(chosen, day);
 
-    SandboxConfiguration sandbox{*revisionID, draft.name, draft.sourceNotes, draft.effectiveFrom, chosen, day,
+    SandboxConfiguration sandbox{revisionID, draft.name, draft.sourceNotes, draft.effectiveFrom, chosen, day,
                                  engineSchedule(schedule)};
     if (schedule.dailyMinimumEnabled && schedule.dailyMinimumSeconds > 0) {
         sandbox.configuredDailyMinimumGuarantee =

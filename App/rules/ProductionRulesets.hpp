@@ -115,6 +115,10 @@ public:
     static SandboxConfiguration sandbox(ModelContext& context, const Uuid& productionID, CalendarDate date,
                                         std::optional<RulesLocality> locality, DayKind day,
                                         std::optional<MealWorkLocation> workLocation);
+    // The same from a configuration in hand (a rules file, the example defaults), without a store.
+    static SandboxConfiguration sandboxFor(const PayrollRuleConfiguration& configuration, const Uuid& revisionID,
+                                           std::optional<RulesLocality> locality, DayKind day,
+                                           std::optional<MealWorkLocation> workLocation);
     static PayBandSchedule engineSchedule(const OrdinaryDayScheduleDraft& schedule);
 };
 

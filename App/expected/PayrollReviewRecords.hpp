@@ -1,0 +1,208 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+#include "App/expected/WorkdayDurationDeriver.hpp"
+#include "App/rules/CompensationProvisions.hpp"
+#include "PayrollDomain/GrossCompensation.hpp"
+#include "PayrollDomain/MealPeriod.hpp"
+#include "PayrollDomain/SupplementalCompensation.hpp"
+#include "PayrollDomain/Turnaround.hpp"
+#include "PayrollDomain/WeeklyMealPenalty.hpp"
+#include "PayrollDomain/WeeklyPayroll.hpp"
+
+// The records of the expected payroll: computed from the stored facts when asked for, never stored.
+namespace tessel {
+
+namespace review_words {
+inline constexpr std::string_view estimatedGross = "Estimated Gross";
+inline constexpr std::string_view estimatedGrossPartial = "Estimated Gross (Partial)";
+inline constexpr std::string_view partialExplanation =
+    "Monetary estimate unavailable: no applicable rate is configured for one or more calculated days.";
+inline constexpr std::string_view noApplicablePayRate = "No applicable pay rate";
+inline constexpr std::string_view idleCalculated = "Idle Pay calculated";
+inline constexpr std::string_view idleMissingRule =
+    "This Ruleset does not define Idle Compensation, so Idle Pay cannot be calculated.";
+inline constexpr std::string_view idleMissingRate = "No applicable straight-time rate for Idle";
+inline constexpr std::string_view holidayCalculated = "Holiday Pay calculated";
+inline constexpr std::string_view holidayNotConfigured = "Unworked Holiday Pay is not configured.";
+inline constexpr std::string_view holidayMissingContextPrefix = "This Ruleset does not define Unworked Holiday Pay for";
+inline constexpr std::string_view holidayMissingRate = "No applicable straight-time hourly rate for Unworked Holiday Pay.";
+inline constexpr std::string_view holidayMissingEngagement = "No engagement is assigned to this Holiday activity.";
+inline constexpr std::string_view travelNotConfigured = "Travel compensation not yet configured";
+inline constexpr std::string_view noCompensationInferred = "No compensation inferred";
+inline constexpr std::string_view goldenHourWrap = "Golden Hour Wrap:";
+inline constexpr std::string_view goldenHourWrapLabel = "Earliest Wrap that triggers Golden Hour:";
+inline constexpr std::string_view goldenHourUnavailable = "Golden Hour Wrap unavailable";
+inline constexpr std::string_view unassignedClassification = "Unassigned Classification";
+inline constexpr std::string_view weekendTurnaround = "Weekend turnaround is not currently calculated.";
+}  // namespace review_words
+
+struct PayrollReviewClassification {
+    Uuid positionID;
+    std::string name{};
+    std::optional<std::string> occupationCode{};
+};
+
+struct PayrollReviewCategoryContributor {
+    Uuid workdayID;
+    CalendarDate calendarDate{};
+    WorkDuration actualDuration{};
+    WorkDuration guaranteedDuration{};
+    WorkDuration paidDuration{};
+    std::optional<Money> compensation{};
+};
+
+struct PayrollReviewCategory {
+    std::optional<std::string> comparisonConcept{};
+    RuleID ruleID;
+    std::string label{};
+    RateMultiplier multiplier;
+    WorkDuration actualDuration{};
+    WorkDuration guaranteedDuration{};
+    WorkDuration paidDuration{};
+    std::optional<Money> compensation{};
+    std::optional<Money> baseHourlyRate{};
+    std::vector<PayrollReviewCategoryContributor> contributors{};
+};
+
+// How the applicable hourly rate was found. Only the engagement's own dated (over-scale) rate exists
+// until rate cards do; the other sources and warnings come with them.
+struct ResolvedRate {
+    enum class Source { overScale };
+    Decimal hourlyAmount;
+    std::string currencyCode{};
+    Source source = Source::overScale;
+    CalendarDate effectiveDate{};
+};
+
+struct PayrollReviewIssue {
+    enum class Kind { dtsSource, calculationFailure, missingRate };
+    enum class DestinationKind { workday, crewMember };
+    Kind kind = Kind::dtsSource;
+    std::string message{};
+    DestinationKind destinationKind = DestinationKind::workday;
+    Uuid destination;
+};
+
+std::string_view toRawValue(PayrollReviewIssue::Kind kind) noexcept;
+
+struct AdditionalCompensationReview {
+    CompensationProvisionKind kind;
+    Money compensation;
+    bool usedPersonalAmount = false;
+    std::variant<FixedDailyCompensationTrace, PercentageCompensationTrace> trace{};
+    std::optional<std::string> presentationDetail{};
+};
+
+struct TurnaroundPayrollReview {
+    std::optional<Uuid> nextWorkdayID{};
+    std::optional<CalendarDate> nextWorkdayDate{};
+    TurnaroundEvaluationResult result;
+};
+
+// When the band of the golden hour guarantee is entered, on the clock from the crew member's call.
+struct GoldenHourTarget {
+    Instant targetTime;          // the earliest wrap that triggers it: the next whole tenth after entry
+    Instant exactBandEntryTime;
+    RuleID guaranteeRuleID;
+    RuleID targetPayBandRuleID;
+    WorkDuration minimumPaidDuration{};
+    RateMultiplier multiplier;
+    PayBandEntryThreshold threshold;
+};
+
+struct DailyPayrollStatus {
+    enum class Case { incomplete, calculationFailed, calculated };
+    Case kind = Case::calculated;
+    std::optional<WorkdayIncompleteReason> reason{};  // incomplete
+    std::string failure{};                            // calculationFailed
+};
+
+std::string_view toRawValue(DailyPayrollStatus::Case kind) noexcept;
+
+struct DailyPayrollReview {
+    std::optional<PayrollReviewClassification> classification{};
+    Uuid id;
+    CalendarDate calendarDate{};
+    std::optional<CrewWorkdaySequencePosition> workdaySequence{};
+    DTSCalculationInput source;
+    std::vector<MealPeriodEvaluationResult> mealPeriods{};
+    std::optional<FixedDollarMealPenaltySchedule> mealPenaltySchedule{};
+    int mealPenaltyFixedDollarWeeklyLimit = 20;
+    std::optional<DerivedWorkdayDurations> durations{};
+    std::vector<PayrollReviewCategory> categories{};
+    std::optional<Money> applicableRate{};
+    std::optional<ResolvedRate> rateResolution{};
+    std::optional<Money> compensation{};
+    std::optional<Money> boxRentalCompensation{};
+    std::vector<AdditionalCompensationReview> additionalCompensation{};
+    DailyPayrollStatus status{};
+    std::optional<DailyMinimumGuaranteeTraceEntry> dailyMinimumTrace{};
+    std::optional<DailyMinimumGuaranteeSource> dailyMinimumSource{};
+    std::vector<MinimumBandGuaranteeTraceEntry> guaranteeTraces{};
+    std::optional<GrossCompensationResult> engineGrossResult{};  // holds the allocation and gross traces
+    std::optional<Money> straightTimeCompensation{};
+    std::optional<TurnaroundPayrollReview> turnaround{};
+    std::optional<GoldenHourTarget> goldenHourTarget{};
+    RulesLocality rulesLocality = RulesLocality::local;
+    std::string dayKind = "ordinary";
+    std::vector<PayrollReviewIssue> issues{};
+};
+
+struct IdlePayrollContribution {
+    enum class Status { calculated, missingRule, missingRate };
+    Uuid activityID;
+    CalendarDate calendarDate{};
+    std::optional<IdleCompensationRuleDraft> rule{};
+    std::optional<Money> applicableRate{};
+    Status status = Status::missingRule;
+    std::optional<IdleCompensationResult> result{};
+};
+
+struct HolidayPayrollContribution {
+    enum class Status { calculated, missingRule, missingRate, missingEngagement };
+    Uuid activityID;
+    CalendarDate calendarDate{};
+    std::optional<HolidayRuleContext> context{};
+    Status status = Status::missingRule;
+    std::optional<UnworkedHolidayResult> result{};
+    std::string words{};
+};
+
+struct NonDTSPayrollActivityReview {
+    Uuid id;
+    CalendarDate calendarDate{};
+    std::string kindRawValue{};
+    std::optional<std::int64_t> travelDurationSeconds{};
+    std::vector<AdditionalCompensationReview> additionalCompensation{};
+    std::optional<IdlePayrollContribution> idleCompensation{};
+    std::optional<HolidayPayrollContribution> holidayCompensation{};
+    std::string words{};  // what the activity pays, in the review's words
+};
+
+struct WeeklyCrewPayrollReview {
+    Uuid crewMemberID;
+    std::string crewName{};
+    CalendarDate weekStartDate{};
+    std::string configurationName{};
+    std::optional<Uuid> rulesetRevisionID{};
+    std::optional<CalendarDate> rulesetEffectiveFrom{};
+    std::vector<PayrollReviewCategory> categories{};
+    std::vector<DailyPayrollReview> days{};
+    std::vector<NonDTSPayrollActivityReview> nonDTSActivities{};
+    std::optional<Money> estimatedGross{};
+    bool estimatedGrossIsPartial = false;
+    std::optional<Money> boxRentalCompensation{};
+    std::vector<AdditionalCompensationReview> additionalCompensation{};
+    std::vector<IdlePayrollContribution> idleCompensation{};
+    std::vector<CalendarDate> missingRateDates{};
+    WeeklyMealPenaltyResult mealPenalties{};
+    std::vector<PayrollReviewIssue> issues{};  // every day's issues and the week's own
+};
+
+}  // namespace tessel
