@@ -13,17 +13,17 @@ namespace tessel {
 struct DailyReviewInputs {
     DTSCalculationInput source;
     const SandboxConfiguration* rules = nullptr;
-    std::optional<ResolvedRate> rate;
-    std::optional<std::int64_t> personalDailyGuaranteeSeconds;  // takes the place of the ruleset's daily minimum
-    std::optional<CrewWorkdaySequencePosition> sequence;
-    std::optional<TurnaroundRule> turnaroundRule;
-    std::optional<Uuid> nextWorkdayID;
-    std::optional<CalendarDate> nextWorkdayDate;
-    std::optional<Instant> nextCall;
-    std::optional<Money> boxRental;
-    std::vector<ResolvedCompensationProvision> dailyProvisions;  // fixed daily amounts in force for the day
-    std::optional<ResolvedCompensationProvision> mileage;         // an amount per mile
-    std::optional<Decimal> miles;
+    std::optional<ResolvedRate> rate{};
+    std::optional<std::int64_t> personalDailyGuaranteeSeconds{};  // takes the place of the ruleset's daily minimum
+    std::optional<CrewWorkdaySequencePosition> sequence{};
+    std::optional<TurnaroundRule> turnaroundRule{};
+    std::optional<Uuid> nextWorkdayID{};
+    std::optional<CalendarDate> nextWorkdayDate{};
+    std::optional<Instant> nextCall{};
+    std::optional<Money> boxRental{};
+    std::vector<ResolvedCompensationProvision> dailyProvisions{};  // fixed daily amounts in force for the day
+    std::optional<ResolvedCompensationProvision> mileage{};         // an amount per mile
+    std::optional<Decimal> miles{};
 };
 
 class DailyReviewCalculator {

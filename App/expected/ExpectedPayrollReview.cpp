@@ -1,0 +1,537 @@
+#include "ExpectedPayrollReview.hpp"
+
+#include <algorithm>
+#include <set>
+#include <tuple>
+
+#include "App/dts/DailyTimeSheets.hpp"
+#include "App/model/PayrollWeekRepository.hpp"
+#include "App/model/ProductionRepository.hpp"
+#include "App/model/SatelliteRepository.hpp"
+#include "PayrollEngine/SupplementalCompensationCalculator.hpp"
+#include "PayrollEngine/WeeklyMealPenaltyCompensator.hpp"
+#include "PayrollEngine/WeeklyPayrollAggregator.hpp"
+
+namespace tessel {
+namespace {
+
+using namespace std::chrono;
+namespace weeks = payroll_week_repository;
+namespace satellites = satellite_repository;
+using store_schema::satelliteTable;
+
+std::optional<std::string> textField(const std::optional<StoreFields>& fields, std::string_view name) {
+    if (!fields) return std::nullopt;
+    for (const auto& [column, value] : *fields) {
+        if (column == name && std::holds_alternative<std::string>(value)) return std::get<std::string>(value);
+    }
+    return std::nullopt;
+}
+
+std::optional<std::int64_t> integerField(const std::optional<StoreFields>& fields, std::string_view name) {
+    if (!fields) return std::nullopt;
+    for (const auto& [column, value] : *fields) {
+        if (column == name && std::holds_alternative<std::int64_t>(value)) return std::get<std::int64_t>(value);
+    }
+    return std::nullopt;
+}
+
+// Facts of one week's DTSes read in a few queries rather than one per row.
+struct WeekFacts {
+    std::vector<Workday> workdays;
+    std::map<Uuid, std::vector<CrewDailyEntry>> entriesByWorkday;
+    std::map<Uuid, CrewDailyWorkMode> workModes;  // by entry
+    std::set<Uuid> boxRentals;                    // entries that pay box / kit rental
+    std::map<Uuid, Decimal> rowMiles;             // by entry
+    std::map<Uuid, Decimal> departmentMiles;      // by workday
+    std::map<Uuid, MealWorkLocation> locations;   // by workday
+};
+
+template <typename Each>
+void forEachRow(ModelContext& context, const std::string& sql, const Uuid& weekID, Each each) {
+    auto& statement = context.prepare(sql);
+    columns::bind(statement, 1, weekID);
+    while (statement.executeStep()) each(statement);
+}
+
+WeekFacts readWeek(ModelContext& context, const Uuid& weekID) {
+    WeekFacts facts;
+    facts.workdays = weeks::workdays(context, weekID);
+    for (const auto& workday : facts.workdays) facts.entriesByWorkday[workday.id] = weeks::entries(context, workday.id);
+    const std::string entriesOfWeek =
+        " JOIN CrewDailyEntry e ON s.crewDailyEntryID = e.id JOIN Workday w ON e.workdayID = w.id WHERE w.payrollWeekID = ?1";
+    forEachRow(context, "SELECT s.crewDailyEntryID, s.modeRawValue FROM CrewDailyWorkModeConfiguration s" + entriesOfWeek, weekID,
+               [&](SQLite::Statement& row) {
+                   const auto mode = fromRawValue<CrewDailyWorkMode>(row.getColumn(1).getString());
+                   facts.workModes[columns::uuid(row.getColumn(0))] = mode.value_or(CrewDailyWorkMode::timed);
+               });
+    forEachRow(context, "SELECT s.crewDailyEntryID FROM CrewDailyBoxRentalSelection s" + entriesOfWeek + " AND s.applies != 0",
+               weekID, [&](SQLite::Statement& row) { facts.boxRentals.insert(columns::uuid(row.getColumn(0))); });
+    forEachRow(context, "SELECT s.crewDailyEntryID, s.miles FROM CrewDailyMileageEntry s" + entriesOfWeek, weekID,
+               [&](SQLite::Statement& row) { facts.rowMiles.emplace(columns::uuid(row.getColumn(0)), columns::decimal(row.getColumn(1))); });
+    const std::string workdaysOfWeek = " JOIN Workday w ON s.workdayID = w.id WHERE w.payrollWeekID = ?1";
+    forEachRow(context, "SELECT s.workdayID, s.miles FROM WorkdayMileageConfiguration s" + workdaysOfWeek, weekID,
+               [&](SQLite::Statement& row) { facts.departmentMiles.emplace(columns::uuid(row.getColumn(0)), columns::decimal(row.getColumn(1))); });
+    forEachRow(context, "SELECT s.workdayID, s.workLocationRawValue FROM WorkdayMealLocationConfiguration s" + workdaysOfWeek, weekID,
+               [&](SQLite::Statement& row) {
+                   if (const auto location = fromRawValue<MealWorkLocation>(row.getColumn(1).getString())) {
+                       facts.locations[columns::uuid(row.getColumn(0))] = *location;
+                   }
+               });
+    return facts;
+}
+
+DTSCalculationInput calculationInput(const Workday& workday, const CrewDailyEntry& entry, const WeekFacts& facts) {
+    const EffectiveRowTimes times = DailyTimeSheets::effectiveTimes(workday, entry);
+    const auto mode = facts.workModes.find(entry.id);
+    return {workday.id,
+            workday.calendarDate,
+            entry.crewMemberID,
+            entry.engagementID,
+            times.call.value,
+            times.lunchOut.value,
+            times.lunchIn.value,
+            times.wrap.value,
+            entry.rulesLocalityOverride,
+            workday.generalCrewCall,
+            workday.officialLunchOut,
+            workday.firstMealGraceWasCalled,
+            entry.nonDeductibleBreakfast,
+            mode == facts.workModes.end() ? CrewDailyWorkMode::timed : mode->second};
+}
+
+ProvisionDayKind provisionDayKind(CrewDailyWorkMode mode) {
+    return mode == CrewDailyWorkMode::worked ? ProvisionDayKind::worked
+           : mode == CrewDailyWorkMode::prep ? ProvisionDayKind::prep
+                                             : ProvisionDayKind::timedWorkDay;
+}
+
+DayKind dayKindOf(const CrewWorkdaySequencePosition& position) {
+    switch (position.classification()) {
+        case CrewWorkdaySequencePosition::Classification::sixth: return DayKind::sixthDay;
+        case CrewWorkdaySequencePosition::Classification::seventh:
+        case CrewWorkdaySequencePosition::Classification::additional: return DayKind::seventhDay;
+        case CrewWorkdaySequencePosition::Classification::ordinary: return DayKind::ordinary;
+    }
+    return DayKind::ordinary;
+}
+
+// Adds one day's categories into the week's, by rule in order of first appearance.
+void addCategories(std::vector<PayrollReviewCategory>& week, const std::vector<PayrollReviewCategory>& day) {
+    for (const auto& category : day) {
+        auto found = std::find_if(week.begin(), week.end(), [&](const auto& c) { return c.ruleID == category.ruleID; });
+        if (found == week.end()) {
+            week.push_back(category);
+            continue;
+        }
+        found->actualDuration += category.actualDuration;
+        found->guaranteedDuration += category.guaranteedDuration;
+        found->paidDuration += category.paidDuration;
+        if (category.compensation) {
+            found->compensation = found->compensation ? *found->compensation + *category.compensation : *category.compensation;
+        }
+        found->contributors.insert(found->contributors.end(), category.contributors.begin(), category.contributors.end());
+    }
+}
+
+void addAdditional(std::vector<AdditionalCompensationReview>& week, const AdditionalCompensationReview& item) {
+    auto found = std::find_if(week.begin(), week.end(), [&](const auto& c) { return c.kind == item.kind; });
+    if (found == week.end()) {
+        week.push_back(item);
+    } else {
+        found->compensation = found->compensation + item.compensation;
+        found->usedPersonalAmount = found->usedPersonalAmount || item.usedPersonalAmount;
+    }
+}
+
+}  // namespace
+
+struct ExpectedPayrollReview::Session {
+    ModelContext& context;
+    Production production;
+    std::map<Uuid, PayrollRuleConfiguration> configurations;  // by revision
+    std::map<std::tuple<Uuid, RulesLocality, DayKind, std::optional<MealWorkLocation>>, SandboxConfiguration> sandboxes;
+    std::map<Uuid, std::optional<ProductionEngagement>> engagements;
+    std::map<Uuid, std::vector<EngagementPayRate>> payRates;
+    std::map<Uuid, std::optional<CrewMember>> crew;
+    std::map<Uuid, WeekFacts> weeksRead;
+    std::map<CalendarDate, std::optional<Workday>> workdaysByDate;
+
+    Session(ModelContext& c, const Uuid& productionID) : context(c), production(load(c, productionID)) {}
+
+    static Production load(ModelContext& context, const Uuid& productionID) {
+        if (auto production = production_repository::fetch(context, productionID)) return *production;
+        throw PayrollReviewError("The Payroll Week is not attached to a Production.");
+    }
+
+    const std::optional<ProductionEngagement>& engagement(const std::optional<Uuid>& id) {
+        static const std::optional<ProductionEngagement> none;
+        if (!id) return none;
+        auto found = engagements.find(*id);
+        if (found == engagements.end()) found = engagements.emplace(*id, crew_repository::fetchEngagement(context, *id)).first;
+        return found->second;
+    }
+
+    const std::optional<CrewMember>& crewMember(const Uuid& id) {
+        auto found = crew.find(id);
+        if (found == crew.end()) found = crew.emplace(id, crew_repository::fetchCrewMember(context, id)).first;
+        return found->second;
+    }
+
+    // The engagement's own dated rate: the latest effective on or before the date.
+    std::optional<ResolvedRate> rate(const std::optional<Uuid>& engagementID, CalendarDate date) {
+        if (!engagementID) return std::nullopt;
+        auto found = payRates.find(*engagementID);
+        if (found == payRates.end()) found = payRates.emplace(*engagementID, crew_repository::payRates(context, *engagementID)).first;
+        std::optional<ResolvedRate> resolved;
+        for (const auto& rate : found->second) {
+            if (sys_days(rate.effectiveDate) <= sys_days(date)) {
+                resolved = ResolvedRate{rate.hourlyAmount, rate.currencyCode, ResolvedRate::Source::overScale, rate.effectiveDate};
+            }
+        }
+        return resolved;
+    }
+
+    const PayrollRuleConfiguration* configuration(const std::optional<Uuid>& revisionID) {
+        if (!revisionID) return nullptr;
+        auto found = configurations.find(*revisionID);
+        if (found == configurations.end()) {
+            found = configurations.emplace(*revisionID, ProductionRulesets::readConfiguration(context, production.id, *revisionID)).first;
+        }
+        return &found->second;
+    }
+
+    const SandboxConfiguration& sandbox(const Uuid& revisionID, RulesLocality locality, DayKind day, std::optional<MealWorkLocation> location) {
+        const auto key = std::tuple(revisionID, locality, day, location);
+        auto found = sandboxes.find(key);
+        if (found == sandboxes.end()) {
+            found = sandboxes.emplace(key, ProductionRulesets::sandboxFor(*configuration(revisionID), revisionID, locality, day, location)).first;
+        }
+        return found->second;
+    }
+
+    const WeekFacts& week(const Uuid& weekID) {
+        auto found = weeksRead.find(weekID);
+        if (found == weeksRead.end()) found = weeksRead.emplace(weekID, readWeek(context, weekID)).first;
+        return found->second;
+    }
+
+    const std::optional<Workday>& workdayOn(CalendarDate date) {
+        auto found = workdaysByDate.find(date);
+        if (found == workdaysByDate.end()) found = workdaysByDate.emplace(date, weeks::workdayOn(context, production.id, date)).first;
+        return found->second;
+    }
+
+    // The crew member's call on the next calendar day, if they work it; turnaround over a gap (a
+    // weekend) is not evaluated.
+    std::tuple<std::optional<Uuid>, std::optional<CalendarDate>, std::optional<Instant>> nextCall(const Uuid& crewMemberID, CalendarDate date) {
+        const CalendarDate next(sys_days(date) + days(1));
+        const auto& workday = workdayOn(next);
+        if (!workday) return {};
+        for (const auto& entry : weeks::entries(context, workday->id)) {
+            if (entry.crewMemberID == crewMemberID) {
+                return {workday->id, next, DailyTimeSheets::effectiveTimes(*workday, entry).call.value};
+            }
+        }
+        return {};
+    }
+
+    std::optional<TurnaroundRule> turnaroundRule(const std::optional<ProductionEngagement>& engagement, const SandboxConfiguration& rules) {
+        if (engagement) {
+            const auto own = satellites::find(context, satelliteTable("EngagementTurnaroundConfiguration"), engagement->id);
+            if (const auto rest = integerField(own, "requiredRestSeconds"); rest && *rest > 0) {
+                return TurnaroundRule{RuleID("engagement.turnaround.required-rest"), WorkDuration(*rest), "engagement.turnaround.required-rest"};
+            }
+        }
+        try {
+            const auto suggestion = TurnaroundRules::suggestion(rules.turnaroundRules, rules.rulesLocality, "",
+                                                                engagement ? engagement->classificationID : std::nullopt);
+            if (!suggestion) return std::nullopt;
+            return TurnaroundRule{RuleID(suggestion->ruleID), WorkDuration(suggestion->requiredRestSeconds), suggestion->origin};
+        } catch (const DomainError&) {
+            return std::nullopt;
+        }
+    }
+
+    DailyPayrollReview day(const Workday& workday, const CrewDailyEntry& entry, const WeekFacts& facts, const std::vector<CalendarDate>& worked) {
+        const DTSCalculationInput source = calculationInput(workday, entry, facts);
+        const auto& engagement = this->engagement(entry.engagementID);
+        const auto revisionID = ProductionRulesets::revisionInForce(context, production.id, workday.calendarDate);
+        if (!revisionID) {
+            DailyPayrollReview review{.classification = std::nullopt, .id = workday.id, .calendarDate = workday.calendarDate,
+                                      .workdaySequence = std::nullopt, .source = source};
+            review.status = {DailyPayrollStatus::Case::calculationFailed, std::nullopt, std::string(ruleset_messages::noRevision)};
+            review.issues.push_back({PayrollReviewIssue::Kind::calculationFailure, review.status.failure,
+                                     PayrollReviewIssue::DestinationKind::workday, workday.id});
+            return review;
+        }
+        const auto sequence = CrewWorkdaySequenceResolver::position(worked, workday.calendarDate);
+        // The locality: the row's own for the day, else the engagement's, else the ruleset's default.
+        const auto& defaults = configuration(revisionID)->payrollRules;
+        const RulesLocality locality =
+            entry.rulesLocalityOverride.value_or(engagement && engagement->rulesLocalityOverride ? *engagement->rulesLocalityOverride
+                                                                                                : defaults.defaultRulesLocality);
+        const auto location = facts.locations.find(workday.id);
+        const SandboxConfiguration& rules = sandbox(*revisionID, locality, dayKindOf(sequence),
+                                                    location == facts.locations.end() ? std::nullopt : std::optional(location->second));
+
+        DailyReviewInputs inputs{source, &rules, rate(entry.engagementID, workday.calendarDate)};
+        inputs.sequence = sequence;
+        if (engagement) {
+            const auto term = satellites::findInForce(context, satelliteTable("EngagementDailyGuaranteeTerm"), engagement->id, workday.calendarDate);
+            inputs.personalDailyGuaranteeSeconds = integerField(term, "minimumPaidDurationSeconds");
+            if (facts.boxRentals.contains(entry.id)) {
+                const auto box = satellites::findInForce(context, satelliteTable("EngagementBoxRentalTerm"), engagement->id, workday.calendarDate);
+                const auto amount = textField(box, "dailyAmount");
+                if (amount && Decimal::parse(*amount)) inputs.boxRental = Money(*Decimal::parse(*amount), CurrencyCode(textField(box, "currencyCode").value_or("USD")));
+            }
+            for (auto kind : {CompensationProvisionKind::cellPhoneAllowance, CompensationProvisionKind::perDiem}) {
+                if (auto resolved = CompensationProvisions::resolve(context, production.id, engagement->id, kind, workday.calendarDate,
+                                                                    provisionDayKind(source.workMode))) {
+                    inputs.dailyProvisions.push_back(*resolved);
+                }
+            }
+            inputs.mileage = CompensationProvisions::resolve(context, production.id, engagement->id, CompensationProvisionKind::mileage,
+                                                             workday.calendarDate, provisionDayKind(source.workMode));
+        }
+        const auto ownMiles = facts.rowMiles.find(entry.id);
+        const auto departmentMiles = facts.departmentMiles.find(workday.id);
+        if (ownMiles != facts.rowMiles.end()) {
+            inputs.miles = ownMiles->second;
+        } else if (departmentMiles != facts.departmentMiles.end()) {
+            inputs.miles = departmentMiles->second;
+        }
+        inputs.turnaroundRule = turnaroundRule(engagement, rules);
+        if (entry.crewMemberID) std::tie(inputs.nextWorkdayID, inputs.nextWorkdayDate, inputs.nextCall) = nextCall(*entry.crewMemberID, workday.calendarDate);
+        return DailyReviewCalculator::calculate(inputs);
+    }
+
+    NonDTSPayrollActivityReview activity(const PayrollDayActivity& activity) {
+        NonDTSPayrollActivityReview review{activity.id, activity.calendarDate, activity.kindRawValue, activity.travelDurationSeconds};
+        const auto kind = activity.kind();
+        const auto& engagement = this->engagement(activity.engagementID);
+        const auto revisionID = ProductionRulesets::revisionInForce(context, production.id, activity.calendarDate);
+        const auto rateOnDay = rate(activity.engagementID, activity.calendarDate);
+        const std::optional<HourlyPayRate> hourly =
+            rateOnDay ? std::optional(HourlyPayRate(rateOnDay->hourlyAmount, CurrencyCode(rateOnDay->currencyCode))) : std::nullopt;
+        if (kind == PayrollDayActivityKind::idleAvailable) {
+            IdlePayrollContribution idle{activity.id, activity.calendarDate};
+            idle.rule = revisionID ? configuration(revisionID)->idleCompensation : std::nullopt;
+            if (hourly) idle.applicableRate = hourly->amountPerHour();
+            if (!idle.rule) {
+                idle.status = IdlePayrollContribution::Status::missingRule;
+                review.words = std::string(review_words::idleMissingRule);
+            } else if (!hourly) {
+                idle.status = IdlePayrollContribution::Status::missingRate;
+                review.words = std::string(review_words::idleMissingRate);
+            } else {
+                idle.status = IdlePayrollContribution::Status::calculated;
+                idle.result = SupplementalCompensationCalculator::idle(WorkDuration(idle.rule->compensatedSecondsPerDay), *hourly,
+                                                                       RateMultiplier(idle.rule->straightTimeRateMultiplier), RoundingRule::cents());
+                review.words = std::string(review_words::idleCalculated);
+            }
+            review.idleCompensation = idle;
+        } else if (kind == PayrollDayActivityKind::holiday) {
+            review.holidayCompensation = holiday(activity, engagement, revisionID, hourly);
+            review.words = review.holidayCompensation->words;
+        } else if (kind == PayrollDayActivityKind::travel) {
+            review.words = std::string(review_words::travelNotConfigured);
+        } else {
+            review.words = std::string(review_words::noCompensationInferred);
+        }
+        if (engagement && kind) {
+            const auto dayKind = *kind == PayrollDayActivityKind::travel        ? ProvisionDayKind::travel
+                                 : *kind == PayrollDayActivityKind::idleAvailable ? ProvisionDayKind::idleAvailable
+                                 : *kind == PayrollDayActivityKind::holiday       ? ProvisionDayKind::holiday
+                                                                                  : ProvisionDayKind::personalUnavailable;
+            for (auto provisionKind : {CompensationProvisionKind::cellPhoneAllowance, CompensationProvisionKind::perDiem}) {
+                if (auto resolved = CompensationProvisions::resolve(context, production.id, engagement->id, provisionKind, activity.calendarDate, dayKind)) {
+                    const Money amount(resolved->amount, CurrencyCode(resolved->currencyCode));
+                    const auto fixed = SupplementalCompensationCalculator::fixedDaily(amount, true);
+                    review.additionalCompensation.push_back({provisionKind, amount,
+                                                             resolved->amountOrigin == CompensationProvisionOverrideMode::personalAmount,
+                                                             fixed.trace, std::nullopt});
+                }
+            }
+        }
+        return review;
+    }
+
+    HolidayPayrollContribution holiday(const PayrollDayActivity& activity, const std::optional<ProductionEngagement>& engagement,
+                                       const std::optional<Uuid>& revisionID, const std::optional<HourlyPayRate>& hourly) {
+        HolidayPayrollContribution holiday{activity.id, activity.calendarDate};
+        using Status = HolidayPayrollContribution::Status;
+        if (!engagement) {
+            holiday.status = Status::missingEngagement;
+            holiday.words = std::string(review_words::holidayMissingEngagement);
+            return holiday;
+        }
+        const auto* configuration = this->configuration(revisionID);
+        if (!configuration || configuration->holidayCompensation.empty()) {
+            holiday.words = std::string(review_words::holidayNotConfigured);
+            return holiday;
+        }
+        const RulesLocality locality = engagement->rulesLocalityOverride.value_or(configuration->payrollRules.defaultRulesLocality);
+        const bool weekly = engagement->employmentSchedule == EmploymentSchedule::weekly;
+        holiday.context = locality == RulesLocality::distant ? (weekly ? HolidayRuleContext::weeklyDistant : HolidayRuleContext::dailyDistant)
+                                                             : (weekly ? HolidayRuleContext::weeklyLocal : HolidayRuleContext::dailyLocal);
+        const auto rule = configuration->holidayCompensation.find(*holiday.context);
+        if (rule == configuration->holidayCompensation.end()) {
+            holiday.words = std::string(review_words::holidayMissingContextPrefix) + " " + std::string(toRawValue(*holiday.context)) + ".";
+        } else if (!hourly) {
+            holiday.status = Status::missingRate;
+            holiday.words = std::string(review_words::holidayMissingRate);
+        } else {
+            holiday.status = Status::calculated;
+            holiday.result = SupplementalCompensationCalculator::unworkedHoliday(rule->second, *hourly, RoundingRule::cents());
+            holiday.words = std::string(review_words::holidayCalculated);
+        }
+        return holiday;
+    }
+
+    WeeklyCrewPayrollReview weekly(const PayrollWeek& week, const Uuid& crewMemberID) {
+        const WeekFacts& facts = this->week(week.id);
+        const auto& member = crewMember(crewMemberID);
+        WeeklyCrewPayrollReview review{crewMemberID, member ? member->displayName : "", CalendarDate(floor<days>(week.startDate))};
+        const auto revisionID = ProductionRulesets::revisionInForce(context, production.id, review.weekStartDate);
+        if (const auto* configuration = this->configuration(revisionID)) {
+            review.configurationName = configuration->payrollRules.name;
+            review.rulesetRevisionID = revisionID;
+            review.rulesetEffectiveFrom = configuration->payrollRules.effectiveFrom;
+        }
+
+        // The person's rows, one per DTS (a duplicate row counts once).
+        std::vector<std::pair<const Workday*, const CrewDailyEntry*>> rows;
+        std::vector<CalendarDate> worked;
+        for (const auto& workday : facts.workdays) {
+            const auto& entries = facts.entriesByWorkday.at(workday.id);
+            const auto entry = std::find_if(entries.begin(), entries.end(), [&](const auto& e) { return e.crewMemberID == crewMemberID; });
+            if (entry == entries.end()) continue;
+            rows.emplace_back(&workday, &*entry);
+            worked.push_back(workday.calendarDate);
+        }
+        for (const auto& [workday, entry] : rows) review.days.push_back(day(*workday, *entry, facts, worked));
+        for (const auto& activity : weeks::activities(context, week.id)) {
+            if (activity.crewMemberID == crewMemberID) review.nonDTSActivities.push_back(this->activity(activity));
+        }
+        total(review);
+        return review;
+    }
+
+    // The week's totals: categories, allowances, meal penalties, vacation pay and the estimated gross.
+    void total(WeeklyCrewPayrollReview& review) {
+        const CurrencyCode currency(production.currencyCode);
+        Money gross = Money::zero(currency);
+        Money straightTime = Money::zero(currency);
+        std::vector<DatedMealPenaltyPeriod> mealPeriods;
+        try {
+            for (const auto& day : review.days) {
+                review.issues.insert(review.issues.end(), day.issues.begin(), day.issues.end());
+                addCategories(review.categories, day.categories);
+                if (day.status.kind == DailyPayrollStatus::Case::calculated && !day.applicableRate) {
+                    review.missingRateDates.push_back(day.calendarDate);
+                }
+                if (day.compensation) gross = gross + *day.compensation;
+                if (day.straightTimeCompensation) straightTime = straightTime + *day.straightTimeCompensation;
+                if (day.boxRentalCompensation) {
+                    review.boxRentalCompensation = review.boxRentalCompensation ? *review.boxRentalCompensation + *day.boxRentalCompensation
+                                                                                : *day.boxRentalCompensation;
+                    gross = gross + *day.boxRentalCompensation;
+                }
+                for (const auto& item : day.additionalCompensation) {
+                    addAdditional(review.additionalCompensation, item);
+                    gross = gross + item.compensation;
+                }
+                if (day.mealPenaltySchedule) {
+                    for (const auto& meal : day.mealPeriods) {
+                        mealPeriods.push_back({day.id.text(), day.calendarDate, *day.mealPenaltySchedule, day.mealPenaltyFixedDollarWeeklyLimit, meal});
+                    }
+                }
+            }
+            for (const auto& activity : review.nonDTSActivities) {
+                if (activity.idleCompensation) {
+                    review.idleCompensation.push_back(*activity.idleCompensation);
+                    if (activity.idleCompensation->result) gross = gross + activity.idleCompensation->result->compensation;
+                }
+                if (activity.holidayCompensation && activity.holidayCompensation->result) gross = gross + activity.holidayCompensation->result->compensation;
+                for (const auto& item : activity.additionalCompensation) {
+                    addAdditional(review.additionalCompensation, item);
+                    gross = gross + item.compensation;
+                }
+            }
+            review.mealPenalties = WeeklyMealPenaltyCompensator::compensate(mealPeriods);
+            if (review.mealPenalties.fixedDollarSubtotal) gross = gross + *review.mealPenalties.fixedDollarSubtotal;
+            if (const auto vacation = vacationPay(review, straightTime)) gross = gross + vacation->compensation;
+            review.estimatedGross = gross;
+            review.estimatedGrossIsPartial = !review.missingRateDates.empty();
+        } catch (const DomainError& error) {
+            weekFailure(review, error.description());
+        } catch (const PayrollReviewError& error) {
+            weekFailure(review, error.what());
+        }
+    }
+
+    void weekFailure(WeeklyCrewPayrollReview& review, const std::string& message) {
+        review.estimatedGross.reset();
+        review.issues.push_back({PayrollReviewIssue::Kind::calculationFailure, message, PayrollReviewIssue::DestinationKind::crewMember,
+                                 review.crewMemberID});
+    }
+
+    // Vacation pay on the week's straight-time earnings, at the percentage in force for the week.
+    std::optional<AdditionalCompensationReview> vacationPay(WeeklyCrewPayrollReview& review, const Money& straightTime) {
+        std::optional<Uuid> engagementID;
+        for (const auto& day : review.days) {
+            if (day.source.engagementID) engagementID = day.source.engagementID;
+        }
+        if (!engagementID) return std::nullopt;
+        if (const auto change = CompensationProvisions::vacationPayChangeWithinWeek(context, production.id, *engagementID, review.weekStartDate)) {
+            throw PayrollReviewError(*change);
+        }
+        for (const auto& day : review.days) {
+            const auto resolved = CompensationProvisions::resolve(context, production.id, *engagementID, CompensationProvisionKind::vacationPay,
+                                                                  day.calendarDate, provisionDayKind(day.source.workMode));
+            if (!resolved) continue;
+            const auto result = SupplementalCompensationCalculator::percentage(CompensationPercentage(resolved->amount), straightTime,
+                                                                               RoundingRule::cents());
+            AdditionalCompensationReview item{CompensationProvisionKind::vacationPay, result.compensation,
+                                              resolved->amountOrigin == CompensationProvisionOverrideMode::personalAmount, result.trace,
+                                              resolved->amount.toString() + "% of straight-time earnings"};
+            review.additionalCompensation.push_back(item);
+            return item;
+        }
+        return std::nullopt;
+    }
+};
+
+ExpectedPayrollReview::ExpectedPayrollReview(ModelContext& context, const Uuid& productionID)
+    : session_(std::make_unique<Session>(context, productionID)) {}
+
+ExpectedPayrollReview::~ExpectedPayrollReview() = default;
+
+WeeklyCrewPayrollReview ExpectedPayrollReview::weekly(const Uuid& payrollWeekID, const Uuid& crewMemberID) {
+    const auto week = weeks::fetchWeek(session_->context, payrollWeekID);
+    if (!week || week->productionID != session_->production.id) throw PayrollReviewError("The Payroll Week is not attached to a Production.");
+    return session_->weekly(*week, crewMemberID);
+}
+
+std::vector<WeeklyCrewPayrollReview> ExpectedPayrollReview::weeklyForAll(const Uuid& payrollWeekID) {
+    const auto week = weeks::fetchWeek(session_->context, payrollWeekID);
+    if (!week || week->productionID != session_->production.id) throw PayrollReviewError("The Payroll Week is not attached to a Production.");
+    const WeekFacts& facts = session_->week(payrollWeekID);
+    std::set<Uuid> people;
+    for (const auto& [workday, entries] : facts.entriesByWorkday) {
+        for (const auto& entry : entries) {
+            if (entry.crewMemberID) people.insert(*entry.crewMemberID);
+        }
+    }
+    for (const auto& activity : weeks::activities(session_->context, payrollWeekID)) {
+        if (activity.crewMemberID) people.insert(*activity.crewMemberID);
+    }
+    std::vector<WeeklyCrewPayrollReview> reviews;
+    for (const auto& member : crew_repository::crewMembers(session_->context, session_->production.id)) {
+        if (people.contains(member.id)) reviews.push_back(session_->weekly(*week, member.id));
+    }
+    return reviews;
+}
+
+}  // namespace tessel

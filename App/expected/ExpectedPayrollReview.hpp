@@ -1,0 +1,37 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "App/expected/DailyReviewCalculator.hpp"
+#include "App/model/ModelContext.hpp"
+
+namespace tessel {
+
+// A week that cannot be reviewed at all.
+class PayrollReviewError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// The expected payroll of a production, read from the stored facts. A review keeps what it has read
+// (rules, engagements, rates) for its whole life, so a season of weeks reads each once; create one per
+// question asked, since it does not see later edits.
+class ExpectedPayrollReview {
+public:
+    ExpectedPayrollReview(ModelContext& context, const Uuid& productionID);
+    ~ExpectedPayrollReview();
+
+    // One crew member's payroll week.
+    WeeklyCrewPayrollReview weekly(const Uuid& payrollWeekID, const Uuid& crewMemberID);
+    // Every crew member with a DTS row or a Non-DTS Activity in the week, in crew order.
+    std::vector<WeeklyCrewPayrollReview> weeklyForAll(const Uuid& payrollWeekID);
+
+private:
+    struct Session;
+    std::unique_ptr<Session> session_;
+};
+
+}  // namespace tessel
