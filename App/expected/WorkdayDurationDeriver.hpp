@@ -16,15 +16,15 @@ namespace tessel {
 struct DTSCalculationInput {
     Uuid workdayID;
     CalendarDate calendarDate;
-    std::optional<Uuid> crewMemberID;
-    std::optional<Uuid> engagementID;
-    std::optional<Instant> call;
-    std::optional<Instant> lunchOut;
-    std::optional<Instant> lunchIn;
-    std::optional<Instant> wrap;
-    std::optional<RulesLocality> rulesLocalityOverride;
-    std::optional<Instant> generalCrewCall;
-    std::optional<Instant> officialLunchOut;
+    std::optional<Uuid> crewMemberID{};
+    std::optional<Uuid> engagementID{};
+    std::optional<Instant> call{};
+    std::optional<Instant> lunchOut{};
+    std::optional<Instant> lunchIn{};
+    std::optional<Instant> wrap{};
+    std::optional<RulesLocality> rulesLocalityOverride{};
+    std::optional<Instant> generalCrewCall{};
+    std::optional<Instant> officialLunchOut{};
     bool firstMealGraceWasCalled = false;
     bool nonDeductibleBreakfast = false;
     CrewDailyWorkMode workMode = CrewDailyWorkMode::timed;

@@ -6,6 +6,7 @@
 #include "App/shell/CalcCommands.hpp"
 #include "App/shell/CommandSession.hpp"
 #include "App/shell/DTSCommands.hpp"
+#include "App/shell/ReviewCommands.hpp"
 #include "App/shell/RulesCommands.hpp"
 #include "App/shell/StoreCommands.hpp"
 
@@ -30,10 +31,12 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     StoreCommandArguments storeArguments;
     DTSCommandArguments dtsArguments;
     RulesCommandArguments rulesArguments;
+    ReviewCommandArguments reviewArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
     addDTSCommands(app, session, dtsArguments, exitStatus);
     addRulesCommands(app, session, rulesArguments, exitStatus);
+    addReviewCommands(app, session, reviewArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "App/expected/PayrollReviewRecords.hpp"
+#include "App/model/JSONFields.hpp"
+
+// The machine form of the review records, in the convention of every machine document of the program.
+namespace tessel::review_json {
+
+Json toJSON(const DailyPayrollReview& review);
+Json toJSON(const NonDTSPayrollActivityReview& review);
+Json toJSON(const WeeklyCrewPayrollReview& review);
+
+}  // namespace tessel::review_json

@@ -1,0 +1,295 @@
+#include "ReviewCommands.hpp"
+
+#include <array>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include "App/dts/PayrollDecimalTime.hpp"
+#include "App/expected/ExpectedPayrollReview.hpp"
+#include "App/expected/ReviewJSON.hpp"
+#include "App/model/CalendarText.hpp"
+#include "App/model/PayrollWeekRepository.hpp"
+#include "App/model/ProductionRepository.hpp"
+#include "App/model/ProductionWeekCalendars.hpp"
+
+namespace tessel {
+namespace {
+
+using namespace std::chrono;
+using payroll_decimal_time::formatDuration;
+using payroll_decimal_time::formatTimeOfDay;
+namespace weeks = payroll_week_repository;
+
+constexpr std::array<const char*, 7> weekdayNames{"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+
+std::string hours(WorkDuration duration) { return formatDuration(duration.seconds()) + " h"; }
+std::string amount(const std::optional<Money>& money) { return money ? money->amount().toString() : "-"; }
+
+std::string padded(std::string text, std::size_t width) {
+    // Pad by characters, not bytes, so that names with accents line up.
+    std::size_t length = 0;
+    for (unsigned char c : text) length += (c & 0xC0) != 0x80;
+    if (length < width) text.append(width - length, ' ');
+    return text;
+}
+
+void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCategory>& categories, const std::string& indent) {
+    for (const auto& c : categories) {
+        text << indent << padded(c.label, 17) << padded(hours(c.paidDuration), 9) << "x" << padded(c.multiplier.value().toString(), 5)
+             << padded(amount(c.compensation), 10);
+        if (c.guaranteedDuration > WorkDuration()) text << " (" << hours(c.guaranteedDuration) << " guaranteed)";
+        text << "\n";
+    }
+}
+
+void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
+    const auto& s = d.source;
+    const int weekday = ProductionWeekCalendars::weekdayOf(d.calendarDate);
+    text << "  " << weekdayNames[static_cast<std::size_t>(weekday - 1)] << " " << calendar_text::formatDate(d.calendarDate);
+    if (s.workMode != CrewDailyWorkMode::timed) text << "  " << toRawValue(s.workMode) << " day";
+    text << "  Call " << formatTimeOfDay(s.call, d.calendarDate);
+    if (s.lunchOut || s.lunchIn) text << "  Lunch " << formatTimeOfDay(s.lunchOut, d.calendarDate) << "-" << formatTimeOfDay(s.lunchIn, d.calendarDate);
+    text << "  Wrap " << formatTimeOfDay(s.wrap, d.calendarDate);
+    if (s.nonDeductibleBreakfast) text << "  NDB";
+    text << "\n";
+    text << "      ";
+    if (d.workdaySequence) text << "Day " << d.workdaySequence->ordinal << " of the workweek, ";
+    text << d.dayKind << " schedule, " << toRawValue(d.rulesLocality);
+    if (d.durations) text << "; worked " << hours(d.durations->worked) << " of " << hours(d.durations->elapsed);
+    text << "\n";
+    if (d.status.kind == DailyPayrollStatus::Case::incomplete) {
+        text << "      Not calculated: " << description(*d.status.reason) << "\n";
+        return;
+    }
+    if (d.status.kind == DailyPayrollStatus::Case::calculationFailed) {
+        text << "      Calculation failed: " << d.status.failure << "\n";
+        return;
+    }
+    writeCategories(text, d.categories, "      ");
+    if (d.dailyMinimumTrace && d.dailyMinimumTrace->guaranteedAdditionalDuration > WorkDuration()) {
+        text << "      Daily minimum (" << description(*d.dailyMinimumSource) << "): " << description(d.dailyMinimumTrace->reason) << "\n";
+    }
+    for (const auto& g : d.guaranteeTraces) {
+        if (g.reason == MinimumBandGuaranteeTraceEntry::Reason::appliedMinimumNotMet) text << "      Golden Hour: " << description(g.reason) << "\n";
+    }
+    int penalties = 0;
+    for (const auto& meal : d.mealPeriods) penalties += static_cast<int>(meal.occurrences.size());
+    if (!d.mealPeriods.empty()) {
+        const auto& first = d.mealPeriods.front().trace;
+        text << "      Meal penalties: " << penalties;
+        if (first.firstMealGraceDisposition) {
+            text << "; " << description(*first.firstMealGraceDisposition, first.firstMealClockResolution.value_or(FirstMealClockResolution::employeeCall));
+        }
+        text << "\n";
+    }
+    if (d.turnaround) {
+        const auto& status = d.turnaround->result.status;
+        text << "      Turnaround: ";
+        if (const auto words = description(status.kind)) {
+            text << *words;
+        } else if (status.kind == TurnaroundEvaluationStatus::Case::satisfied) {
+            text << hours(*status.actualRest) << " rest";
+        } else {
+            text << "short by " << hours(*status.shortfallDuration) << " (" << hours(*status.actualRest) << " rest)";
+        }
+        text << "\n";
+    }
+    text << "      " << (d.goldenHourTarget ? std::string(review_words::goldenHourWrap) + " " + formatTimeOfDay(d.goldenHourTarget->targetTime, d.calendarDate)
+                                            : std::string(review_words::goldenHourUnavailable))
+         << "\n";
+    for (const auto& a : d.additionalCompensation) {
+        text << "      " << toRawValue(a.kind) << " " << a.compensation.amount().toString() << (a.presentationDetail ? " (" + *a.presentationDetail + ")" : "") << "\n";
+    }
+    if (d.boxRentalCompensation) text << "      Box / kit rental " << d.boxRentalCompensation->amount().toString() << "\n";
+    text << "      Day total " << (d.compensation ? d.compensation->amount().toString() : std::string(review_words::noApplicablePayRate)) << "\n";
+}
+
+std::string weeklyText(const WeeklyCrewPayrollReview& r) {
+    std::ostringstream text;
+    text << r.crewName << ", week of " << calendar_text::formatDate(r.weekStartDate) << " (" << r.configurationName << ")\n";
+    for (const auto& day : r.days) writeDay(text, day);
+    for (const auto& a : r.nonDTSActivities) {
+        text << "  " << calendar_text::formatDate(a.calendarDate) << "  " << a.kindRawValue;
+        if (a.travelDurationSeconds) text << " " << formatDuration(*a.travelDurationSeconds) << " h";
+        text << ": " << a.words;
+        if (a.idleCompensation && a.idleCompensation->result) text << " " << a.idleCompensation->result->compensation.amount().toString();
+        if (a.holidayCompensation && a.holidayCompensation->result) text << " " << a.holidayCompensation->result->compensation.amount().toString();
+        text << "\n";
+    }
+    text << "  Week:\n";
+    writeCategories(text, r.categories, "    ");
+    if (!r.mealPenalties.occurrences.empty()) {
+        text << "    Meal penalties: " << r.mealPenalties.occurrences.size() << ", " << meal_penalty_words::fixedDollarSubtotal << " "
+             << amount(r.mealPenalties.fixedDollarSubtotal);
+        if (r.mealPenalties.unresolvedPrevailingRateCount > 0) text << "; " << meal_penalty_words::contractVerificationRequired;
+        text << "\n";
+    }
+    for (const auto& a : r.additionalCompensation) text << "    " << toRawValue(a.kind) << " " << a.compensation.amount().toString() << "\n";
+    if (r.boxRentalCompensation) text << "    Box / kit rental " << r.boxRentalCompensation->amount().toString() << "\n";
+    for (const auto& issue : r.issues) text << "    Issue: " << issue.message << "\n";
+    text << "    " << (r.estimatedGrossIsPartial ? review_words::estimatedGrossPartial : review_words::estimatedGross) << ": "
+         << amount(r.estimatedGross) << (r.estimatedGross ? " " + r.estimatedGross->currency().code() : "") << "\n";
+    if (r.estimatedGrossIsPartial) text << "    " << review_words::partialExplanation << "\n";
+    return text.str();
+}
+
+int reviewWeek(CommandSession& session, const ReviewCommandArguments& a) {
+    const auto production = session.production();
+    if (!production) return exitRefused;
+    const auto date = calendar_text::parseDate(a.date);
+    if (!date) {
+        session.streams().err << "Enter the date as YYYY-MM-DD, such as 2026-11-02.\n";
+        return exitUsage;
+    }
+    ModelContext& context = session.store()->context();
+    const int startWeekday = ProductionWeekCalendars::payrollStartWeekday(context, production->id);
+    const auto start = ProductionWeekCalendars::payrollWeekStart(*date, startWeekday);
+    auto found = weeks::weeksStartingAt(context, production->id, Instant(sys_days(start)));
+    if (found.empty()) {
+        // A week made under another start weekday still holds the date.
+        for (const auto& week : weeks::weeks(context, production->id)) {
+            const auto first = floor<days>(week.startDate);
+            if (sys_days(*date) >= first && sys_days(*date) < first + days(7)) found.push_back(week);
+        }
+    }
+    if (found.empty()) return session.refuse("weekNotFound", "There is no Payroll Week with a DTS or activity on " + a.date + ".");
+    try {
+        ExpectedPayrollReview review(context, production->id);
+        std::vector<WeeklyCrewPayrollReview> reviews;
+        if (a.crew.empty()) {
+            reviews = review.weeklyForAll(found.front().id);
+        } else {
+            std::optional<Uuid> member;
+            for (const auto& m : crew_repository::crewMembers(context, production->id)) {
+                if (m.displayName == a.crew) member = m.id;
+            }
+            if (!member) return session.refuse("crewMemberNotFound", "There is no crew member named \u201C" + a.crew + "\u201D on this production.");
+            reviews.push_back(review.weekly(found.front().id, *member));
+        }
+        Json list = Json::array();
+        std::string text;
+        for (const auto& r : reviews) {
+            list.push_back(review_json::toJSON(r));
+            text += weeklyText(r) + "\n";
+        }
+        if (reviews.empty()) text = "Nobody worked or had an activity in this Payroll Week.\n";
+        session.answer(Json{{"weeklyReviews", std::move(list)}}, text);
+        return exitSuccess;
+    } catch (const PayrollReviewError& error) {
+        return session.refuse("reviewFailed", error.what());
+    } catch (const RulesPayloadError& error) {
+        return session.refuse("invalidRules", error.what());
+    }
+}
+
+std::optional<PayrollRuleConfiguration> productionRules(CommandSession& session, CalendarDate date, Uuid& revisionID) {
+    if (!fs::exists(session.environment().storeURL)) return std::nullopt;
+    TesselStore* store = session.store();
+    if (!store) return std::nullopt;
+    const auto recent = session.settings().mostRecentlyUsedProductionID();
+    if (!recent && session.options().production.empty()) return std::nullopt;
+    const auto production = session.production();
+    if (!production) return std::nullopt;
+    const auto revision = ProductionRulesets::revisionInForce(store->context(), production->id, date);
+    if (!revision) return std::nullopt;
+    revisionID = *revision;
+    return ProductionRulesets::readConfiguration(store->context(), production->id, *revision);
+}
+
+int calcDay(CommandSession& session, const ReviewCommandArguments& a) {
+    const CalendarDate date = a.date.empty() ? CalendarDate(floor<days>(system_clock::now())) : calendar_text::parseDate(a.date).value_or(CalendarDate{});
+    if (!date.ok()) {
+        session.streams().err << "Enter the date as YYYY-MM-DD, such as 2026-11-02.\n";
+        return exitUsage;
+    }
+    const auto day = dayKindFromRawValue(a.day);
+    std::optional<RulesLocality> locality;
+    if (!a.locality.empty()) locality = fromRawValue<RulesLocality>(a.locality);
+    if (!day || (!a.locality.empty() && !locality)) {
+        session.streams().err << "Give --day ordinary, sixthDay or seventhDay and --locality local or distant.\n";
+        return exitUsage;
+    }
+    const auto time = [&](const std::string& text, DTSTimeEntryRole role) -> std::optional<Instant> {
+        if (text.empty()) return std::nullopt;
+        const auto parsed = payroll_decimal_time::parseTimeOfDay(text, date);
+        if (!parsed || (role == DTSTimeEntryRole::call && floor<days>(*parsed) != sys_days(date))) throw std::invalid_argument(std::string(invalidTimeMessage(role)));
+        return parsed;
+    };
+    try {
+        Uuid revisionID = Uuid::generate();
+        std::optional<PayrollRuleConfiguration> configuration;
+        if (!a.rulesFile.empty()) {
+            std::ifstream in(a.rulesFile, std::ios::binary);
+            if (!in) {
+                session.streams().err << "The file \u201C" << a.rulesFile << "\u201D could not be read.\n";
+                return exitUsage;
+            }
+            configuration = rules_json::configuration(decimal_json::parse<Json>(std::string{std::istreambuf_iterator<char>(in), {}}));
+            ProductionRulesets::validate(*configuration);
+        } else {
+            configuration = productionRules(session, date, revisionID);
+        }
+        if (!configuration) configuration = ProductionRulesets::exampleConfiguration(date);
+        const SandboxConfiguration rules = ProductionRulesets::sandboxFor(*configuration, revisionID, locality, *day, std::nullopt);
+
+        DTSCalculationInput source{Uuid::generate(), date};
+        source.call = time(a.call, DTSTimeEntryRole::call);
+        source.lunchOut = time(a.lunchOut, DTSTimeEntryRole::postCallEvent);
+        source.lunchIn = time(a.lunchIn, DTSTimeEntryRole::postCallEvent);
+        source.wrap = time(a.wrap, DTSTimeEntryRole::postCallEvent);
+        source.generalCrewCall = a.generalCall.empty() ? source.call : time(a.generalCall, DTSTimeEntryRole::call);
+        source.nonDeductibleBreakfast = a.ndb;
+        source.firstMealGraceWasCalled = a.graceCalled;
+        DailyReviewInputs inputs{source, &rules};
+        if (!a.rate.empty()) {
+            const auto rate = Decimal::parse(a.rate);
+            if (!rate || rate->isNegative()) return session.refuse("invalidRate", "Enter a valid hourly rate.");
+            inputs.rate = ResolvedRate{*rate, configuration->mealPenaltyRules.currencyCode, ResolvedRate::Source::overScale, date};
+        }
+        const DailyPayrollReview review = DailyReviewCalculator::calculate(inputs);
+        std::ostringstream text;
+        text << rules.name << "\n";
+        writeDay(text, review);
+        session.answer(review_json::toJSON(review), text.str());
+        return exitSuccess;
+    } catch (const std::invalid_argument& error) {
+        return session.refuse("invalidTime", error.what());
+    } catch (const decimal_json::MalformedJSONError& error) {
+        session.streams().err << error.what() << "\n";
+        return exitUsage;
+    } catch (const MalformedInputError& error) {
+        session.streams().err << error.what() << "\n";
+        return exitUsage;
+    } catch (const DomainError& error) {
+        return session.refuse(error.caseName(), error.description());
+    }
+}
+
+}  // namespace
+
+void addReviewCommands(CLI::App& app, CommandSession& session, ReviewCommandArguments& a, int& exitStatus) {
+    auto* review = app.add_subcommand("review", "Expected payroll")->require_subcommand(1);
+    auto* week = review->add_subcommand("week", "Each crew member's weekly review for the Payroll Week holding DATE");
+    week->add_option("DATE", a.date, "A date in the week, YYYY-MM-DD")->required();
+    week->add_option("--crew", a.crew, "Only this crew member");
+    week->callback([&] { exitStatus = reviewWeek(session, a); });
+
+    auto* calc = app.get_subcommand("calc");
+    auto* day = calc->add_subcommand("day", "One day priced under the production's rules, the example defaults or a rules file");
+    day->add_option("--call", a.call, "Call in payroll tenths, such as 7.0")->required();
+    day->add_option("--wrap", a.wrap, "Wrap")->required();
+    day->add_option("--lunch-out", a.lunchOut, "Lunch Out");
+    day->add_option("--lunch-in", a.lunchIn, "Lunch In");
+    day->add_option("--rate", a.rate, "Hourly rate, such as 45.00");
+    day->add_option("--general-call", a.generalCall, "General Crew Call (default: the call)");
+    day->add_flag("--ndb", a.ndb, "Non-Deductible Breakfast given");
+    day->add_flag("--grace-called", a.graceCalled, "Grace was called for the first meal");
+    day->add_option("--locality", a.locality, "local or distant");
+    day->add_option("--day", a.day, "ordinary, sixthDay or seventhDay");
+    day->add_option("--date", a.date, "The day, YYYY-MM-DD (default: today)");
+    day->add_option("--rules", a.rulesFile, "A rules document as rules show --json writes it");
+    day->callback([&] { exitStatus = calcDay(session, a); });
+}
+
+}  // namespace tessel

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+#include "App/shell/CommandSession.hpp"
+
+namespace tessel {
+
+struct ReviewCommandArguments {
+    std::string date, crew;
+    std::string call, lunchOut, lunchIn, wrap, rate, generalCall, locality, day = "ordinary", rulesFile;
+    bool ndb = false, graceCalled = false;
+};
+
+// review week, and calc day (the sandbox of one day under the production's rules).
+void addReviewCommands(CLI::App& app, CommandSession& session, ReviewCommandArguments& arguments, int& exitStatus);
+
+}  // namespace tessel
