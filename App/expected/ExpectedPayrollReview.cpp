@@ -45,6 +45,7 @@ struct WeekFacts {
     std::map<Uuid, Decimal> rowMiles;             // by entry
     std::map<Uuid, Decimal> departmentMiles;      // by workday
     std::map<Uuid, MealWorkLocation> locations;   // by workday
+    std::vector<PayrollDayActivity> activities;
 };
 
 template <typename Each>
@@ -57,6 +58,7 @@ void forEachRow(ModelContext& context, const std::string& sql, const Uuid& weekI
 WeekFacts readWeek(ModelContext& context, const Uuid& weekID) {
     WeekFacts facts;
     facts.workdays = weeks::workdays(context, weekID);
+    facts.activities = weeks::activities(context, weekID);
     for (const auto& workday : facts.workdays) facts.entriesByWorkday[workday.id] = weeks::entries(context, workday.id);
     const std::string entriesOfWeek =
         " JOIN CrewDailyEntry e ON s.crewDailyEntryID = e.id JOIN Workday w ON e.workdayID = w.id WHERE w.payrollWeekID = ?1";
@@ -156,6 +158,51 @@ struct ExpectedPayrollReview::Session {
     std::map<Uuid, std::optional<CrewMember>> crew;
     std::map<Uuid, WeekFacts> weeksRead;
     std::map<CalendarDate, std::optional<Workday>> workdaysByDate;
+    std::map<Uuid, std::vector<CrewDailyEntry>> entriesByWorkday;
+    std::map<CalendarDate, std::optional<Uuid>> revisionsByDate;
+    std::map<CalendarDate, std::vector<ProductionCompensationProvisionDraft>> provisionsByDate;
+    std::map<Uuid, std::vector<EngagementProvisionTerm>> provisionTerms;
+    std::map<Uuid, std::vector<std::pair<CalendarDate, std::int64_t>>> guaranteeTerms;
+    std::map<Uuid, std::optional<std::int64_t>> turnaroundRests;
+
+    template <typename Map, typename Load>
+    auto& cached(Map& map, const typename Map::key_type& key, Load load) {
+        auto found = map.find(key);
+        if (found == map.end()) found = map.emplace(key, load()).first;
+        return found->second;
+    }
+
+    const std::optional<Uuid>& revisionOn(CalendarDate date) {
+        return cached(revisionsByDate, date, [&] { return ProductionRulesets::revisionInForce(context, production.id, date); });
+    }
+
+    const std::vector<CrewDailyEntry>& entriesOf(const Uuid& workdayID) {
+        return cached(entriesByWorkday, workdayID, [&] { return weeks::entries(context, workdayID); });
+    }
+
+    std::optional<ResolvedCompensationProvision> provision(const Uuid& engagementID, CompensationProvisionKind kind, CalendarDate date,
+                                                           ProvisionDayKind dayKind) {
+        const auto& production = cached(provisionsByDate, date, [&] { return CompensationProvisions::productionDrafts(context, this->production.id, date); });
+        const auto& terms = cached(provisionTerms, engagementID, [&] { return CompensationProvisions::engagementTerms(context, engagementID); });
+        return CompensationProvisions::resolveFrom(production, terms, kind, date, dayKind);
+    }
+
+    // The engagement's personal daily guarantee in force on the date (the latest term on or before it).
+    std::optional<std::int64_t> personalGuarantee(const Uuid& engagementID, CalendarDate date) {
+        const auto& terms = cached(guaranteeTerms, engagementID, [&] {
+            std::vector<std::pair<CalendarDate, std::int64_t>> loaded;
+            auto& statement = context.prepare("SELECT effectiveDate, minimumPaidDurationSeconds FROM EngagementDailyGuaranteeTerm "
+                                              "WHERE engagementID = ?1 ORDER BY effectiveDate, rowid");
+            columns::bind(statement, 1, engagementID);
+            while (statement.executeStep()) loaded.emplace_back(columns::date(statement.getColumn(0)), statement.getColumn(1).getInt64());
+            return loaded;
+        });
+        std::optional<std::int64_t> seconds;
+        for (const auto& [effective, minimum] : terms) {
+            if (sys_days(effective) <= sys_days(date)) seconds = minimum;
+        }
+        return seconds;
+    }
 
     Session(ModelContext& c, const Uuid& productionID) : context(c), production(load(c, productionID)) {}
 
@@ -212,14 +259,17 @@ struct ExpectedPayrollReview::Session {
 
     const WeekFacts& week(const Uuid& weekID) {
         auto found = weeksRead.find(weekID);
-        if (found == weeksRead.end()) found = weeksRead.emplace(weekID, readWeek(context, weekID)).first;
+        if (found == weeksRead.end()) {
+            found = weeksRead.emplace(weekID, readWeek(context, weekID)).first;
+            // The rows read for the week also answer the turnaround's look at the next day.
+            for (const auto& [workdayID, entries] : found->second.entriesByWorkday) entriesByWorkday.emplace(workdayID, entries);
+            for (const auto& workday : found->second.workdays) workdaysByDate.emplace(workday.calendarDate, workday);
+        }
         return found->second;
     }
 
     const std::optional<Workday>& workdayOn(CalendarDate date) {
-        auto found = workdaysByDate.find(date);
-        if (found == workdaysByDate.end()) found = workdaysByDate.emplace(date, weeks::workdayOn(context, production.id, date)).first;
-        return found->second;
+        return cached(workdaysByDate, date, [&] { return weeks::workdayOn(context, production.id, date); });
     }
 
     // The crew member's call on the next calendar day, if they work it; turnaround over a gap (a
@@ -228,7 +278,7 @@ struct ExpectedPayrollReview::Session {
         const CalendarDate next(sys_days(date) + days(1));
         const auto& workday = workdayOn(next);
         if (!workday) return {};
-        for (const auto& entry : weeks::entries(context, workday->id)) {
+        for (const auto& entry : entriesOf(workday->id)) {
             if (entry.crewMemberID == crewMemberID) {
                 return {workday->id, next, DailyTimeSheets::effectiveTimes(*workday, entry).call.value};
             }
@@ -238,8 +288,11 @@ struct ExpectedPayrollReview::Session {
 
     std::optional<TurnaroundRule> turnaroundRule(const std::optional<ProductionEngagement>& engagement, const SandboxConfiguration& rules) {
         if (engagement) {
-            const auto own = satellites::find(context, satelliteTable("EngagementTurnaroundConfiguration"), engagement->id);
-            if (const auto rest = integerField(own, "requiredRestSeconds"); rest && *rest > 0) {
+            const auto& rest = cached(turnaroundRests, engagement->id, [&] {
+                return integerField(satellites::find(context, satelliteTable("EngagementTurnaroundConfiguration"), engagement->id),
+                                    "requiredRestSeconds");
+            });
+            if (rest && *rest > 0) {
                 return TurnaroundRule{RuleID("engagement.turnaround.required-rest"), WorkDuration(*rest), "engagement.turnaround.required-rest"};
             }
         }
@@ -256,7 +309,7 @@ struct ExpectedPayrollReview::Session {
     DailyPayrollReview day(const Workday& workday, const CrewDailyEntry& entry, const WeekFacts& facts, const std::vector<CalendarDate>& worked) {
         const DTSCalculationInput source = calculationInput(workday, entry, facts);
         const auto& engagement = this->engagement(entry.engagementID);
-        const auto revisionID = ProductionRulesets::revisionInForce(context, production.id, workday.calendarDate);
+        const auto& revisionID = revisionOn(workday.calendarDate);
         if (!revisionID) {
             DailyPayrollReview review{.classification = std::nullopt, .id = workday.id, .calendarDate = workday.calendarDate,
                                       .workdaySequence = std::nullopt, .source = source};
@@ -278,21 +331,19 @@ struct ExpectedPayrollReview::Session {
         DailyReviewInputs inputs{source, &rules, rate(entry.engagementID, workday.calendarDate)};
         inputs.sequence = sequence;
         if (engagement) {
-            const auto term = satellites::findInForce(context, satelliteTable("EngagementDailyGuaranteeTerm"), engagement->id, workday.calendarDate);
-            inputs.personalDailyGuaranteeSeconds = integerField(term, "minimumPaidDurationSeconds");
+            inputs.personalDailyGuaranteeSeconds = personalGuarantee(engagement->id, workday.calendarDate);
             if (facts.boxRentals.contains(entry.id)) {
                 const auto box = satellites::findInForce(context, satelliteTable("EngagementBoxRentalTerm"), engagement->id, workday.calendarDate);
                 const auto amount = textField(box, "dailyAmount");
                 if (amount && Decimal::parse(*amount)) inputs.boxRental = Money(*Decimal::parse(*amount), CurrencyCode(textField(box, "currencyCode").value_or("USD")));
             }
             for (auto kind : {CompensationProvisionKind::cellPhoneAllowance, CompensationProvisionKind::perDiem}) {
-                if (auto resolved = CompensationProvisions::resolve(context, production.id, engagement->id, kind, workday.calendarDate,
-                                                                    provisionDayKind(source.workMode))) {
+                if (auto resolved = provision(engagement->id, kind, workday.calendarDate, provisionDayKind(source.workMode))) {
                     inputs.dailyProvisions.push_back(*resolved);
                 }
             }
-            inputs.mileage = CompensationProvisions::resolve(context, production.id, engagement->id, CompensationProvisionKind::mileage,
-                                                             workday.calendarDate, provisionDayKind(source.workMode));
+            inputs.mileage = provision(engagement->id, CompensationProvisionKind::mileage, workday.calendarDate,
+                                       provisionDayKind(source.workMode));
         }
         const auto ownMiles = facts.rowMiles.find(entry.id);
         const auto departmentMiles = facts.departmentMiles.find(workday.id);
@@ -310,7 +361,7 @@ struct ExpectedPayrollReview::Session {
         NonDTSPayrollActivityReview review{activity.id, activity.calendarDate, activity.kindRawValue, activity.travelDurationSeconds};
         const auto kind = activity.kind();
         const auto& engagement = this->engagement(activity.engagementID);
-        const auto revisionID = ProductionRulesets::revisionInForce(context, production.id, activity.calendarDate);
+        const auto revisionID = revisionOn(activity.calendarDate);
         const auto rateOnDay = rate(activity.engagementID, activity.calendarDate);
         const std::optional<HourlyPayRate> hourly =
             rateOnDay ? std::optional(HourlyPayRate(rateOnDay->hourlyAmount, CurrencyCode(rateOnDay->currencyCode))) : std::nullopt;
@@ -345,7 +396,7 @@ struct ExpectedPayrollReview::Session {
                                  : *kind == PayrollDayActivityKind::holiday       ? ProvisionDayKind::holiday
                                                                                   : ProvisionDayKind::personalUnavailable;
             for (auto provisionKind : {CompensationProvisionKind::cellPhoneAllowance, CompensationProvisionKind::perDiem}) {
-                if (auto resolved = CompensationProvisions::resolve(context, production.id, engagement->id, provisionKind, activity.calendarDate, dayKind)) {
+                if (auto resolved = provision(engagement->id, provisionKind, activity.calendarDate, dayKind)) {
                     const Money amount(resolved->amount, CurrencyCode(resolved->currencyCode));
                     const auto fixed = SupplementalCompensationCalculator::fixedDaily(amount, true);
                     review.additionalCompensation.push_back({provisionKind, amount,
@@ -393,7 +444,7 @@ struct ExpectedPayrollReview::Session {
         const WeekFacts& facts = this->week(week.id);
         const auto& member = crewMember(crewMemberID);
         WeeklyCrewPayrollReview review{crewMemberID, member ? member->displayName : "", CalendarDate(floor<days>(week.startDate))};
-        const auto revisionID = ProductionRulesets::revisionInForce(context, production.id, review.weekStartDate);
+        const auto revisionID = revisionOn(review.weekStartDate);
         if (const auto* configuration = this->configuration(revisionID)) {
             review.configurationName = configuration->payrollRules.name;
             review.rulesetRevisionID = revisionID;
@@ -411,7 +462,7 @@ struct ExpectedPayrollReview::Session {
             worked.push_back(workday.calendarDate);
         }
         for (const auto& [workday, entry] : rows) review.days.push_back(day(*workday, *entry, facts, worked));
-        for (const auto& activity : weeks::activities(context, week.id)) {
+        for (const auto& activity : facts.activities) {
             if (activity.crewMemberID == crewMemberID) review.nonDTSActivities.push_back(this->activity(activity));
         }
         total(review);
@@ -484,12 +535,20 @@ struct ExpectedPayrollReview::Session {
             if (day.source.engagementID) engagementID = day.source.engagementID;
         }
         if (!engagementID) return std::nullopt;
-        if (const auto change = CompensationProvisions::vacationPayChangeWithinWeek(context, production.id, *engagementID, review.weekStartDate)) {
+        const auto percentageOn = [&](CalendarDate date) -> std::optional<Decimal> {
+            for (int dayKind = 0; dayKind < 7; ++dayKind) {
+                if (const auto resolved = provision(*engagementID, CompensationProvisionKind::vacationPay, date, static_cast<ProvisionDayKind>(dayKind))) {
+                    return resolved->amount;
+                }
+            }
+            return std::nullopt;
+        };
+        if (const auto change = CompensationProvisions::vacationPayChangeWithinWeek(percentageOn, review.weekStartDate)) {
             throw PayrollReviewError(*change);
         }
         for (const auto& day : review.days) {
-            const auto resolved = CompensationProvisions::resolve(context, production.id, *engagementID, CompensationProvisionKind::vacationPay,
-                                                                  day.calendarDate, provisionDayKind(day.source.workMode));
+            const auto resolved = provision(*engagementID, CompensationProvisionKind::vacationPay, day.calendarDate,
+                                            provisionDayKind(day.source.workMode));
             if (!resolved) continue;
             const auto result = SupplementalCompensationCalculator::percentage(CompensationPercentage(resolved->amount), straightTime,
                                                                                RoundingRule::cents());
@@ -524,7 +583,7 @@ std::vector<WeeklyCrewPayrollReview> ExpectedPayrollReview::weeklyForAll(const U
             if (entry.crewMemberID) people.insert(*entry.crewMemberID);
         }
     }
-    for (const auto& activity : weeks::activities(session_->context, payrollWeekID)) {
+    for (const auto& activity : facts.activities) {
         if (activity.crewMemberID) people.insert(*activity.crewMemberID);
     }
     std::vector<WeeklyCrewPayrollReview> reviews;

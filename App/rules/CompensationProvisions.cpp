@@ -1,5 +1,6 @@
 #include "CompensationProvisions.hpp"
 
+#include <algorithm>
 #include <array>
 #include <map>
 
@@ -126,56 +127,75 @@ void CompensationProvisions::setEngagementTerm(ModelContext& context, const Uuid
                      {"currencyCode", currencyCode}});
 }
 
+std::vector<EngagementProvisionTerm> CompensationProvisions::engagementTerms(ModelContext& context, const Uuid& engagementID) {
+    auto& statement = context.prepare(
+        "SELECT provisionKindRawValue, effectiveDate, overrideModeRawValue, personalDailyAmount, currencyCode "
+        "FROM EngagementCompensationProvisionTerm WHERE engagementID = ?1 ORDER BY effectiveDate, rowid");
+    columns::bind(statement, 1, engagementID);
+    std::vector<EngagementProvisionTerm> terms;
+    while (statement.executeStep()) {
+        terms.push_back({statement.getColumn(0).getString(), columns::date(statement.getColumn(1)),
+                         overrideModeFromRawValue(statement.getColumn(2).getString()),
+                         statement.getColumn(3).isNull() ? std::nullopt : std::optional(columns::decimal(statement.getColumn(3))),
+                         statement.getColumn(4).getString()});
+    }
+    return terms;
+}
+
+std::optional<ResolvedCompensationProvision> CompensationProvisions::resolveFrom(
+    const std::vector<ProductionCompensationProvisionDraft>& production, const std::vector<EngagementProvisionTerm>& terms,
+    CompensationProvisionKind kind, CalendarDate date, ProvisionDayKind dayKind) {
+    const std::string kindText(toRawValue(kind));
+    const auto configured = std::find_if(production.begin(), production.end(), [&](const auto& d) { return d.kind == kindText; });
+    if (configured == production.end() || !configured->isEnabled) return std::nullopt;
+    if (!flagsOf(*configured)[static_cast<std::size_t>(dayKind)]) return std::nullopt;
+    // The engagement's latest term of the kind on or before the date; terms come in date order.
+    const EngagementProvisionTerm* term = nullptr;
+    for (const auto& candidate : terms) {
+        if (candidate.kind == kindText && sys_days(candidate.effectiveDate) <= sys_days(date)) term = &candidate;
+    }
+    if (term && term->mode == CompensationProvisionOverrideMode::notEligible) return std::nullopt;
+    if (term && term->mode == CompensationProvisionOverrideMode::personalAmount && term->personalDailyAmount) {
+        return ResolvedCompensationProvision{kind, *term->personalDailyAmount, term->currencyCode,
+                                             CompensationProvisionOverrideMode::personalAmount};
+    }
+    return ResolvedCompensationProvision{kind, configured->amount, configured->currencyCode,
+                                         CompensationProvisionOverrideMode::productionDefault};
+}
+
 std::optional<ResolvedCompensationProvision> CompensationProvisions::resolve(ModelContext& context, const Uuid& productionID,
                                                                              const Uuid& engagementID,
                                                                              CompensationProvisionKind kind, CalendarDate date,
                                                                              ProvisionDayKind dayKind) {
-    const std::string kindText(toRawValue(kind));
-    std::optional<ProductionCompensationProvisionDraft> production;
-    for (const auto& draft : productionDrafts(context, productionID, date)) {
-        if (draft.kind == kindText) production = draft;
-    }
-    if (!production || !production->isEnabled) return std::nullopt;
-    if (!flagsOf(*production)[static_cast<std::size_t>(dayKind)]) return std::nullopt;
-
-    auto& statement = context.prepare(
-        "SELECT overrideModeRawValue, personalDailyAmount, currencyCode FROM EngagementCompensationProvisionTerm "
-        "WHERE engagementID = ?1 AND provisionKindRawValue = ?2 AND effectiveDate <= ?3 ORDER BY effectiveDate DESC, rowid DESC LIMIT 1");
-    columns::bindAll(statement, engagementID, kindText, date);
-    if (statement.executeStep()) {
-        const auto mode = overrideModeFromRawValue(statement.getColumn(0).getString());
-        if (mode == CompensationProvisionOverrideMode::notEligible) return std::nullopt;
-        if (mode == CompensationProvisionOverrideMode::personalAmount && !statement.getColumn(1).isNull()) {
-            return ResolvedCompensationProvision{kind, columns::decimal(statement.getColumn(1)), statement.getColumn(2).getString(),
-                                                 CompensationProvisionOverrideMode::personalAmount};
-        }
-    }
-    return ResolvedCompensationProvision{kind, production->amount, production->currencyCode,
-                                         CompensationProvisionOverrideMode::productionDefault};
+    return resolveFrom(productionDrafts(context, productionID, date), engagementTerms(context, engagementID), kind, date, dayKind);
 }
 
-std::optional<std::string> CompensationProvisions::vacationPayChangeWithinWeek(ModelContext& context, const Uuid& productionID,
-                                                                              const Uuid& engagementID, CalendarDate weekStart) {
-    std::optional<std::optional<Decimal>> first;
-    for (int day = 0; day < 7; ++day) {
-        const CalendarDate date(sys_days(weekStart) + days(day));
-        // The percentage in force, whatever kinds of day it applies on.
-        std::optional<Decimal> percent;
-        for (auto dayKind : {ProvisionDayKind::timedWorkDay, ProvisionDayKind::worked, ProvisionDayKind::prep,
-                             ProvisionDayKind::idleAvailable, ProvisionDayKind::travel, ProvisionDayKind::holiday,
-                             ProvisionDayKind::personalUnavailable}) {
-            if (const auto resolved = resolve(context, productionID, engagementID, CompensationProvisionKind::vacationPay, date, dayKind)) {
-                percent = resolved->amount;
-                break;
-            }
-        }
-        if (!first) {
-            first = percent;
-        } else if (!(*first == percent)) {
+std::optional<std::string> CompensationProvisions::vacationPayChangeWithinWeek(
+    const std::function<std::optional<Decimal>(CalendarDate)>& percentageOn, CalendarDate weekStart) {
+    const auto first = percentageOn(weekStart);
+    for (int day = 1; day < 7; ++day) {
+        if (!(percentageOn(CalendarDate(sys_days(weekStart) + days(day))) == first)) {
             return std::string(provision_messages::vacationPayChangesInWeek);
         }
     }
     return std::nullopt;
+}
+
+std::optional<std::string> CompensationProvisions::vacationPayChangeWithinWeek(ModelContext& context, const Uuid& productionID,
+                                                                              const Uuid& engagementID, CalendarDate weekStart) {
+    const auto terms = engagementTerms(context, engagementID);
+    return vacationPayChangeWithinWeek(
+        [&](CalendarDate date) -> std::optional<Decimal> {
+            // The percentage in force, whatever kinds of day it applies on.
+            for (int dayKind = 0; dayKind < 7; ++dayKind) {
+                if (const auto resolved = resolveFrom(productionDrafts(context, productionID, date), terms,
+                                                      CompensationProvisionKind::vacationPay, date, static_cast<ProvisionDayKind>(dayKind))) {
+                    return resolved->amount;
+                }
+            }
+            return std::nullopt;
+        },
+        weekStart);
 }
 
 std::optional<IdleCompensationRuleDraft> CompensationProvisions::idleRule(ModelContext& context, const Uuid& revisionID) {

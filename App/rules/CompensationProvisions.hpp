@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,6 +16,15 @@ std::optional<CompensationProvisionOverrideMode> overrideModeFromRawValue(std::s
 
 // The kinds of day a provision may apply on.
 enum class ProvisionDayKind { timedWorkDay, worked, prep, idleAvailable, travel, holiday, personalUnavailable };
+
+// An engagement's own term for a provision kind from a date on.
+struct EngagementProvisionTerm {
+    std::string kind;
+    CalendarDate effectiveDate;
+    std::optional<CompensationProvisionOverrideMode> mode;  // unknown stored modes read as absent
+    std::optional<Decimal> personalDailyAmount;
+    std::string currencyCode;
+};
 
 struct ResolvedCompensationProvision {
     CompensationProvisionKind kind;
@@ -57,11 +67,23 @@ public:
                                   CalendarDate effectiveDate, CompensationProvisionOverrideMode mode,
                                   const std::optional<Decimal>& personalDailyAmount, const std::string& currencyCode);
 
+    // Every term of the engagement, in effective-date order.
+    static std::vector<EngagementProvisionTerm> engagementTerms(ModelContext& context, const Uuid& engagementID);
+
     // What an engagement is paid of a kind on a day, if anything.
     static std::optional<ResolvedCompensationProvision> resolve(ModelContext& context, const Uuid& productionID,
                                                                 const Uuid& engagementID, CompensationProvisionKind kind,
                                                                 CalendarDate date, ProvisionDayKind dayKind);
-    // The vacation pay percentage may change only at a payroll week boundary.
+    // The same from facts already read: the production's configurations in force on the date and the
+    // engagement's terms.
+    static std::optional<ResolvedCompensationProvision> resolveFrom(const std::vector<ProductionCompensationProvisionDraft>& production,
+                                                                    const std::vector<EngagementProvisionTerm>& terms,
+                                                                    CompensationProvisionKind kind, CalendarDate date,
+                                                                    ProvisionDayKind dayKind);
+    // The vacation pay percentage may change only at a payroll week boundary; percentageOn gives the
+    // percentage in force on a day (nothing when none is).
+    static std::optional<std::string> vacationPayChangeWithinWeek(
+        const std::function<std::optional<Decimal>(CalendarDate)>& percentageOn, CalendarDate weekStart);
     static std::optional<std::string> vacationPayChangeWithinWeek(ModelContext& context, const Uuid& productionID,
                                                                  const Uuid& engagementID, CalendarDate weekStart);
 

@@ -1,0 +1,71 @@
+#include <benchmark/benchmark.h>
+
+#include "App/expected/ExpectedPayrollReview.hpp"
+#include "Season.hpp"
+
+namespace tessel {
+namespace {
+
+using namespace tessel::bench;
+namespace weeks = payroll_week_repository;
+
+struct ReviewSeason {
+    fs::path root = freshRoot();
+    std::unique_ptr<TesselStore> store = openStore(root);
+    Crew crew = hireCrew(*store);
+    ReviewSeason() { insertSeason(*store, crew, seasonDates(false)); }
+};
+
+ReviewSeason& season() {
+    static ReviewSeason shared;
+    return shared;
+}
+
+// Every crew member's weekly review of every payroll week of the season, from the store.
+void reviewEveryWeekOfASeason(benchmark::State& state) {
+    ReviewSeason& s = season();
+    ModelContext& context = s.store->context();
+    const auto allWeeks = weeks::weeks(context, s.crew.productionID);
+    std::size_t reviews = 0;
+    for (auto _ : state) {
+        ExpectedPayrollReview review(context, s.crew.productionID);
+        reviews = 0;
+        for (const auto& week : allWeeks) {
+            const auto weekly = review.weeklyForAll(week.id);
+            reviews += weekly.size();
+            benchmark::DoNotOptimize(weekly);
+        }
+    }
+    state.counters["weeks"] = static_cast<double>(allWeeks.size());
+    state.counters["weeklyReviews"] = static_cast<double>(reviews);
+}
+BENCHMARK(reviewEveryWeekOfASeason)->Unit(benchmark::kMillisecond);
+
+// The same rows read from the store alone: each week's DTSes, rows and satellites, the crew, their
+// engagements and rates.
+void readTheSameRowsAlone(benchmark::State& state) {
+    ReviewSeason& s = season();
+    ModelContext& context = s.store->context();
+    const auto allWeeks = weeks::weeks(context, s.crew.productionID);
+    for (auto _ : state) {
+        for (const auto& member : crew_repository::crewMembers(context, s.crew.productionID)) {
+            for (const auto& engagement : crew_repository::engagementsOf(context, member.id)) {
+                benchmark::DoNotOptimize(crew_repository::payRates(context, engagement.id));
+            }
+        }
+        for (const auto& week : allWeeks) {
+            for (const auto& workday : weeks::workdays(context, week.id)) {
+                for (const auto& entry : weeks::entries(context, workday.id)) {
+                    benchmark::DoNotOptimize(satellite_repository::find(context, store_schema::satelliteTable("CrewDailyWorkModeConfiguration"), entry.id));
+                    benchmark::DoNotOptimize(satellite_repository::find(context, store_schema::satelliteTable("CrewDailyMileageEntry"), entry.id));
+                }
+                benchmark::DoNotOptimize(satellite_repository::find(context, store_schema::satelliteTable("WorkdayMealLocationConfiguration"), workday.id));
+            }
+            benchmark::DoNotOptimize(weeks::activities(context, week.id));
+        }
+    }
+}
+BENCHMARK(readTheSameRowsAlone)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace tessel
