@@ -472,7 +472,8 @@ struct ExpectedPayrollReview::Session {
     // The week's totals: categories, allowances, meal penalties, vacation pay and the estimated gross.
     void total(WeeklyCrewPayrollReview& review) {
         const CurrencyCode currency(production.currencyCode);
-        Money gross = Money::zero(currency);
+        // Starting at cents keeps a week with nothing priced reading "0.00" rather than "0".
+        Money gross(Decimal("0.00"), currency);
         Money straightTime = Money::zero(currency);
         std::vector<DatedMealPenaltyPeriod> mealPeriods;
         try {

@@ -102,7 +102,7 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
         text << "      " << toRawValue(a.kind) << " " << a.compensation.amount().toString() << (a.presentationDetail ? " (" + *a.presentationDetail + ")" : "") << "\n";
     }
     if (d.boxRentalCompensation) text << "      Box / kit rental " << d.boxRentalCompensation->amount().toString() << "\n";
-    text << "      Day total " << (d.compensation ? d.compensation->amount().toString() : std::string(review_words::noApplicablePayRate)) << "\n";
+    text << "      Day total: " << (d.compensation ? d.compensation->amount().toString() : std::string(review_words::noApplicablePayRate)) << "\n";
 }
 
 std::string weeklyText(const WeeklyCrewPayrollReview& r) {

@@ -1,0 +1,97 @@
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <sstream>
+
+#include "../support/TemporaryFolder.hpp"
+#include "App/model/JSONFields.hpp"
+#include "App/shell/CommandLine.hpp"
+
+namespace tessel {
+namespace {
+
+struct Outcome {
+    int status;
+    std::string out;
+    std::string err;
+    Json json() const { return Json::parse(out); }
+};
+
+class ReviewCommands : public ::testing::Test {
+protected:
+    testing::TemporaryFolder folder;
+
+    void SetUp() override {
+        setenv("XDG_CONFIG_HOME", (folder.path() / "config").c_str(), 1);
+        ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
+        ASSERT_EQ(run({"crew", "add", "Rowan Vale", "--from", "2026-11-02", "--rate", "45.00"}).status, 0);
+        ASSERT_EQ(run({"crew", "add", "Ada Quill", "--from", "2026-11-02"}).status, 0);
+        ASSERT_EQ(run({"dts", "create", "2026-11-03"}).status, 0);
+        ASSERT_EQ(run({"dts", "set", "2026-11-03", "--call", "7.0", "--lunch-out", "13.0", "--lunch-in", "13.5", "--wrap", "19.0"}).status, 0);
+    }
+
+    Outcome run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"--store-root", (folder.path() / "data").string()});
+        std::istringstream in;
+        std::ostringstream out, err;
+        const int status = runCommandLine(arguments, {in, out, err});
+        return {status, out.str(), err.str()};
+    }
+};
+
+TEST_F(ReviewCommands, AWeekReviewCoversEveryCrewMemberWithTheirCategories) {
+    const auto outcome = run({"review", "week", "2026-11-05", "--json"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const Json reviews = outcome.json()["weeklyReviews"];
+    ASSERT_EQ(reviews.size(), 2u);
+    const Json& rowan = reviews[0]["crewName"] == "Rowan Vale" ? reviews[0] : reviews[1];
+    EXPECT_EQ(rowan["weekStartDate"], "2026-11-02");
+    EXPECT_EQ(rowan["categories"][1]["label"], "Time and a Half");
+    EXPECT_EQ(rowan["categories"][1]["compensation"]["amount"], "236.25");
+    EXPECT_EQ(rowan["estimatedGross"]["amount"], "596.25");
+    const Json& ada = &rowan == &reviews[0] ? reviews[1] : reviews[0];
+    EXPECT_EQ(ada["estimatedGrossLabel"], "Estimated Gross (Partial)");
+    EXPECT_EQ(ada["estimatedGross"]["amount"], "0.00");
+    EXPECT_EQ(ada["issues"][0]["kind"], "missingRate");
+}
+
+TEST_F(ReviewCommands, TheTextReviewNamesTheDayAndItsTotal) {
+    const auto outcome = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("Rowan Vale, week of 2026-11-02"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("Day total: 596.25"), std::string::npos) << outcome.out;
+    EXPECT_EQ(outcome.out.find("Ada Quill"), std::string::npos);
+}
+
+struct RefusedReview {
+    const char* name;
+    std::vector<std::string> arguments;
+    int status;
+    const char* sentence;
+};
+
+class RefusedReviewCommand : public ReviewCommands, public ::testing::WithParamInterface<RefusedReview> {};
+
+TEST_P(RefusedReviewCommand, ExitsOneWithTheSentence) {
+    const auto outcome = run(GetParam().arguments);
+    EXPECT_EQ(outcome.status, GetParam().status);
+    EXPECT_EQ(outcome.err, std::string(GetParam().sentence) + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Arguments, RefusedReviewCommand,
+    ::testing::Values(RefusedReview{"unknownCrew", {"review", "week", "2026-11-03", "--crew", "Nobody"}, 1,
+                                                    "There is no crew member named \u201CNobody\u201D on this production."},
+                      RefusedReview{"badDate", {"review", "week", "3 Nov"}, 2, "Enter the date as YYYY-MM-DD, such as 2026-11-02."}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(ReviewCommands, CalcDayPricesAStandaloneDayUnderTheProductionsRules) {
+    const auto outcome = run({"calc", "day", "--call", "7.0", "--lunch-out", "15.0", "--lunch-in", "15.5", "--wrap", "19.0", "--rate", "40.00", "--json"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    const Json day = outcome.json();
+    EXPECT_EQ(day["categories"][0]["compensation"]["amount"], "320.00");
+    EXPECT_EQ(day["mealPeriods"][0]["occurrences"].size(), 4u);
+}
+
+}  // namespace
+}  // namespace tessel
