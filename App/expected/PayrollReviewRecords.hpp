@@ -38,6 +38,7 @@ inline constexpr std::string_view noCompensationInferred = "No compensation infe
 inline constexpr std::string_view goldenHourWrap = "Golden Hour Wrap:";
 inline constexpr std::string_view goldenHourWrapLabel = "Earliest Wrap that triggers Golden Hour:";
 inline constexpr std::string_view goldenHourUnavailable = "Golden Hour Wrap unavailable";
+inline constexpr std::string_view dismissGoldenHourAdvisory = "Dismiss Golden Hour advisory";
 inline constexpr std::string_view unassignedClassification = "Unassigned Classification";
 inline constexpr std::string_view weekendTurnaround = "Weekend turnaround is not currently calculated.";
 }  // namespace review_words
@@ -114,6 +115,12 @@ struct GoldenHourTarget {
     WorkDuration minimumPaidDuration{};
     RateMultiplier multiplier;
     PayBandEntryThreshold threshold;
+};
+
+// The golden hour advisory while a day is still shooting: the target and the whole seconds left until it.
+struct GoldenHourAdvisoryPresentation {
+    GoldenHourTarget target;
+    std::int64_t remainingSeconds = 0;
 };
 
 struct DailyPayrollStatus {

@@ -96,6 +96,20 @@ Json idleJSON(const IdlePayrollContribution& idle) {
 
 }  // namespace
 
+Json toJSON(const GoldenHourTarget& g) {
+    return Json{{"targetTime", formatInstant(g.targetTime)},
+                {"exactBandEntryTime", formatInstant(g.exactBandEntryTime)},
+                {"guaranteeRuleID", g.guaranteeRuleID.value()},
+                {"targetPayBandRuleID", g.targetPayBandRuleID.value()},
+                {"minimumPaidDurationSeconds", g.minimumPaidDuration.seconds()},
+                {"multiplier", g.multiplier.value().toString()},
+                {"threshold", cj::toJSON(g.threshold)}};
+}
+
+Json toJSON(const GoldenHourAdvisoryPresentation& advisory) {
+    return Json{{"target", toJSON(advisory.target)}, {"remainingSeconds", advisory.remainingSeconds}};
+}
+
 Json toJSON(const DailyPayrollReview& r) {
     Json json{{"id", r.id.text()}, {"calendarDate", formatDate(r.calendarDate)}};
     if (r.workdaySequence) {
@@ -142,16 +156,7 @@ Json toJSON(const DailyPayrollReview& r) {
         turnaround["result"] = cj::toJSON(r.turnaround->result);
         json["turnaround"] = std::move(turnaround);
     }
-    if (r.goldenHourTarget) {
-        const auto& g = *r.goldenHourTarget;
-        json["goldenHourTarget"] = Json{{"targetTime", formatInstant(g.targetTime)},
-                                        {"exactBandEntryTime", formatInstant(g.exactBandEntryTime)},
-                                        {"guaranteeRuleID", g.guaranteeRuleID.value()},
-                                        {"targetPayBandRuleID", g.targetPayBandRuleID.value()},
-                                        {"minimumPaidDurationSeconds", g.minimumPaidDuration.seconds()},
-                                        {"multiplier", g.multiplier.value().toString()},
-                                        {"threshold", cj::toJSON(g.threshold)}};
-    }
+    if (r.goldenHourTarget) json["goldenHourTarget"] = toJSON(*r.goldenHourTarget);
     json["issues"] = list(r.issues, issueJSON);
     return json;
 }

@@ -6,6 +6,8 @@
 // The machine form of the review records, in the convention of every machine document of the program.
 namespace tessel::review_json {
 
+Json toJSON(const GoldenHourTarget& target);
+Json toJSON(const GoldenHourAdvisoryPresentation& advisory);
 Json toJSON(const DailyPayrollReview& review);
 Json toJSON(const NonDTSPayrollActivityReview& review);
 Json toJSON(const WeeklyCrewPayrollReview& review);

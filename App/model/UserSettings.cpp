@@ -213,6 +213,21 @@ void UserSettingsStore::save() const {
     std::filesystem::rename(temporary, path_);
 }
 
+GoldenHourAdvisorySettings UserSettingsStore::goldenHourAdvisory() const {
+    GoldenHourAdvisorySettings settings;
+    settings.enabled = value("userSettings.goldenHourAdvisoryEnabled").get<bool>();
+    settings.thresholdSeconds = value("userSettings.goldenHourAdvisoryThresholdSeconds").get<std::int64_t>();
+    for (const auto& key : value("userSettings.goldenHourAdvisoryDismissals")) settings.dismissals.insert(key.get<std::string>());
+    return settings;
+}
+
+void UserSettingsStore::dismissGoldenHourAdvisory(const std::string& key) {
+    auto dismissals = goldenHourAdvisory().dismissals;
+    if (!dismissals.insert(key).second) return;
+    stored_["userSettings.goldenHourAdvisoryDismissals"] = json(dismissals);
+    save();
+}
+
 int UserSettingsStore::newProductionWorkweekWeekday() const {
     return value("userSettings.newProductionWorkweekWeekday").get<int>();
 }

@@ -34,6 +34,13 @@ struct UserSettingsKey {
 
 const std::vector<UserSettingsKey>& userSettingsKeys();
 
+// What governs the golden hour advisory of a daily review.
+struct GoldenHourAdvisorySettings {
+    bool enabled = true;
+    std::int64_t thresholdSeconds = 3600;
+    std::set<std::string> dismissals{};  // advisory keys
+};
+
 // The user's preferences outside any production, one JSON file per environment under
 // $XDG_CONFIG_HOME/Tessel/ ("settings.json", "settings-test.json"). Changing a "newProduction…" value
 // never touches existing productions: it is copied only when a production is created.
@@ -66,6 +73,10 @@ public:
     std::string defaultDepartment() const;
     std::optional<Uuid> mostRecentlyUsedProductionID() const;
     void setMostRecentlyUsedProductionID(const std::optional<Uuid>& id);
+
+    GoldenHourAdvisorySettings goldenHourAdvisory() const;
+    // Adds an advisory key to the dismissals (kept once) and writes the file.
+    void dismissGoldenHourAdvisory(const std::string& key);
 
     // What a production created now starts with.
     NewProductionDefaults newProductionDefaults() const;

@@ -1,12 +1,14 @@
 #include "ReviewCommands.hpp"
 
 #include <array>
+#include <ctime>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/expected/ExpectedPayrollReview.hpp"
+#include "App/expected/GoldenHourAdvisory.hpp"
 #include "App/expected/ReviewJSON.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
@@ -134,38 +136,57 @@ std::string weeklyText(const WeeklyCrewPayrollReview& r) {
     return text.str();
 }
 
+// The Payroll Week holding a date, looked up by the production's start weekday and, failing that, among
+// weeks made under an earlier start weekday.
+std::optional<PayrollWeek> weekHolding(ModelContext& context, const Uuid& productionID, CalendarDate date) {
+    const int startWeekday = ProductionWeekCalendars::payrollStartWeekday(context, productionID);
+    const auto start = ProductionWeekCalendars::payrollWeekStart(date, startWeekday);
+    const auto found = weeks::weeksStartingAt(context, productionID, Instant(sys_days(start)));
+    if (!found.empty()) return found.front();
+    for (const auto& week : weeks::weeks(context, productionID)) {
+        const auto first = floor<days>(week.startDate);
+        if (sys_days(date) >= first && sys_days(date) < first + days(7)) return week;
+    }
+    return std::nullopt;
+}
+
+std::optional<Uuid> crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name) {
+    for (const auto& m : crew_repository::crewMembers(context, productionID)) {
+        if (m.displayName == name) return m.id;
+    }
+    return std::nullopt;
+}
+
+int refuseUnknownCrew(CommandSession& session, const std::string& name) {
+    return session.refuse("crewMemberNotFound", "There is no crew member named \u201C" + name + "\u201D on this production.");
+}
+
+int refuseDate(CommandSession& session) {
+    session.streams().err << "Enter the date as YYYY-MM-DD, such as 2026-11-02.\n";
+    return exitUsage;
+}
+
+int refuseMissingWeek(CommandSession& session, const std::string& date) {
+    return session.refuse("weekNotFound", "There is no Payroll Week with a DTS or activity on " + date + ".");
+}
+
 int reviewWeek(CommandSession& session, const ReviewCommandArguments& a) {
     const auto production = session.production();
     if (!production) return exitRefused;
     const auto date = calendar_text::parseDate(a.date);
-    if (!date) {
-        session.streams().err << "Enter the date as YYYY-MM-DD, such as 2026-11-02.\n";
-        return exitUsage;
-    }
+    if (!date) return refuseDate(session);
     ModelContext& context = session.store()->context();
-    const int startWeekday = ProductionWeekCalendars::payrollStartWeekday(context, production->id);
-    const auto start = ProductionWeekCalendars::payrollWeekStart(*date, startWeekday);
-    auto found = weeks::weeksStartingAt(context, production->id, Instant(sys_days(start)));
-    if (found.empty()) {
-        // A week made under another start weekday still holds the date.
-        for (const auto& week : weeks::weeks(context, production->id)) {
-            const auto first = floor<days>(week.startDate);
-            if (sys_days(*date) >= first && sys_days(*date) < first + days(7)) found.push_back(week);
-        }
-    }
-    if (found.empty()) return session.refuse("weekNotFound", "There is no Payroll Week with a DTS or activity on " + a.date + ".");
+    const auto week = weekHolding(context, production->id, *date);
+    if (!week) return refuseMissingWeek(session, a.date);
     try {
         ExpectedPayrollReview review(context, production->id);
         std::vector<WeeklyCrewPayrollReview> reviews;
         if (a.crew.empty()) {
-            reviews = review.weeklyForAll(found.front().id);
+            reviews = review.weeklyForAll(week->id);
         } else {
-            std::optional<Uuid> member;
-            for (const auto& m : crew_repository::crewMembers(context, production->id)) {
-                if (m.displayName == a.crew) member = m.id;
-            }
-            if (!member) return session.refuse("crewMemberNotFound", "There is no crew member named \u201C" + a.crew + "\u201D on this production.");
-            reviews.push_back(review.weekly(found.front().id, *member));
+            const auto member = crewMemberNamed(context, production->id, a.crew);
+            if (!member) return refuseUnknownCrew(session, a.crew);
+            reviews.push_back(review.weekly(week->id, *member));
         }
         Json list = Json::array();
         std::string text;
@@ -175,6 +196,70 @@ int reviewWeek(CommandSession& session, const ReviewCommandArguments& a) {
         }
         if (reviews.empty()) text = "Nobody worked or had an activity in this Payroll Week.\n";
         session.answer(Json{{"weeklyReviews", std::move(list)}}, text);
+        return exitSuccess;
+    } catch (const PayrollReviewError& error) {
+        return session.refuse("reviewFailed", error.what());
+    } catch (const RulesPayloadError& error) {
+        return session.refuse("invalidRules", error.what());
+    }
+}
+
+// The wall clock read as the DTS reads its times: local time of day on the calendar.
+Instant localNow() {
+    const std::time_t now = system_clock::to_time_t(system_clock::now());
+    std::tm local{};
+    localtime_r(&now, &local);
+    return Instant(seconds(now + local.tm_gmtoff));
+}
+
+std::string goldenHourLine(const std::string& name, const DailyPayrollReview& day, const std::optional<GoldenHourAdvisoryPresentation>& advisory) {
+    std::string line = padded(name, 24);
+    line += day.goldenHourTarget ? std::string(review_words::goldenHourWrap) + " " + formatTimeOfDay(day.goldenHourTarget->targetTime, day.calendarDate)
+                                 : std::string(review_words::goldenHourUnavailable);
+    if (advisory) line += "  (" + std::to_string((advisory->remainingSeconds + 59) / 60) + " min left)";
+    return line + "\n";
+}
+
+// Each crew row's golden hour target on a date, with the advisory due at a moment; or one advisory dismissed.
+int reviewGoldenHour(CommandSession& session, const ReviewCommandArguments& a) {
+    const auto production = session.production();
+    if (!production) return exitRefused;
+    const auto date = calendar_text::parseDate(a.date);
+    if (!date) return refuseDate(session);
+    const auto now = a.at.empty() ? std::optional(localNow()) : payroll_decimal_time::parseTimeOfDay(a.at, *date);
+    if (!now) {
+        session.streams().err << "Enter the time in payroll tenths, such as 17.5.\n";
+        return exitUsage;
+    }
+    ModelContext& context = session.store()->context();
+    const auto week = weekHolding(context, production->id, *date);
+    if (!week) return refuseMissingWeek(session, a.date);
+    std::optional<Uuid> dismissed;
+    if (!a.dismiss.empty() && !(dismissed = crewMemberNamed(context, production->id, a.dismiss))) return refuseUnknownCrew(session, a.dismiss);
+    try {
+        Json rows = Json::array();
+        std::string text;
+        bool dismissedOne = false;
+        for (const auto& r : ExpectedPayrollReview(context, production->id).weeklyForAll(week->id)) {
+            for (const auto& day : r.days) {
+                if (day.calendarDate != *date) continue;
+                if (dismissed == r.crewMemberID) {
+                    session.settings().dismissGoldenHourAdvisory(golden_hour_advisory::key(day.id, r.crewMemberID));
+                    dismissedOne = true;
+                }
+                const auto advisory = golden_hour_advisory::at(day, r.crewMemberID, *now, session.settings().goldenHourAdvisory());
+                Json row{{"crewMemberID", r.crewMemberID.text()}, {"crewName", r.crewName}, {"workdayID", day.id.text()},
+                         {"advisoryKey", golden_hour_advisory::key(day.id, r.crewMemberID)}};
+                if (day.goldenHourTarget) row["goldenHourTarget"] = review_json::toJSON(*day.goldenHourTarget);
+                if (advisory) row["advisory"] = review_json::toJSON(*advisory);
+                rows.push_back(std::move(row));
+                text += goldenHourLine(r.crewName, day, advisory);
+            }
+        }
+        if (dismissed && !dismissedOne) return session.refuse("rowNotFound", a.dismiss + " is not on the DTS for " + a.date + ".");
+        if (dismissedOne) text = "Dismissed the Golden Hour advisory for " + a.dismiss + " on " + a.date + ".\n" + text;
+        if (rows.empty()) text += "Nobody is on a DTS on " + a.date + ".\n";
+        session.answer(Json{{"date", a.date}, {"at", calendar_text::formatInstant(*now)}, {"rows", std::move(rows)}}, text);
         return exitSuccess;
     } catch (const PayrollReviewError& error) {
         return session.refuse("reviewFailed", error.what());
@@ -274,6 +359,11 @@ void addReviewCommands(CLI::App& app, CommandSession& session, ReviewCommandArgu
     week->add_option("DATE", a.date, "A date in the week, YYYY-MM-DD")->required();
     week->add_option("--crew", a.crew, "Only this crew member");
     week->callback([&] { exitStatus = reviewWeek(session, a); });
+    auto* golden = review->add_subcommand("golden-hour", "Each crew row's Golden Hour Wrap on DATE, with the advisory due now");
+    golden->add_option("DATE", a.date, "The DTS date, YYYY-MM-DD")->required();
+    golden->add_option("--at", a.at, "The moment to advise for, in payroll tenths on DATE (default: now)");
+    golden->add_option("--dismiss", a.dismiss, "Dismiss Golden Hour advisory for this crew member on DATE");
+    golden->callback([&] { exitStatus = reviewGoldenHour(session, a); });
 
     auto* calc = app.get_subcommand("calc");
     auto* day = calc->add_subcommand("day", "One day priced under the production's rules, the example defaults or a rules file");

@@ -9,12 +9,12 @@
 namespace tessel {
 
 struct ReviewCommandArguments {
-    std::string date, crew;
+    std::string date, crew, at, dismiss;
     std::string call, lunchOut, lunchIn, wrap, rate, generalCall, locality, day = "ordinary", rulesFile;
     bool ndb = false, graceCalled = false;
 };
 
-// review week, and calc day (the sandbox of one day under the production's rules).
+// review week, review golden-hour, and calc day (the sandbox of one day under the production's rules).
 void addReviewCommands(CLI::App& app, CommandSession& session, ReviewCommandArguments& arguments, int& exitStatus);
 
 }  // namespace tessel

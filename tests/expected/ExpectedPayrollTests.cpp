@@ -5,6 +5,7 @@
 #include "App/dts/NonDTSActivities.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/expected/ExpectedPayrollReview.hpp"
+#include "App/expected/GoldenHourAdvisory.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionWeekCalendars.hpp"
 #include "App/model/SatelliteRepository.hpp"
@@ -271,6 +272,35 @@ TEST_F(ExpectedPayroll, IdleAndVacationPayJoinTheWeek) {
     EXPECT_EQ(week.idleCompensation[0].result->compensation.amount().toString(), "360.00");
     EXPECT_EQ(week.additionalCompensation.back().compensation.amount().toString(), "14.40");  // 4% of 360.00 straight time
     EXPECT_EQ(week.estimatedGross->amount().toString(), "734.40");
+}
+
+TEST_F(ExpectedPayroll, TheGoldenHourAdvisoryShowsWithinItsThresholdUntilTheTargetOrADismissal) {
+    const auto rowan = hire("Rowan Vale", "45.00");
+    const Workday workday = dts(0, "7.0", "13.0", "13.5", nullptr);
+    const auto day = weekOf(rowan).days.at(0);
+    ASSERT_TRUE(day.goldenHourTarget.has_value());
+    EXPECT_EQ(day.goldenHourTarget->targetTime, at(monday, "19.6"));  // 12 h worked after a half-hour meal, next tenth
+    const std::string key = golden_hour_advisory::key(workday.id, rowan.id);
+    struct Case {
+        const char* now;
+        GoldenHourAdvisorySettings settings;
+        std::optional<std::int64_t> remaining;
+    };
+    const std::vector<Case> cases{
+        {"18.6", {}, 3600},                           // exactly the threshold away
+        {"18.5", {}, std::nullopt},                   // too early
+        {"19.6", {}, 0},                              // still open at the target itself
+        {"19.7", {}, std::nullopt},                   // the target has passed
+        {"18.7", {false, 3600, {}}, std::nullopt},    // turned off
+        {"18.7", {true, 3600, {key}}, std::nullopt},  // dismissed for this row
+        {"18.7", {true, 3600, {"goldenHour:other"}}, 3240},
+    };
+    for (const auto& c : cases) {
+        const auto advisory = golden_hour_advisory::at(day, rowan.id, at(monday, c.now), c.settings);
+        EXPECT_EQ(advisory ? std::optional(advisory->remainingSeconds) : std::nullopt, c.remaining) << c.now;
+    }
+    DailyTimeSheets::setSharedTime(context, workday.id, DTSTimeField::wrap, at(monday, "19.0"));
+    EXPECT_FALSE(golden_hour_advisory::at(weekOf(rowan).days.at(0), rowan.id, at(monday, "18.7"), {}).has_value());  // wrapped
 }
 
 }  // namespace

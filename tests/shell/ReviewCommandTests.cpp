@@ -63,6 +63,23 @@ TEST_F(ReviewCommands, TheTextReviewNamesTheDayAndItsTotal) {
     EXPECT_EQ(outcome.out.find("Ada Quill"), std::string::npos);
 }
 
+TEST_F(ReviewCommands, AGoldenHourAdvisoryOnceDismissedStaysDismissed) {
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--wrap", ""}).status, 0);
+    const auto advised = [&] {
+        const Json rows = run({"review", "golden-hour", "2026-11-03", "--at", "18.7", "--json"}).json()["rows"];
+        std::vector<std::string> names;
+        for (const auto& row : rows) {
+            if (row.contains("advisory")) names.push_back(row["crewName"]);
+        }
+        return names;
+    };
+    EXPECT_EQ(advised(), (std::vector<std::string>{"Rowan Vale", "Ada Quill"}));
+    const auto dismissal = run({"review", "golden-hour", "2026-11-03", "--at", "18.7", "--dismiss", "Ada Quill"});
+    ASSERT_EQ(dismissal.status, 0) << dismissal.err;
+    EXPECT_NE(dismissal.out.find("Dismissed the Golden Hour advisory for Ada Quill on 2026-11-03."), std::string::npos);
+    EXPECT_EQ(advised(), (std::vector<std::string>{"Rowan Vale"}));
+}
+
 struct RefusedReview {
     const char* name;
     std::vector<std::string> arguments;
