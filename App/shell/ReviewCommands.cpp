@@ -50,9 +50,9 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
     const int weekday = ProductionWeekCalendars::weekdayOf(d.calendarDate);
     text << "  " << weekdayNames[static_cast<std::size_t>(weekday - 1)] << " " << calendar_text::formatDate(d.calendarDate);
     if (s.workMode != CrewDailyWorkMode::timed) text << "  " << toRawValue(s.workMode) << " day";
-    text << "  Call " << formatTimeOfDay(s.call, d.calendarDate);
+    if (s.call) text << "  Call " << formatTimeOfDay(s.call, d.calendarDate);
     if (s.lunchOut || s.lunchIn) text << "  Lunch " << formatTimeOfDay(s.lunchOut, d.calendarDate) << "-" << formatTimeOfDay(s.lunchIn, d.calendarDate);
-    text << "  Wrap " << formatTimeOfDay(s.wrap, d.calendarDate);
+    if (s.wrap) text << "  Wrap " << formatTimeOfDay(s.wrap, d.calendarDate);
     if (s.nonDeductibleBreakfast) text << "  NDB";
     text << "\n";
     text << "      ";
