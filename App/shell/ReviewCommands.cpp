@@ -1,5 +1,6 @@
 #include "ReviewCommands.hpp"
 
+#include <algorithm>
 #include <array>
 #include <ctime>
 #include <fstream>
@@ -42,6 +43,19 @@ void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCa
              << padded(amount(c.compensation), 10);
         if (c.guaranteedDuration > WorkDuration()) text << " (" << hours(c.guaranteedDuration) << " guaranteed)";
         text << "\n";
+    }
+}
+
+// One line per distinct issue, in the order first met; the same issue on several days is counted, not repeated.
+void writeIssues(std::ostringstream& text, const std::vector<PayrollReviewIssue>& issues) {
+    std::vector<std::pair<std::string, int>> counted;
+    for (const auto& issue : issues) {
+        const auto same = std::find_if(counted.begin(), counted.end(), [&](const auto& c) { return c.first == issue.message; });
+        if (same == counted.end()) counted.emplace_back(issue.message, 1);
+        else ++same->second;
+    }
+    for (const auto& [message, count] : counted) {
+        text << "    Issue: " << message << (count > 1 ? " (" + std::to_string(count) + " times)" : "") << "\n";
     }
 }
 
@@ -129,7 +143,7 @@ std::string weeklyText(const WeeklyCrewPayrollReview& r) {
     }
     for (const auto& a : r.additionalCompensation) text << "    " << toRawValue(a.kind) << " " << a.compensation.amount().toString() << "\n";
     if (r.boxRentalCompensation) text << "    Box / kit rental " << r.boxRentalCompensation->amount().toString() << "\n";
-    for (const auto& issue : r.issues) text << "    Issue: " << issue.message << "\n";
+    writeIssues(text, r.issues);
     text << "    " << (r.estimatedGrossIsPartial ? review_words::estimatedGrossPartial : review_words::estimatedGross) << ": "
          << amount(r.estimatedGross) << (r.estimatedGross ? " " + r.estimatedGross->currency().code() : "") << "\n";
     if (r.estimatedGrossIsPartial) text << "    " << review_words::partialExplanation << "\n";
