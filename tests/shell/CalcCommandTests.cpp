@@ -2,25 +2,15 @@
 
 #include <sstream>
 
-#include "App/model/JSONFields.hpp"
-#include "App/shell/CommandLine.hpp"
+#include "../support/CommandRun.hpp"
+
 
 namespace tessel {
 namespace {
 
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-    Json json() const { return Json::parse(out); }
-};
+using Outcome = testing::CommandOutcome;
 
-Outcome run(const std::vector<std::string>& arguments, const std::string& input = "") {
-    std::istringstream in(input);
-    std::ostringstream out, err;
-    const int status = runCommandLine(arguments, {in, out, err});
-    return {status, out.str(), err.str()};
-}
+Outcome run(const std::vector<std::string>& arguments, const std::string& input = "") { return testing::runCommand(arguments, input); }
 
 const std::string threeBands = R"([
   {"ruleID":"production.band.straight-time","entryThresholdSeconds":0,"entryThresholdBasis":"worked","upperBoundSeconds":28800,"multiplier":"1"},

@@ -3,39 +3,23 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "../support/TemporaryFolder.hpp"
-#include "App/model/JSONFields.hpp"
-#include "App/shell/CommandLine.hpp"
+#include "../support/CommandRun.hpp"
 
 namespace tessel {
 namespace {
 
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-    Json json() const { return Json::parse(out); }
-};
+using Outcome = testing::CommandOutcome;
 
-class DTSCommands : public ::testing::Test {
+class DTSCommands : public testing::CommandTest {
 protected:
-    testing::TemporaryFolder folder;
-
     void SetUp() override {
-        setenv("XDG_CONFIG_HOME", (folder.path() / "config").c_str(), 1);
+        CommandTest::SetUp();
         ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
         ASSERT_EQ(run({"crew", "add", "Rowan Vale", "--from", "2026-11-02", "--rate", "45.00", "--precall", "0.5"}).status, 0);
         ASSERT_EQ(run({"crew", "add", "Ada Quill", "--from", "2026-11-02", "--rate", "38.50"}).status, 0);
         ASSERT_EQ(run({"dts", "create", "2026-11-03"}).status, 0);
     }
 
-    Outcome run(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {"--store-root", (folder.path() / "data").string()});
-        std::istringstream in;
-        std::ostringstream out, err;
-        const int status = runCommandLine(arguments, {in, out, err});
-        return {status, out.str(), err.str()};
-    }
     Json show() { return run({"dts", "show", "2026-11-03", "--json"}).json(); }
 };
 

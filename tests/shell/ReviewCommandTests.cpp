@@ -3,26 +3,17 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "../support/TemporaryFolder.hpp"
-#include "App/model/JSONFields.hpp"
-#include "App/shell/CommandLine.hpp"
+#include "../support/CommandRun.hpp"
 
 namespace tessel {
 namespace {
 
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-    Json json() const { return Json::parse(out); }
-};
+using Outcome = testing::CommandOutcome;
 
-class ReviewCommands : public ::testing::Test {
+class ReviewCommands : public testing::CommandTest {
 protected:
-    testing::TemporaryFolder folder;
-
     void SetUp() override {
-        setenv("XDG_CONFIG_HOME", (folder.path() / "config").c_str(), 1);
+        CommandTest::SetUp();
         ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
         ASSERT_EQ(run({"crew", "add", "Rowan Vale", "--from", "2026-11-02", "--rate", "45.00"}).status, 0);
         ASSERT_EQ(run({"crew", "add", "Ada Quill", "--from", "2026-11-02"}).status, 0);
@@ -30,13 +21,6 @@ protected:
         ASSERT_EQ(run({"dts", "set", "2026-11-03", "--call", "7.0", "--lunch-out", "13.0", "--lunch-in", "13.5", "--wrap", "19.0"}).status, 0);
     }
 
-    Outcome run(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {"--store-root", (folder.path() / "data").string()});
-        std::istringstream in;
-        std::ostringstream out, err;
-        const int status = runCommandLine(arguments, {in, out, err});
-        return {status, out.str(), err.str()};
-    }
 };
 
 TEST_F(ReviewCommands, AWeekReviewCoversEveryCrewMemberWithTheirCategories) {

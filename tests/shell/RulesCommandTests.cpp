@@ -4,34 +4,18 @@
 #include <fstream>
 #include <sstream>
 
-#include "../support/TemporaryFolder.hpp"
-#include "App/model/JSONFields.hpp"
-#include "App/shell/CommandLine.hpp"
+#include "../support/CommandRun.hpp"
 
 namespace tessel {
 namespace {
 
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-    Json json() const { return Json::parse(out); }
-};
+using Outcome = testing::CommandOutcome;
 
-class RulesCommands : public ::testing::Test {
+class RulesCommands : public testing::CommandTest {
 protected:
-    testing::TemporaryFolder folder;
-
     void SetUp() override {
-        setenv("XDG_CONFIG_HOME", (folder.path() / "config").c_str(), 1);
+        CommandTest::SetUp();
         ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
-    }
-    Outcome run(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {"--store-root", (folder.path() / "data").string()});
-        std::istringstream in;
-        std::ostringstream out, err;
-        const int status = runCommandLine(arguments, {in, out, err});
-        return {status, out.str(), err.str()};
     }
     std::string write(const Json& document) {
         const auto path = (folder.path() / "rules.json").string();

@@ -3,34 +3,17 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "../support/TemporaryFolder.hpp"
-#include "App/model/JSONFields.hpp"
-#include "App/shell/CommandLine.hpp"
+#include "../support/CommandRun.hpp"
 
 namespace tessel {
 namespace {
 
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-    Json json() const { return Json::parse(out); }
-};
+using Outcome = testing::CommandOutcome;
 
 // Each test has its own store root and settings folder.
-class StoreCommands : public ::testing::Test {
+class StoreCommands : public testing::CommandTest {
 protected:
-    testing::TemporaryFolder folder;
 
-    void SetUp() override { setenv("XDG_CONFIG_HOME", (folder.path() / "config").c_str(), 1); }
-
-    Outcome run(std::vector<std::string> arguments) {
-        arguments.insert(arguments.begin(), {"--store-root", (folder.path() / "data").string()});
-        std::istringstream in;
-        std::ostringstream out, err;
-        const int status = runCommandLine(arguments, {in, out, err});
-        return {status, out.str(), err.str()};
-    }
 };
 
 TEST_F(StoreCommands, StoreInfoDescribesAFreshStore) {

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "TemporaryFolder.hpp"
+#include "App/model/JSONFields.hpp"
+#include "App/shell/CommandLine.hpp"
+
+namespace tessel::testing {
+
+// What one `tessel` invocation answered.
+struct CommandOutcome {
+    int status;
+    std::string out;
+    std::string err;
+    Json json() const { return Json::parse(out); }
+};
+
+// Runs the command line in-process, as the installed binary would, with `input` on standard input.
+inline CommandOutcome runCommand(const std::vector<std::string>& arguments, const std::string& input = "") {
+    std::istringstream in(input);
+    std::ostringstream out, err;
+    const int status = runCommandLine(arguments, {in, out, err});
+    return {status, out.str(), err.str()};
+}
+
+// Each test has its own store root and settings folder.
+class CommandTest : public ::testing::Test {
+protected:
+    TemporaryFolder folder;
+
+    void SetUp() override { setenv("XDG_CONFIG_HOME", (folder.path() / "config").c_str(), 1); }
+
+    CommandOutcome run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"--store-root", (folder.path() / "data").string()});
+        return runCommand(arguments);
+    }
+};
+
+}  // namespace tessel::testing
