@@ -110,6 +110,9 @@ DailyPayrollReview DailyReviewCalculator::calculate(const DailyReviewInputs& inp
     addProvisions(review, inputs);
     review.turnaround = TurnaroundPayrollReview{inputs.nextWorkdayID, inputs.nextWorkdayDate,
                                                 TurnaroundEvaluator::evaluate(inputs.turnaroundRule, {s.wrap, inputs.nextCall})};
+    if (review.turnaround->result.status.kind == TurnaroundEvaluationStatus::Case::noNextCall && !inputs.nextWorkdayID) {
+        review.turnaround->note = std::string(turnaround_words::weekendNotCalculated);
+    }
     if (rules.mealPenaltyProblem) {
         review.issues.push_back(issue(PayrollReviewIssue::Kind::calculationFailure, *rules.mealPenaltyProblem,
                                       PayrollReviewIssue::DestinationKind::workday, s.workdayID));

@@ -40,7 +40,6 @@ inline constexpr std::string_view goldenHourWrapLabel = "Earliest Wrap that trig
 inline constexpr std::string_view goldenHourUnavailable = "Golden Hour Wrap unavailable";
 inline constexpr std::string_view dismissGoldenHourAdvisory = "Dismiss Golden Hour advisory";
 inline constexpr std::string_view unassignedClassification = "Unassigned Classification";
-inline constexpr std::string_view weekendTurnaround = "Weekend turnaround is not currently calculated.";
 }  // namespace review_words
 
 struct PayrollReviewClassification {
@@ -104,6 +103,8 @@ struct TurnaroundPayrollReview {
     std::optional<Uuid> nextWorkdayID{};
     std::optional<CalendarDate> nextWorkdayDate{};
     TurnaroundEvaluationResult result;
+    // Only the next calendar day is looked at: a day followed by days off says that its rest is not evaluated.
+    std::optional<std::string> note{};
 };
 
 // When the band of the golden hour guarantee is entered, on the clock from the crew member's call.

@@ -154,6 +154,7 @@ Json toJSON(const DailyPayrollReview& r) {
         if (r.turnaround->nextWorkdayID) turnaround["nextWorkdayID"] = r.turnaround->nextWorkdayID->text();
         put(turnaround, "nextWorkdayDate", r.turnaround->nextWorkdayDate, date);
         turnaround["result"] = cj::toJSON(r.turnaround->result);
+        if (r.turnaround->note) turnaround["note"] = *r.turnaround->note;
         json["turnaround"] = std::move(turnaround);
     }
     if (r.goldenHourTarget) json["goldenHourTarget"] = toJSON(*r.goldenHourTarget);

@@ -109,6 +109,7 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
         } else {
             text << "short by " << hours(*status.shortfallDuration) << " (" << hours(*status.actualRest) << " rest)";
         }
+        if (d.turnaround->note) text << ". " << *d.turnaround->note;
         text << "\n";
     }
     text << "      " << (d.goldenHourTarget ? std::string(review_words::goldenHourWrap) + " " + formatTimeOfDay(d.goldenHourTarget->targetTime, d.calendarDate)

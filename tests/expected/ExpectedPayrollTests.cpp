@@ -256,6 +256,8 @@ TEST_F(ExpectedPayroll, TurnaroundLooksAtTheNextDaysCall) {
     EXPECT_EQ(status.kind, TurnaroundEvaluationStatus::Case::shortfall);
     EXPECT_EQ(status.shortfallDuration, WorkDuration::hours(1));
     EXPECT_EQ(week.days[1].turnaround->result.status.kind, TurnaroundEvaluationStatus::Case::noNextCall);
+    EXPECT_EQ(week.days[1].turnaround->note, "Weekend turnaround is not currently calculated.");
+    EXPECT_FALSE(week.days[0].turnaround->note.has_value());
 }
 
 TEST_F(ExpectedPayroll, IdleAndVacationPayJoinTheWeek) {
