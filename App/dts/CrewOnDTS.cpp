@@ -20,12 +20,7 @@ namespace satellites = satellite_repository;
 using store_schema::satelliteTable;
 namespace messages = crew_on_dts_messages;
 
-std::string textOf(const StoreFields& fields, std::string_view name) {
-    for (const auto& [column, value] : fields) {
-        if (column == name && std::holds_alternative<std::string>(value)) return std::get<std::string>(value);
-    }
-    return {};
-}
+std::string textOf(const StoreFields& fields, std::string_view name) { return satellites::text(fields, name).value_or(""); }
 
 // The position's stored fields as JSON, kept with the day so later edits of the position never change it.
 std::string snapshotOf(const StoreFields& fields) {

@@ -15,14 +15,6 @@ namespace weeks = payroll_week_repository;
 namespace satellites = satellite_repository;
 using store_schema::satelliteTable;
 
-const StoreValue* field(const std::optional<StoreFields>& fields, std::string_view name) {
-    if (!fields) return nullptr;
-    for (const auto& [column, value] : *fields) {
-        if (column == name) return &value;
-    }
-    return nullptr;
-}
-
 std::optional<ProductionEngagement> engagementOf(ModelContext& context, const CrewDailyEntry& entry) {
     if (!entry.engagementID) return std::nullopt;
     return crew_repository::fetchEngagement(context, *entry.engagementID);
@@ -251,9 +243,8 @@ void DailyTimeSheets::setDepartmentMileage(ModelContext& context, const Uuid& wo
 }
 
 std::optional<Decimal> DailyTimeSheets::departmentMileage(ModelContext& context, const Uuid& workdayID) {
-    const auto* miles = field(satellites::find(context, satelliteTable("WorkdayMileageConfiguration"), workdayID), "miles");
-    if (!miles || !std::holds_alternative<std::string>(*miles)) return std::nullopt;
-    return Decimal::parse(std::get<std::string>(*miles));
+    const auto miles = satellites::text(satellites::find(context, satelliteTable("WorkdayMileageConfiguration"), workdayID), "miles");
+    return miles ? Decimal::parse(*miles) : std::nullopt;
 }
 
 void DailyTimeSheets::setWorkLocation(ModelContext& context, const Uuid& workdayID, MealWorkLocation location, Instant now) {
@@ -263,10 +254,9 @@ void DailyTimeSheets::setWorkLocation(ModelContext& context, const Uuid& workday
 }
 
 std::optional<MealWorkLocation> DailyTimeSheets::workLocation(ModelContext& context, const Uuid& workdayID) {
-    const auto* raw = field(satellites::find(context, satelliteTable("WorkdayMealLocationConfiguration"), workdayID),
-                            "workLocationRawValue");
-    if (!raw || !std::holds_alternative<std::string>(*raw)) return std::nullopt;
-    return fromRawValue<MealWorkLocation>(std::get<std::string>(*raw));
+    const auto raw = satellites::text(satellites::find(context, satelliteTable("WorkdayMealLocationConfiguration"), workdayID),
+                                      "workLocationRawValue");
+    return raw ? fromRawValue<MealWorkLocation>(*raw) : std::nullopt;
 }
 
 void DailyTimeSheets::setWorkState(ModelContext& context, const Uuid& workdayID, const std::string& workState) {
@@ -305,9 +295,8 @@ void DailyTimeSheets::setRowMileage(ModelContext& context, const Uuid& entryID, 
 }
 
 std::optional<Decimal> DailyTimeSheets::rowMileage(ModelContext& context, const Uuid& entryID) {
-    const auto* miles = field(satellites::find(context, satelliteTable("CrewDailyMileageEntry"), entryID), "miles");
-    if (!miles || !std::holds_alternative<std::string>(*miles)) return std::nullopt;
-    return Decimal::parse(std::get<std::string>(*miles));
+    const auto miles = satellites::text(satellites::find(context, satelliteTable("CrewDailyMileageEntry"), entryID), "miles");
+    return miles ? Decimal::parse(*miles) : std::nullopt;
 }
 
 void DailyTimeSheets::setBoxRental(ModelContext& context, const Uuid& entryID, bool applies) {
@@ -316,8 +305,7 @@ void DailyTimeSheets::setBoxRental(ModelContext& context, const Uuid& entryID, b
 }
 
 bool DailyTimeSheets::boxRental(ModelContext& context, const Uuid& entryID) {
-    const auto* applies = field(satellites::find(context, satelliteTable("CrewDailyBoxRentalSelection"), entryID), "applies");
-    return applies && std::holds_alternative<std::int64_t>(*applies) && std::get<std::int64_t>(*applies) != 0;
+    return satellites::integer(satellites::find(context, satelliteTable("CrewDailyBoxRentalSelection"), entryID), "applies").value_or(0) != 0;
 }
 
 void DailyTimeSheets::setRowLocality(ModelContext& context, const Uuid& entryID, std::optional<RulesLocality> locality) {
@@ -384,9 +372,8 @@ void DailyTimeSheets::setWorkMode(ModelContext& context, const Uuid& entryID, Cr
 }
 
 CrewDailyWorkMode DailyTimeSheets::workMode(ModelContext& context, const Uuid& entryID) {
-    const auto* raw = field(satellites::find(context, satelliteTable("CrewDailyWorkModeConfiguration"), entryID), "modeRawValue");
-    if (!raw || !std::holds_alternative<std::string>(*raw)) return CrewDailyWorkMode::timed;
-    return fromRawValue<CrewDailyWorkMode>(std::get<std::string>(*raw)).value_or(CrewDailyWorkMode::timed);
+    const auto raw = satellites::text(satellites::find(context, satelliteTable("CrewDailyWorkModeConfiguration"), entryID), "modeRawValue");
+    return fromRawValue<CrewDailyWorkMode>(raw.value_or("")).value_or(CrewDailyWorkMode::timed);
 }
 
 EffectiveRowTimes DailyTimeSheets::effectiveTimes(const Workday& w, const CrewDailyEntry& e) {
@@ -409,9 +396,8 @@ std::optional<std::string> DailyTimeSheets::unusualMealAdvisory(const std::optio
 }
 
 bool DailyTimeSheets::defaultNonDeductibleBreakfast(ModelContext& context, const Uuid& productionID) {
-    const auto* value = field(satellites::find(context, satelliteTable("ProductionDTSWorkflowConfiguration"), productionID),
-                              "defaultNonDeductibleBreakfast");
-    return value && std::holds_alternative<std::int64_t>(*value) && std::get<std::int64_t>(*value) != 0;
+    const auto fields = satellites::find(context, satelliteTable("ProductionDTSWorkflowConfiguration"), productionID);
+    return satellites::integer(fields, "defaultNonDeductibleBreakfast").value_or(0) != 0;
 }
 
 void DailyTimeSheets::setDefaultNonDeductibleBreakfast(ModelContext& context, const Uuid& productionID, bool given, Instant now) {

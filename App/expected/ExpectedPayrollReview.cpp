@@ -20,22 +20,6 @@ namespace weeks = payroll_week_repository;
 namespace satellites = satellite_repository;
 using store_schema::satelliteTable;
 
-std::optional<std::string> textField(const std::optional<StoreFields>& fields, std::string_view name) {
-    if (!fields) return std::nullopt;
-    for (const auto& [column, value] : *fields) {
-        if (column == name && std::holds_alternative<std::string>(value)) return std::get<std::string>(value);
-    }
-    return std::nullopt;
-}
-
-std::optional<std::int64_t> integerField(const std::optional<StoreFields>& fields, std::string_view name) {
-    if (!fields) return std::nullopt;
-    for (const auto& [column, value] : *fields) {
-        if (column == name && std::holds_alternative<std::int64_t>(value)) return std::get<std::int64_t>(value);
-    }
-    return std::nullopt;
-}
-
 // Facts of one week's DTSes read in a few queries rather than one per row.
 struct WeekFacts {
     std::vector<Workday> workdays;
@@ -289,7 +273,7 @@ struct ExpectedPayrollReview::Session {
     std::optional<TurnaroundRule> turnaroundRule(const std::optional<ProductionEngagement>& engagement, const SandboxConfiguration& rules) {
         if (engagement) {
             const auto& rest = cached(turnaroundRests, engagement->id, [&] {
-                return integerField(satellites::find(context, satelliteTable("EngagementTurnaroundConfiguration"), engagement->id),
+                return satellites::integer(satellites::find(context, satelliteTable("EngagementTurnaroundConfiguration"), engagement->id),
                                     "requiredRestSeconds");
             });
             if (rest && *rest > 0) {
@@ -334,8 +318,8 @@ struct ExpectedPayrollReview::Session {
             inputs.personalDailyGuaranteeSeconds = personalGuarantee(engagement->id, workday.calendarDate);
             if (facts.boxRentals.contains(entry.id)) {
                 const auto box = satellites::findInForce(context, satelliteTable("EngagementBoxRentalTerm"), engagement->id, workday.calendarDate);
-                const auto amount = textField(box, "dailyAmount");
-                if (amount && Decimal::parse(*amount)) inputs.boxRental = Money(*Decimal::parse(*amount), CurrencyCode(textField(box, "currencyCode").value_or("USD")));
+                const auto amount = satellites::text(box, "dailyAmount");
+                if (amount && Decimal::parse(*amount)) inputs.boxRental = Money(*Decimal::parse(*amount), CurrencyCode(satellites::text(box, "currencyCode").value_or("USD")));
             }
             for (auto kind : {CompensationProvisionKind::cellPhoneAllowance, CompensationProvisionKind::perDiem}) {
                 if (auto resolved = provision(engagement->id, kind, workday.calendarDate, provisionDayKind(source.workMode))) {

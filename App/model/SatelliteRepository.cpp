@@ -57,6 +57,25 @@ std::string ownersOfKind(SatelliteOwner kind) {
 
 }  // namespace
 
+namespace {
+template <typename T>
+std::optional<T> typed(const std::optional<SatelliteFields>& fields, std::string_view column) {
+    if (!fields) return std::nullopt;
+    for (const auto& [name, value] : *fields) {
+        if (name == column && std::holds_alternative<T>(value)) return std::get<T>(value);
+    }
+    return std::nullopt;
+}
+}  // namespace
+
+std::optional<std::string> text(const std::optional<SatelliteFields>& fields, std::string_view column) {
+    return typed<std::string>(fields, column);
+}
+
+std::optional<std::int64_t> integer(const std::optional<SatelliteFields>& fields, std::string_view column) {
+    return typed<std::int64_t>(fields, column);
+}
+
 std::optional<SatelliteFields> find(ModelContext& context, const SatelliteTable& table, const Uuid& owner) {
     // Undated satellites are unique per owner; the order makes any duplicate from elsewhere read consistently.
     auto& statement = context.prepare("SELECT * FROM " + std::string(table.table) + ownerClause(table) +

@@ -27,6 +27,10 @@ std::optional<SatelliteFields> find(ModelContext& context, const SatelliteTable&
 // the same date, the one written last.
 std::optional<SatelliteFields> findInForce(ModelContext& context, const SatelliteTable& table, const Uuid& owner,
                                            CalendarDate date);
+// A column of fields read from the store, when present and of that type.
+std::optional<std::string> text(const std::optional<SatelliteFields>& fields, std::string_view column);
+std::optional<std::int64_t> integer(const std::optional<SatelliteFields>& fields, std::string_view column);
+
 // Undated kinds: creates the satellite on first write and updates it afterwards.
 void write(ModelContext& context, const SatelliteTable& table, const Uuid& owner, const SatelliteFields& fields);
 // Dated kinds: adds one more dated term.

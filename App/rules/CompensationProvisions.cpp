@@ -202,15 +202,11 @@ std::optional<IdleCompensationRuleDraft> CompensationProvisions::idleRule(ModelC
     const auto fields = satellites::find(context, satelliteTable("ProductionIdleCompensationConfiguration"), revisionID);
     if (!fields) return std::nullopt;
     IdleCompensationRuleDraft rule;
-    for (const auto& [column, value] : *fields) {
-        if (column == "compensatedSecondsPerDay" && std::holds_alternative<std::int64_t>(value)) {
-            rule.compensatedSecondsPerDay = std::get<std::int64_t>(value);
-        }
-        if (column == "straightTimeRateMultiplier" && std::holds_alternative<std::string>(value)) {
-            const auto multiplier = Decimal::parse(std::get<std::string>(value));
-            if (!multiplier) throw StoreCorruptionError("An Idle Compensation multiplier is invalid.");
-            rule.straightTimeRateMultiplier = *multiplier;
-        }
+    if (const auto seconds = satellites::integer(fields, "compensatedSecondsPerDay")) rule.compensatedSecondsPerDay = *seconds;
+    if (const auto text = satellites::text(fields, "straightTimeRateMultiplier")) {
+        const auto multiplier = Decimal::parse(*text);
+        if (!multiplier) throw StoreCorruptionError("An Idle Compensation multiplier is invalid.");
+        rule.straightTimeRateMultiplier = *multiplier;
     }
     return rule;
 }
