@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "../support/TemporaryFolder.hpp"
+#include "../support/StoreTest.hpp"
 #include "App/dts/CrewDailyEntryRepair.hpp"
 #include "App/dts/CrewOnDTS.hpp"
 #include "App/dts/NonDTSActivities.hpp"
@@ -22,14 +23,8 @@ const CalendarDate dtsDate = 2026y / November / 3;
 Instant at(double payrollHours) { return *payroll_decimal_time::parseTimeOfDay(std::to_string(payrollHours).substr(0, std::to_string(payrollHours).find('.') + 2), dtsDate); }
 
 // A production with three people: Rowan (precall 0.5, wrap-out 0.3), Ada (no regular times) and Jules, a dayplayer.
-class DTSWorkflow : public ::testing::Test {
+class DTSWorkflow : public testing::StoreTest {
 protected:
-    testing::TemporaryFolder folder;
-    std::unique_ptr<TesselStore> store = [this] {
-        auto result = openTesselStore(TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, folder.path()));
-        return std::move(std::get<std::unique_ptr<TesselStore>>(result));
-    }();
-    ModelContext& context = store->context();
     Production production = production_repository::create(context, "Night Harbor", {}, sys_days(2026y / November / 1));
     CrewMember rowan = hire("Rowan Vale", CrewParticipation::fullTime, 1800, 1080);
     CrewMember ada = hire("Ada Quill", CrewParticipation::fullTime, std::nullopt, std::nullopt);

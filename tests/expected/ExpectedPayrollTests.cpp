@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "../support/TemporaryFolder.hpp"
+#include "../support/StoreTest.hpp"
 #include "App/dts/CrewOnDTS.hpp"
 #include "App/dts/NonDTSActivities.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
@@ -78,14 +79,8 @@ TEST(Derivation, GivesTheDurationsAndTimeline) {
 }
 
 // From stored facts to weekly totals.
-class ExpectedPayroll : public ::testing::Test {
+class ExpectedPayroll : public testing::StoreTest {
 protected:
-    testing::TemporaryFolder folder;
-    std::unique_ptr<TesselStore> store = [this] {
-        auto result = openTesselStore(TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, folder.path()));
-        return std::move(std::get<std::unique_ptr<TesselStore>>(result));
-    }();
-    ModelContext& context = store->context();
     Production production = ProductionSetup::createProduction(context, "Harbor Lights", {}, sys_days(monday));
     Uuid revision = *ProductionRulesets::revisionInForce(context, production.id, monday);
 

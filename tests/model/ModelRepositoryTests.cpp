@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "../support/TemporaryFolder.hpp"
+#include "../support/StoreTest.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/ProductionWeekCalendars.hpp"
@@ -23,14 +24,8 @@ CalendarDate day(int d) { return 2026y / November / d; }
 const Instant created = sys_days(day(1)) + hours(9);
 
 // A store of its own, with one production, for each test.
-class Model : public ::testing::Test {
+class Model : public testing::StoreTest {
 protected:
-    TemporaryFolder folder;
-    std::unique_ptr<TesselStore> store = [this] {
-        auto result = openTesselStore(TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, folder.path()));
-        return std::move(std::get<std::unique_ptr<TesselStore>>(result));
-    }();
-    ModelContext& context = store->context();
     Production production = production_repository::create(context, "Night Harbor", {}, created);
 
     std::int64_t rows(std::string_view table) {

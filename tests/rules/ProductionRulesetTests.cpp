@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "../support/TemporaryFolder.hpp"
+#include "../support/StoreTest.hpp"
 #include "App/model/TesselPersistence.hpp"
 #include "App/rules/CompensationProvisions.hpp"
 #include "App/rules/ProductionRulesets.hpp"
@@ -12,14 +13,8 @@ using namespace std::chrono;
 const CalendarDate november1 = 2026y / November / 1;
 const Instant now = sys_days(november1) + hours(9);
 
-class Rulesets : public ::testing::Test {
+class Rulesets : public testing::StoreTest {
 protected:
-    testing::TemporaryFolder folder;
-    std::unique_ptr<TesselStore> store = [this] {
-        auto result = openTesselStore(TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, folder.path()));
-        return std::move(std::get<std::unique_ptr<TesselStore>>(result));
-    }();
-    ModelContext& context = store->context();
     Production production = ProductionSetup::createProduction(context, "Night Harbor", {}, now);
     Uuid revision = *ProductionRulesets::currentRevision(context, production.id, november1);
 
