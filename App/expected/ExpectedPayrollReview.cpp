@@ -521,10 +521,11 @@ struct ExpectedPayrollReview::Session {
         }
         if (!engagementID) return std::nullopt;
         const auto percentageOn = [&](CalendarDate date) -> std::optional<Decimal> {
-            for (int dayKind = 0; dayKind < 7; ++dayKind) {
-                if (const auto resolved = provision(*engagementID, CompensationProvisionKind::vacationPay, date, static_cast<ProvisionDayKind>(dayKind))) {
-                    return resolved->amount;
-                }
+            // Vacation pay is a weekly percentage: any day kind that carries it gives the percentage of that date.
+            for (const auto dayKind : {ProvisionDayKind::timedWorkDay, ProvisionDayKind::worked, ProvisionDayKind::prep,
+                                       ProvisionDayKind::idleAvailable, ProvisionDayKind::travel, ProvisionDayKind::holiday,
+                                       ProvisionDayKind::personalUnavailable}) {
+                if (const auto resolved = provision(*engagementID, CompensationProvisionKind::vacationPay, date, dayKind)) return resolved->amount;
             }
             return std::nullopt;
         };

@@ -300,5 +300,20 @@ TEST_F(ExpectedPayroll, TheGoldenHourAdvisoryShowsWithinItsThresholdUntilTheTarg
     EXPECT_FALSE(golden_hour_advisory::at(weekOf(rowan).days.at(0), rowan.id, at(monday, "18.7"), {}).has_value());  // wrapped
 }
 
+TEST_F(ExpectedPayroll, AVacationPercentageChangingMidWeekFailsTheWeekWithItsSentence) {
+    changeRules([](auto& c) { c.additionalCompensation.push_back({"vacationPay", true, Decimal("4"), "USD", true, true, true, true, true, true, true}); });
+    const auto rowan = hire("Rowan Vale", "45.00");
+    dts(0, "7.0", "12.0", "12.5", "15.5");
+    auto drafts = CompensationProvisions::productionDrafts(context, production.id, monday);
+    for (auto& draft : drafts) draft.amount = Decimal("5");
+    CompensationProvisions::replaceProductionDrafts(context, production.id, dayOf(2), drafts);
+    const auto week = weekOf(rowan);
+    EXPECT_FALSE(week.estimatedGross.has_value());
+    ASSERT_FALSE(week.issues.empty());
+    EXPECT_EQ(week.issues.back().kind, PayrollReviewIssue::Kind::calculationFailure);
+    EXPECT_EQ(week.issues.back().message,
+              "Vacation Pay percentage changes within this Payroll Week. Use a Payroll Week boundary for the effective change.");
+}
+
 }  // namespace
 }  // namespace tessel
