@@ -198,24 +198,18 @@ struct ExpectedPayrollReview::Session {
     const std::optional<ProductionEngagement>& engagement(const std::optional<Uuid>& id) {
         static const std::optional<ProductionEngagement> none;
         if (!id) return none;
-        auto found = engagements.find(*id);
-        if (found == engagements.end()) found = engagements.emplace(*id, crew_repository::fetchEngagement(context, *id)).first;
-        return found->second;
+        return cached(engagements, *id, [&] { return crew_repository::fetchEngagement(context, *id); });
     }
 
     const std::optional<CrewMember>& crewMember(const Uuid& id) {
-        auto found = crew.find(id);
-        if (found == crew.end()) found = crew.emplace(id, crew_repository::fetchCrewMember(context, id)).first;
-        return found->second;
+        return cached(crew, id, [&] { return crew_repository::fetchCrewMember(context, id); });
     }
 
     // The engagement's own dated rate: the latest effective on or before the date.
     std::optional<ResolvedRate> rate(const std::optional<Uuid>& engagementID, CalendarDate date) {
         if (!engagementID) return std::nullopt;
-        auto found = payRates.find(*engagementID);
-        if (found == payRates.end()) found = payRates.emplace(*engagementID, crew_repository::payRates(context, *engagementID)).first;
         std::optional<ResolvedRate> resolved;
-        for (const auto& rate : found->second) {
+        for (const auto& rate : cached(payRates, *engagementID, [&] { return crew_repository::payRates(context, *engagementID); })) {
             if (sys_days(rate.effectiveDate) <= sys_days(date)) {
                 resolved = ResolvedRate{rate.hourlyAmount, rate.currencyCode, ResolvedRate::Source::overScale, rate.effectiveDate};
             }
@@ -225,20 +219,12 @@ struct ExpectedPayrollReview::Session {
 
     const PayrollRuleConfiguration* configuration(const std::optional<Uuid>& revisionID) {
         if (!revisionID) return nullptr;
-        auto found = configurations.find(*revisionID);
-        if (found == configurations.end()) {
-            found = configurations.emplace(*revisionID, ProductionRulesets::readConfiguration(context, production.id, *revisionID)).first;
-        }
-        return &found->second;
+        return &cached(configurations, *revisionID, [&] { return ProductionRulesets::readConfiguration(context, production.id, *revisionID); });
     }
 
     const SandboxConfiguration& sandbox(const Uuid& revisionID, RulesLocality locality, DayKind day, std::optional<MealWorkLocation> location) {
-        const auto key = std::tuple(revisionID, locality, day, location);
-        auto found = sandboxes.find(key);
-        if (found == sandboxes.end()) {
-            found = sandboxes.emplace(key, ProductionRulesets::sandboxFor(*configuration(revisionID), revisionID, locality, day, location)).first;
-        }
-        return found->second;
+        return cached(sandboxes, std::tuple(revisionID, locality, day, location),
+                      [&] { return ProductionRulesets::sandboxFor(*configuration(revisionID), revisionID, locality, day, location); });
     }
 
     const WeekFacts& week(const Uuid& weekID) {
