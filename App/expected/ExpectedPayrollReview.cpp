@@ -304,8 +304,9 @@ struct ExpectedPayrollReview::Session {
             inputs.personalDailyGuaranteeSeconds = personalGuarantee(engagement->id, workday.calendarDate);
             if (facts.boxRentals.contains(entry.id)) {
                 const auto box = satellites::findInForce(context, satelliteTable("EngagementBoxRentalTerm"), engagement->id, workday.calendarDate);
-                const auto amount = satellites::text(box, "dailyAmount");
-                if (amount && Decimal::parse(*amount)) inputs.boxRental = Money(*Decimal::parse(*amount), CurrencyCode(satellites::text(box, "currencyCode").value_or("USD")));
+                if (const auto amount = Decimal::parse(satellites::text(box, "dailyAmount").value_or(""))) {
+                    inputs.boxRental = Money(*amount, CurrencyCode(satellites::text(box, "currencyCode").value_or("USD")));
+                }
             }
             for (auto kind : {CompensationProvisionKind::cellPhoneAllowance, CompensationProvisionKind::perDiem}) {
                 if (auto resolved = provision(engagement->id, kind, workday.calendarDate, provisionDayKind(source.workMode))) {

@@ -315,5 +315,29 @@ TEST_F(ExpectedPayroll, AVacationPercentageChangingMidWeekFailsTheWeekWithItsSen
               "Vacation Pay percentage changes within this Payroll Week. Use a Payroll Week boundary for the effective change.");
 }
 
+TEST_F(ExpectedPayroll, AllowancesFollowTheDayKindAndBoxRentalTheRow) {
+    changeRules([](auto& c) {
+        // Per diem on timed work days only.
+        c.additionalCompensation.push_back({"perDiem", true, Decimal("40.00"), "USD", true, false, false, false, false, false, false});
+    });
+    const auto rowan = hire("Rowan Vale", "45.00");
+    const auto engagement = crew_repository::engagementsOf(context, rowan.id).front();
+    satellite_repository::add(context, store_schema::satelliteTable("EngagementBoxRentalTerm"), engagement.id,
+                              {{"effectiveDate", std::string("2026-11-01T00:00:00Z")}, {"dailyAmount", std::string("25.00")},
+                               {"currencyCode", std::string("USD")}});
+    const Workday timed = dts(0, "7.0", "12.0", "12.5", "15.5");
+    const Workday worked = dts(1, nullptr, nullptr, nullptr, nullptr);
+    const auto entryOn = [&](const Workday& w) { return weeks::entries(context, w.id).at(0).id; };
+    DailyTimeSheets::setBoxRental(context, entryOn(timed), true);
+    DailyTimeSheets::setWorkMode(context, entryOn(worked), CrewDailyWorkMode::worked);
+    const auto week = weekOf(rowan);
+    ASSERT_EQ(week.days.at(0).additionalCompensation.size(), 1u);
+    EXPECT_EQ(week.days[0].additionalCompensation[0].compensation.amount().toString(), "40.00");
+    EXPECT_EQ(week.days[0].boxRentalCompensation->amount().toString(), "25.00");
+    EXPECT_TRUE(week.days.at(1).additionalCompensation.empty());
+    EXPECT_FALSE(week.days[1].boxRentalCompensation.has_value());
+    EXPECT_EQ(week.estimatedGross->amount().toString(), "785.00");  // two 8-hour days at 360.00, per diem and box rental
+}
+
 }  // namespace
 }  // namespace tessel
