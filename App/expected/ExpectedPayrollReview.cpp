@@ -411,6 +411,42 @@ struct ExpectedPayrollReview::Session {
         return holiday;
     }
 
+    using Row = std::pair<const Workday*, const CrewDailyEntry*>;
+
+    // The person's rows in the week, one per DTS (a duplicate row counts once).
+    static std::vector<Row> rowsOf(const WeekFacts& facts, const Uuid& crewMemberID) {
+        std::vector<Row> rows;
+        for (const auto& workday : facts.workdays) {
+            const auto& entries = facts.entriesByWorkday.at(workday.id);
+            const auto entry = std::find_if(entries.begin(), entries.end(), [&](const auto& e) { return e.crewMemberID == crewMemberID; });
+            if (entry != entries.end()) rows.emplace_back(&workday, &*entry);
+        }
+        return rows;
+    }
+
+    static std::vector<CalendarDate> datesOf(const std::vector<Row>& rows) {
+        std::vector<CalendarDate> dates;
+        for (const auto& [workday, entry] : rows) dates.push_back(workday->calendarDate);
+        return dates;
+    }
+
+    // Each row of one DTS, calculated as its weekly review calculates it.
+    std::vector<DailyPayrollReview> daysOf(const Workday& workday) {
+        const WeekFacts& facts = week(workday.payrollWeekID);
+        std::vector<DailyPayrollReview> days;
+        for (const auto& entry : facts.entriesByWorkday.at(workday.id)) {
+            const auto worked = entry.crewMemberID ? datesOf(rowsOf(facts, *entry.crewMemberID)) : std::vector{workday.calendarDate};
+            days.push_back(day(workday, entry, facts, worked));
+        }
+        return days;
+    }
+
+    PayrollWeek weekOfProduction(const Uuid& payrollWeekID) {
+        const auto week = weeks::fetchWeek(context, payrollWeekID);
+        if (!week || week->productionID != production.id) throw PayrollReviewError("The Payroll Week is not attached to a Production.");
+        return *week;
+    }
+
     WeeklyCrewPayrollReview weekly(const PayrollWeek& week, const Uuid& crewMemberID) {
         const WeekFacts& facts = this->week(week.id);
         const auto& member = crewMember(crewMemberID);
@@ -422,16 +458,8 @@ struct ExpectedPayrollReview::Session {
             review.rulesetEffectiveFrom = configuration->payrollRules.effectiveFrom;
         }
 
-        // The person's rows, one per DTS (a duplicate row counts once).
-        std::vector<std::pair<const Workday*, const CrewDailyEntry*>> rows;
-        std::vector<CalendarDate> worked;
-        for (const auto& workday : facts.workdays) {
-            const auto& entries = facts.entriesByWorkday.at(workday.id);
-            const auto entry = std::find_if(entries.begin(), entries.end(), [&](const auto& e) { return e.crewMemberID == crewMemberID; });
-            if (entry == entries.end()) continue;
-            rows.emplace_back(&workday, &*entry);
-            worked.push_back(workday.calendarDate);
-        }
+        const auto rows = rowsOf(facts, crewMemberID);
+        const auto worked = datesOf(rows);
         for (const auto& [workday, entry] : rows) review.days.push_back(day(*workday, *entry, facts, worked));
         for (const auto& activity : facts.activities) {
             if (activity.crewMemberID == crewMemberID) review.nonDTSActivities.push_back(this->activity(activity));
@@ -541,14 +569,18 @@ ExpectedPayrollReview::ExpectedPayrollReview(ModelContext& context, const Uuid& 
 ExpectedPayrollReview::~ExpectedPayrollReview() = default;
 
 WeeklyCrewPayrollReview ExpectedPayrollReview::weekly(const Uuid& payrollWeekID, const Uuid& crewMemberID) {
-    const auto week = weeks::fetchWeek(session_->context, payrollWeekID);
-    if (!week || week->productionID != session_->production.id) throw PayrollReviewError("The Payroll Week is not attached to a Production.");
-    return session_->weekly(*week, crewMemberID);
+    return session_->weekly(session_->weekOfProduction(payrollWeekID), crewMemberID);
+}
+
+std::vector<DailyPayrollReview> ExpectedPayrollReview::dailyForWorkday(const Uuid& workdayID) {
+    const auto workday = weeks::fetchWorkday(session_->context, workdayID);
+    if (!workday) throw PayrollReviewError("The DTS no longer exists.");
+    session_->weekOfProduction(workday->payrollWeekID);
+    return session_->daysOf(*workday);
 }
 
 std::vector<WeeklyCrewPayrollReview> ExpectedPayrollReview::weeklyForAll(const Uuid& payrollWeekID) {
-    const auto week = weeks::fetchWeek(session_->context, payrollWeekID);
-    if (!week || week->productionID != session_->production.id) throw PayrollReviewError("The Payroll Week is not attached to a Production.");
+    const PayrollWeek week = session_->weekOfProduction(payrollWeekID);
     const WeekFacts& facts = session_->week(payrollWeekID);
     std::set<Uuid> people;
     for (const auto& [workday, entries] : facts.entriesByWorkday) {
@@ -561,7 +593,7 @@ std::vector<WeeklyCrewPayrollReview> ExpectedPayrollReview::weeklyForAll(const U
     }
     std::vector<WeeklyCrewPayrollReview> reviews;
     for (const auto& member : crew_repository::crewMembers(session_->context, session_->production.id)) {
-        if (people.contains(member.id)) reviews.push_back(session_->weekly(*week, member.id));
+        if (people.contains(member.id)) reviews.push_back(session_->weekly(week, member.id));
     }
     return reviews;
 }

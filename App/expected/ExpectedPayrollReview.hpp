@@ -28,6 +28,9 @@ public:
     WeeklyCrewPayrollReview weekly(const Uuid& payrollWeekID, const Uuid& crewMemberID);
     // Every crew member with a DTS row or a Non-DTS Activity in the week, in crew order.
     std::vector<WeeklyCrewPayrollReview> weeklyForAll(const Uuid& payrollWeekID);
+    // Each crew row of one DTS, in row order, as the weekly reviews calculate it (the DTS shows each
+    // row's Golden Hour Wrap from it).
+    std::vector<DailyPayrollReview> dailyForWorkday(const Uuid& workdayID);
 
 private:
     struct Session;

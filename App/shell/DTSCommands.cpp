@@ -7,6 +7,7 @@
 #include "App/dts/CrewOnDTS.hpp"
 #include "App/dts/NonDTSActivities.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
+#include "App/expected/ExpectedPayrollReview.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
@@ -258,6 +259,22 @@ std::string shown(const Production& production, const std::optional<Instant>& ti
                                                                   : payroll_decimal_time::formatTimeOfDay(time, date);
 }
 
+// Each row's Golden Hour Wrap, in row order; a DTS whose rules cannot be read shows none rather than
+// failing the whole display.
+std::vector<std::optional<Instant>> goldenHourWraps(ModelContext& context, const Uuid& productionID, const Workday& workday,
+                                                    std::size_t rowCount) {
+    std::vector<std::optional<Instant>> wraps(rowCount);
+    try {
+        const auto days = ExpectedPayrollReview(context, productionID).dailyForWorkday(workday.id);
+        for (std::size_t i = 0; i < std::min(days.size(), rowCount); ++i) {
+            if (days[i].goldenHourTarget) wraps[i] = days[i].goldenHourTarget->targetTime;
+        }
+    } catch (const PayrollReviewError&) {
+    } catch (const RulesPayloadError&) {
+    }
+    return wraps;
+}
+
 int showDTS(CommandSession& session, const DTSCommandArguments& a) {
     return act(session, [&](ModelContext& context, const Production& production) {
         const CalendarDate date = dateArgument(a.date);
@@ -301,6 +318,8 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
 
         Json rows = Json::array();
         const auto entries = weeks::entries(context, w.id);
+        const auto goldenHour = goldenHourWraps(context, production.id, w, entries.size());
+        std::size_t rowIndex = 0;
         text << (entries.empty() ? std::string(dts_messages::noCrew) + "\n" : "Crew (* autofilled, ! this row's own time):\n");
         for (const auto& entry : entries) {
             const auto member = entry.crewMemberID ? crew_repository::fetchCrewMember(context, *entry.crewMemberID) : std::nullopt;
@@ -332,6 +351,11 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
                 if (entry.lunchOutOverride || entry.lunchInOverride) rowAdvisories.push_back(*advisory);
             }
             row["advisories"] = rowAdvisories;
+            const auto& goldenHourWrap = goldenHour[rowIndex++];
+            if (goldenHourWrap) {
+                row["goldenHourWrap"] = Json{{"text", payroll_decimal_time::formatTimeOfDay(goldenHourWrap, date)},
+                                             {"instant", calendar_text::formatInstant(*goldenHourWrap)}};
+            }
             text << "  " << name << (dayplayer ? " (" + std::string(crew_on_dts_messages::dayplayerLabel) + ")" : "")
                  << (title ? " as " + *title : "") << "\n    Call " << shown(production, times.call.value, date) << mark(times.call)
                  << "  Lunch " << shown(production, times.lunchOut.value, date) << mark(times.lunchOut) << " to "
@@ -339,6 +363,9 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
                  << shown(production, times.wrap.value, date) << mark(times.wrap) << (entry.nonDeductibleBreakfast ? "  NDB" : "")
                  << "  " << toRawValue(mode) << (ownMiles ? "  " + ownMiles->toString() + " mi" : "") << (box ? "  box rental" : "")
                  << (entry.rulesLocalityOverride ? std::string("  ") + std::string(toRawValue(*entry.rulesLocalityOverride)) : "")
+                 << "\n";
+            text << "    " << (goldenHourWrap ? std::string(review_words::goldenHourWrap) + " " + shown(production, goldenHourWrap, date)
+                                              : std::string(review_words::goldenHourUnavailable))
                  << "\n";
             for (const auto& advisory : rowAdvisories) text << "    Advisory: " << advisory.get<std::string>() << "\n";
             rows.push_back(std::move(row));

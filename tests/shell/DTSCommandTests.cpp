@@ -84,6 +84,14 @@ TEST_F(DTSCommands, ShowsEffectiveTimesWithTheirSources) {
     EXPECT_EQ(run({"dts", "show", "2026-11-03"}).status, 1);
 }
 
+TEST_F(DTSCommands, EachRowShowsItsGoldenHourWrapFromItsOwnCall) {
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--call", "7.0", "--lunch-out", "13.0", "--lunch-in", "13.5"}).status, 0);
+    const Json rows = show()["rows"];
+    EXPECT_EQ(rows[0]["goldenHourWrap"]["text"], "19.1");  // Rowan's precall moves his twelfth worked hour to 19.0
+    EXPECT_EQ(rows[1]["goldenHourWrap"]["text"], "19.6");
+    EXPECT_NE(run({"dts", "show", "2026-11-03"}).out.find("    Golden Hour Wrap: 19.6\n"), std::string::npos);
+}
+
 TEST_F(DTSCommands, ActivitiesAreRecordedAndRemoved) {
     const auto travel = run({"activity", "add", "2026-11-04", "travel", "Ada Quill", "Rowan Vale", "--travel-each", "5.0,2.5"});
     ASSERT_EQ(travel.status, 0) << travel.err;
