@@ -139,7 +139,10 @@ std::string weeklyText(const WeeklyCrewPayrollReview& r) {
     if (!r.mealPenalties.occurrences.empty()) {
         text << "    Meal penalties: " << r.mealPenalties.occurrences.size() << ", " << meal_penalty_words::fixedDollarSubtotal << " "
              << amount(r.mealPenalties.fixedDollarSubtotal);
-        if (r.mealPenalties.unresolvedPrevailingRateCount > 0) text << "; " << meal_penalty_words::contractVerificationRequired;
+        if (r.mealPenalties.unresolvedPrevailingRateCount > 0) {
+            text << "; " << meal_penalty_words::contractVerificationRequired << " (" << r.mealPenalties.unresolvedPrevailingRateCount << ")\n"
+                 << "      " << meal_penalty_words::prevailingRateExplanation;
+        }
         text << "\n";
     }
     for (const auto& a : r.additionalCompensation) text << "    " << toRawValue(a.kind) << " " << a.compensation.amount().toString() << "\n";
