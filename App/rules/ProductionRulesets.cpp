@@ -250,6 +250,13 @@ void ProductionRulesets::validate(const PayrollRuleConfiguration& configuration)
         }
         if (!kinds.insert(provision.kind).second) throw Error::duplicateProvisionID(provision.kind);
     }
+    // Rules that pass the checks above must still make a calculation configuration for every locality and
+    // day kind; building each refuses, with the value's own sentence, what no calculation accepts (a
+    // negative multiplier, for one) before anything is written.
+    const Uuid probe = Uuid::generate();
+    for (const auto locality : {RulesLocality::local, RulesLocality::distant}) {
+        for (const auto day : {DayKind::ordinary, DayKind::sixthDay, DayKind::seventhDay}) sandboxFor(configuration, probe, locality, day, std::nullopt);
+    }
 }
 
 Uuid ProductionRulesets::createDefaultRevision(ModelContext& context, const Uuid& productionID, CalendarDate effectiveFrom,

@@ -73,6 +73,8 @@ INSTANTIATE_TEST_SUITE_P(
                                                                      {"subsequentGraceIsRetroactiveIfExceeded", false}};
                      },
                      1, "Meal Penalty timing durations must be positive."},
+        RefusedRules{"negativeMultiplier", [](Json& r) { r["payrollRules"]["localSchedule"]["bands"][1]["multiplier"] = "-1.5"; }, 1,
+                     "A rate multiplier cannot be negative."},
         RefusedRules{"missingKey", [](Json& r) { r["payrollRules"].erase("localSchedule"); }, 2,
                      "The field \u201CpayrollRules.localSchedule\u201D is missing."},
         RefusedRules{"unknownBasis", [](Json& r) { r["payrollRules"]["localSchedule"]["bands"][0]["entryThresholdBasis"] = "clock"; }, 2,
