@@ -34,6 +34,7 @@ struct ResolvedCompensationProvision {
 };
 
 namespace provision_messages {
+inline constexpr std::string_view amountInvalid = "A compensation provision amount is invalid.";
 inline constexpr std::string_view vacationPayChangesInWeek =
     "Vacation Pay percentage changes within this Payroll Week. Use a Payroll Week boundary for the effective change.";
 inline constexpr std::string_view inheritNote = "Engagements inherit these Ruleset values unless they have an individual override.";

@@ -249,6 +249,9 @@ void ProductionRulesets::validate(const PayrollRuleConfiguration& configuration)
             throw Error::invalidProvisionID(provision.kind);
         }
         if (!kinds.insert(provision.kind).second) throw Error::duplicateProvisionID(provision.kind);
+        if (provision.amount.isNaN() || provision.amount.isNegative()) {
+            throw CompensationRuleInputError(std::string(provision_messages::amountInvalid));
+        }
     }
     // Rules that pass the checks above must still make a calculation configuration for every locality and
     // day kind; building each refuses, with the value's own sentence, what no calculation accepts (a

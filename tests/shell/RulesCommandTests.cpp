@@ -75,6 +75,15 @@ INSTANTIATE_TEST_SUITE_P(
                      1, "Meal Penalty timing durations must be positive."},
         RefusedRules{"negativeMultiplier", [](Json& r) { r["payrollRules"]["localSchedule"]["bands"][1]["multiplier"] = "-1.5"; }, 1,
                      "A rate multiplier cannot be negative."},
+        RefusedRules{"negativeProvision",
+                     [](Json& r) {
+                         r["additionalCompensation"] = Json::array({Json{{"kind", "perDiem"}, {"isEnabled", true}, {"amount", "-40.00"},
+                                                                         {"currencyCode", "USD"}, {"timedWorkDayEligible", true},
+                                                                         {"workedEligible", true}, {"prepEligible", true},
+                                                                         {"idleAvailableEligible", false}, {"travelEligible", false},
+                                                                         {"holidayEligible", false}, {"personalUnavailableEligible", false}}});
+                     },
+                     1, "A compensation provision amount is invalid."},
         RefusedRules{"missingKey", [](Json& r) { r["payrollRules"].erase("localSchedule"); }, 2,
                      "The field \u201CpayrollRules.localSchedule\u201D is missing."},
         RefusedRules{"unknownBasis", [](Json& r) { r["payrollRules"]["localSchedule"]["bands"][0]["entryThresholdBasis"] = "clock"; }, 2,
