@@ -148,7 +148,7 @@ int createDTS(CommandSession& session, const DTSCommandArguments& a) {
         const Workday workday = DailyTimeSheets::create(context, production.id, date);
         const auto rows = weeks::entries(context, workday.id).size();
         session.answer(Json{{"id", workday.id.text()}, {"date", a.date}, {"rowCount", rows}},
-                       "Created the DTS for " + a.date + " with " + std::to_string(rows) + " crew rows.\n");
+                       "Created the DTS for " + a.date + " with " + std::to_string(rows) + (rows == 1 ? " crew row.\n" : " crew rows.\n"));
         return int{exitSuccess};
     });
 }
