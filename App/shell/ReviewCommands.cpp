@@ -37,6 +37,11 @@ std::string padded(std::string text, std::size_t width) {
     return text;
 }
 
+// "Fri 2026-11-06"
+std::string datedHeading(CalendarDate date) {
+    return std::string(weekdayNames[static_cast<std::size_t>(ProductionWeekCalendars::weekdayOf(date) - 1)]) + " " + calendar_text::formatDate(date);
+}
+
 void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCategory>& categories, const std::string& indent) {
     for (const auto& c : categories) {
         text << indent << padded(c.label, 17) << padded(hours(c.paidDuration), 9) << "x" << padded(c.multiplier.value().toString(), 5)
@@ -61,8 +66,7 @@ void writeIssues(std::ostringstream& text, const std::vector<PayrollReviewIssue>
 
 void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
     const auto& s = d.source;
-    const int weekday = ProductionWeekCalendars::weekdayOf(d.calendarDate);
-    text << "  " << weekdayNames[static_cast<std::size_t>(weekday - 1)] << " " << calendar_text::formatDate(d.calendarDate);
+    text << "  " << datedHeading(d.calendarDate);
     if (s.workMode != CrewDailyWorkMode::timed) text << "  " << toRawValue(s.workMode) << " day";
     if (s.call) text << "  Call " << formatTimeOfDay(s.call, d.calendarDate);
     if (s.lunchOut || s.lunchIn) text << "  Lunch " << formatTimeOfDay(s.lunchOut, d.calendarDate) << "-" << formatTimeOfDay(s.lunchIn, d.calendarDate);
@@ -122,17 +126,27 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
     text << "      Day total: " << (d.compensation ? d.compensation->amount().toString() : std::string(review_words::noApplicablePayRate)) << "\n";
 }
 
+void writeActivity(std::ostringstream& text, const NonDTSPayrollActivityReview& a) {
+    text << "  " << datedHeading(a.calendarDate) << "  " << a.kindRawValue;
+    if (a.travelDurationSeconds) text << " " << formatDuration(*a.travelDurationSeconds) << " h";
+    text << ": " << a.words;
+    if (a.idleCompensation && a.idleCompensation->result) text << " " << a.idleCompensation->result->compensation.amount().toString();
+    if (a.holidayCompensation && a.holidayCompensation->result) text << " " << a.holidayCompensation->result->compensation.amount().toString();
+    text << "\n";
+}
+
 std::string weeklyText(const WeeklyCrewPayrollReview& r) {
     std::ostringstream text;
     text << r.crewName << ", week of " << calendar_text::formatDate(r.weekStartDate) << " (" << r.configurationName << ")\n";
-    for (const auto& day : r.days) writeDay(text, day);
-    for (const auto& a : r.nonDTSActivities) {
-        text << "  " << calendar_text::formatDate(a.calendarDate) << "  " << a.kindRawValue;
-        if (a.travelDurationSeconds) text << " " << formatDuration(*a.travelDurationSeconds) << " h";
-        text << ": " << a.words;
-        if (a.idleCompensation && a.idleCompensation->result) text << " " << a.idleCompensation->result->compensation.amount().toString();
-        if (a.holidayCompensation && a.holidayCompensation->result) text << " " << a.holidayCompensation->result->compensation.amount().toString();
-        text << "\n";
+    // Days and activities in date order (each list is already by date).
+    auto day = r.days.begin();
+    auto activity = r.nonDTSActivities.begin();
+    while (day != r.days.end() || activity != r.nonDTSActivities.end()) {
+        if (activity == r.nonDTSActivities.end() || (day != r.days.end() && day->calendarDate <= activity->calendarDate)) {
+            writeDay(text, *day++);
+        } else {
+            writeActivity(text, *activity++);
+        }
     }
     text << "  Week:\n";
     writeCategories(text, r.categories, "    ");
