@@ -7,6 +7,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "App/dts/DailyTimeSheets.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/expected/ExpectedPayrollReview.hpp"
 #include "App/expected/GoldenHourAdvisory.hpp"
@@ -264,33 +265,34 @@ int reviewGoldenHour(CommandSession& session, const ReviewCommandArguments& a) {
         return exitUsage;
     }
     ModelContext& context = session.store()->context();
-    const auto week = weekHolding(context, production->id, *date);
-    if (!week) return refuseMissingWeek(session, a.date);
+    const auto workday = DailyTimeSheets::find(context, production->id, *date);
+    if (!workday) return session.refuse("dtsNotFound", "There is no DTS for " + a.date + ".");
     std::optional<Uuid> dismissed;
     if (!a.dismiss.empty() && !(dismissed = crewMemberNamed(context, production->id, a.dismiss))) return refuseUnknownCrew(session, a.dismiss);
     try {
         Json rows = Json::array();
         std::string text;
         bool dismissedOne = false;
-        for (const auto& r : ExpectedPayrollReview(context, production->id).weeklyForAll(week->id)) {
-            for (const auto& day : r.days) {
-                if (day.calendarDate != *date) continue;
-                if (dismissed == r.crewMemberID) {
-                    session.settings().dismissGoldenHourAdvisory(golden_hour_advisory::key(day.id, r.crewMemberID));
-                    dismissedOne = true;
-                }
-                const auto advisory = golden_hour_advisory::at(day, r.crewMemberID, *now, session.settings().goldenHourAdvisory());
-                Json row{{"crewMemberID", r.crewMemberID.text()}, {"crewName", r.crewName}, {"workdayID", day.id.text()},
-                         {"advisoryKey", golden_hour_advisory::key(day.id, r.crewMemberID)}};
-                if (day.goldenHourTarget) row["goldenHourTarget"] = review_json::toJSON(*day.goldenHourTarget);
-                if (advisory) row["advisory"] = review_json::toJSON(*advisory);
-                rows.push_back(std::move(row));
-                text += goldenHourLine(r.crewName, day, advisory);
+        for (const auto& day : ExpectedPayrollReview(context, production->id).dailyForWorkday(workday->id)) {
+            const auto& member = day.source.crewMemberID;
+            if (!member) continue;  // a row whose person was removed has no one to advise
+            const std::string key = golden_hour_advisory::key(day.id, *member);
+            if (dismissed == member) {
+                session.settings().dismissGoldenHourAdvisory(key);
+                dismissedOne = true;
             }
+            const auto advisory = golden_hour_advisory::at(day, *member, *now, session.settings().goldenHourAdvisory());
+            const auto person = crew_repository::fetchCrewMember(context, *member);
+            const std::string name = person ? person->displayName : "";
+            Json row{{"crewMemberID", member->text()}, {"crewName", name}, {"workdayID", day.id.text()}, {"advisoryKey", key}};
+            if (day.goldenHourTarget) row["goldenHourTarget"] = review_json::toJSON(*day.goldenHourTarget);
+            if (advisory) row["advisory"] = review_json::toJSON(*advisory);
+            rows.push_back(std::move(row));
+            text += goldenHourLine(name, day, advisory);
         }
         if (dismissed && !dismissedOne) return session.refuse("rowNotFound", a.dismiss + " is not on the DTS for " + a.date + ".");
         if (dismissedOne) text = "Dismissed the Golden Hour advisory for " + a.dismiss + " on " + a.date + ".\n" + text;
-        if (rows.empty()) text += "Nobody is on a DTS on " + a.date + ".\n";
+        if (rows.empty()) text += "Nobody is on the DTS for " + a.date + ".\n";
         session.answer(Json{{"date", a.date}, {"at", calendar_text::formatInstant(*now)}, {"rows", std::move(rows)}}, text);
         return exitSuccess;
     } catch (const PayrollReviewError& error) {
