@@ -72,6 +72,19 @@ void bindAll(SQLite::Statement& statement, const Values&... values) {
     (bind(statement, ++index, values), ...);
 }
 
+// Every row a query answers, or its first, each read by `read`.
+template <typename Record, typename Reader>
+std::vector<Record> readAll(SQLite::Statement& statement, Reader read) {
+    std::vector<Record> records;
+    while (statement.executeStep()) records.push_back(read(statement));
+    return records;
+}
+template <typename Reader>
+auto readFirst(SQLite::Statement& statement, Reader read) -> std::optional<decltype(read(statement))> {
+    if (!statement.executeStep()) return std::nullopt;
+    return read(statement);
+}
+
 Uuid uuid(const SQLite::Column& column);
 std::optional<Uuid> optionalUuid(const SQLite::Column& column);
 Instant instant(const SQLite::Column& column);

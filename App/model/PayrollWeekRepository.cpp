@@ -8,13 +8,6 @@ namespace {
 using namespace columns;
 using store_schema::SatelliteOwner;
 
-template <typename Record, typename Reader>
-std::vector<Record> readAll(SQLite::Statement& statement, Reader read) {
-    std::vector<Record> records;
-    while (statement.executeStep()) records.push_back(read(statement));
-    return records;
-}
-
 void execute(ModelContext& context, const std::string& sql, const Uuid& first, const std::optional<Uuid>& second = {}) {
     auto& statement = context.prepare(sql);
     bind(statement, 1, first);
@@ -113,8 +106,7 @@ PayrollWeek createWeek(ModelContext& context, const PayrollWeek& week) {
 std::optional<PayrollWeek> fetchWeek(ModelContext& context, const Uuid& id) {
     auto& statement = context.prepare("SELECT " + std::string(weekColumns) + " FROM PayrollWeek WHERE id = ?1");
     bind(statement, 1, id);
-    if (!statement.executeStep()) return std::nullopt;
-    return readWeek(statement);
+    return readFirst(statement, readWeek);
 }
 
 std::vector<PayrollWeek> weeks(ModelContext& context, const Uuid& productionID) {
@@ -152,8 +144,7 @@ Workday createWorkday(ModelContext& context, const Workday& w) {
 std::optional<Workday> fetchWorkday(ModelContext& context, const Uuid& id) {
     auto& statement = context.prepare("SELECT " + std::string(workdayColumns) + " FROM Workday WHERE id = ?1");
     bind(statement, 1, id);
-    if (!statement.executeStep()) return std::nullopt;
-    return readWorkday(statement);
+    return readFirst(statement, readWorkday);
 }
 
 std::vector<Workday> workdays(ModelContext& context, const Uuid& payrollWeekID) {

@@ -69,13 +69,6 @@ void bindEngagement(SQLite::Statement& statement, const ProductionEngagement& e)
             e.regularPrecallDurationSeconds, e.regularWrapoutDurationSeconds);
 }
 
-template <typename Record, typename Reader>
-std::vector<Record> readAll(SQLite::Statement& statement, Reader read) {
-    std::vector<Record> records;
-    while (statement.executeStep()) records.push_back(read(statement));
-    return records;
-}
-
 void execute(ModelContext& context, const std::string& sql, const Uuid& id) {
     auto& statement = context.prepare(sql);
     bind(statement, 1, id);
@@ -126,8 +119,7 @@ Production create(ModelContext& context, const std::string& name, const NewProdu
 std::optional<Production> fetch(ModelContext& context, const Uuid& id) {
     auto& statement = context.prepare("SELECT " + std::string(productionColumns) + " FROM Production WHERE id = ?1");
     bind(statement, 1, id);
-    if (!statement.executeStep()) return std::nullopt;
-    return readProduction(statement);
+    return readFirst(statement, readProduction);
 }
 
 std::vector<Production> list(ModelContext& context) {
@@ -169,8 +161,7 @@ CrewMember createCrewMember(ModelContext& context, const Uuid& productionID, con
 std::optional<CrewMember> fetchCrewMember(ModelContext& context, const Uuid& id) {
     auto& statement = context.prepare("SELECT " + std::string(crewColumns) + " FROM CrewMember WHERE id = ?1");
     bind(statement, 1, id);
-    if (!statement.executeStep()) return std::nullopt;
-    return readCrewMember(statement);
+    return readFirst(statement, readCrewMember);
 }
 
 std::vector<CrewMember> crewMembers(ModelContext& context, const Uuid& productionID) {
@@ -207,8 +198,7 @@ ProductionEngagement createEngagement(ModelContext& context, const Uuid& product
 std::optional<ProductionEngagement> fetchEngagement(ModelContext& context, const Uuid& id) {
     auto& statement = context.prepare("SELECT " + std::string(engagementColumns) + " FROM ProductionEngagement WHERE id = ?1");
     bind(statement, 1, id);
-    if (!statement.executeStep()) return std::nullopt;
-    return readEngagement(statement);
+    return readFirst(statement, readEngagement);
 }
 
 std::vector<ProductionEngagement> engagementsOf(ModelContext& context, const Uuid& crewMemberID) {
