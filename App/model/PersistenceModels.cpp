@@ -58,6 +58,16 @@ std::string_view toRawValue(CrewDailyWorkMode value) noexcept { return nameOf(wo
 std::string_view toRawValue(MealWorkLocation value) noexcept { return nameOf(mealLocationNames, value); }
 std::string_view toRawValue(CompensationProvisionKind value) noexcept { return nameOf(provisionNames, value); }
 
+std::string_view label(CompensationProvisionKind value) noexcept {
+    switch (value) {
+        case CompensationProvisionKind::cellPhoneAllowance: return "Cell Phone Allowance";
+        case CompensationProvisionKind::perDiem: return "Per Diem";
+        case CompensationProvisionKind::mileage: return "Mileage";
+        case CompensationProvisionKind::vacationPay: return "Vacation Pay";
+    }
+    return "Compensation";
+}
+
 template <>
 std::optional<DTSTimeDisplay> fromRawValue(std::string_view raw) noexcept { return valueOf(dtsTimeDisplayNames, raw); }
 template <>

@@ -34,6 +34,9 @@ std::string_view toRawValue(CrewDailyWorkMode value) noexcept;
 std::string_view toRawValue(MealWorkLocation value) noexcept;
 std::string_view toRawValue(CompensationProvisionKind value) noexcept;
 
+// The name a provision kind is shown by ("Cell Phone Allowance", "Per Diem", "Mileage", "Vacation Pay").
+std::string_view label(CompensationProvisionKind value) noexcept;
+
 // Reading raw values: nothing for an unknown text, so that each reader chooses its fallback.
 template <typename Enum>
 std::optional<Enum> fromRawValue(std::string_view raw) noexcept;

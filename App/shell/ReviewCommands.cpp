@@ -65,6 +65,13 @@ void writeIssues(std::ostringstream& text, const std::vector<PayrollReviewIssue>
     }
 }
 
+// "sixthDay" reads as "sixth-day".
+std::string scheduleWords(const std::string& dayKind) {
+    if (dayKind == "sixthDay") return "sixth-day";
+    if (dayKind == "seventhDay") return "seventh-day";
+    return dayKind;
+}
+
 void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
     const auto& s = d.source;
     text << "  " << datedHeading(d.calendarDate);
@@ -76,7 +83,7 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
     text << "\n";
     text << "      ";
     if (d.workdaySequence) text << "Day " << d.workdaySequence->ordinal << " of the workweek, ";
-    text << d.dayKind << " schedule, " << toRawValue(d.rulesLocality);
+    text << scheduleWords(d.dayKind) << " schedule, " << toRawValue(d.rulesLocality);
     if (d.durations) text << "; worked " << hours(d.durations->worked) << " of " << hours(d.durations->elapsed);
     text << "\n";
     if (d.status.kind == DailyPayrollStatus::Case::incomplete) {
@@ -121,7 +128,7 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
                                             : std::string(review_words::goldenHourUnavailable))
          << "\n";
     for (const auto& a : d.additionalCompensation) {
-        text << "      " << toRawValue(a.kind) << " " << a.compensation.amount().toString() << (a.presentationDetail ? " (" + *a.presentationDetail + ")" : "") << "\n";
+        text << "      " << label(a.kind) << " " << a.compensation.amount().toString() << (a.presentationDetail ? " (" + *a.presentationDetail + ")" : "") << "\n";
     }
     if (d.boxRentalCompensation) text << "      Box / kit rental " << d.boxRentalCompensation->amount().toString() << "\n";
     text << "      Day total: " << (d.compensation ? d.compensation->amount().toString() : std::string(review_words::noApplicablePayRate)) << "\n";
@@ -160,7 +167,7 @@ std::string weeklyText(const WeeklyCrewPayrollReview& r) {
         }
         text << "\n";
     }
-    for (const auto& a : r.additionalCompensation) text << "    " << toRawValue(a.kind) << " " << a.compensation.amount().toString() << "\n";
+    for (const auto& a : r.additionalCompensation) text << "    " << label(a.kind) << " " << a.compensation.amount().toString() << "\n";
     if (r.boxRentalCompensation) text << "    Box / kit rental " << r.boxRentalCompensation->amount().toString() << "\n";
     writeIssues(text, r.issues);
     text << "    " << (r.estimatedGrossIsPartial ? review_words::estimatedGrossPartial : review_words::estimatedGross) << ": "

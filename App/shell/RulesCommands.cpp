@@ -81,7 +81,8 @@ std::string describe(const PayrollRuleConfiguration& c, const std::string& statu
     if (c.additionalCompensation.empty()) text << " none";
     text << "\n";
     for (const auto& p : c.additionalCompensation) {
-        text << "  " << p.kind << (p.isEnabled ? "" : " (off)") << ": " << p.amount.toString()
+        const auto kind = fromRawValue<CompensationProvisionKind>(p.kind);
+        text << "  " << (kind ? label(*kind) : std::string_view(p.kind)) << (p.isEnabled ? "" : " (off)") << ": " << p.amount.toString()
              << (p.kind == "vacationPay" ? "%" : " " + p.currencyCode + " a day") << "\n";
     }
     text << "Idle: "

@@ -47,6 +47,21 @@ TEST_F(ReviewCommands, TheTextReviewNamesTheDayAndItsTotal) {
     EXPECT_EQ(outcome.out.find("Ada Quill"), std::string::npos);
 }
 
+TEST_F(ReviewCommands, TheTextReviewNamesAllowancesAsTheyAreCalled) {
+    Json rules = run({"rules", "show", "--json"}).json();
+    rules["additionalCompensation"] =
+        Json::array({Json{{"kind", "perDiem"}, {"isEnabled", true}, {"amount", "40.00"}, {"currencyCode", "USD"}, {"timedWorkDayEligible", true},
+                          {"workedEligible", true}, {"prepEligible", true}, {"idleAvailableEligible", false}, {"travelEligible", false},
+                          {"holidayEligible", false}, {"personalUnavailableEligible", false}}});
+    const auto path = (folder.path() / "rules.json").string();
+    testing::writeFile(path, rules.dump());
+    ASSERT_EQ(run({"rules", "set", path}).status, 0);
+    const auto outcome = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
+    EXPECT_NE(outcome.out.find("      Per Diem 40.00\n"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("    Per Diem 40.00\n"), std::string::npos) << outcome.out;
+    EXPECT_NE(run({"rules", "show"}).out.find("  Per Diem: 40.00 USD a day"), std::string::npos);
+}
+
 TEST_F(ReviewCommands, AGoldenHourAdvisoryOnceDismissedStaysDismissed) {
     ASSERT_EQ(run({"dts", "set", "2026-11-03", "--wrap", ""}).status, 0);
     const auto advised = [&] {
