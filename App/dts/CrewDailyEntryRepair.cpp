@@ -35,6 +35,14 @@ std::vector<Row> allRows(ModelContext& context) {
 
 }  // namespace
 
+bool CrewDailyEntryRepair::hasDuplicateRows(ModelContext& context) {
+    // GROUP BY puts rows missing the DTS or engagement together, as the repair's grouping does.
+    auto& statement = context.prepare("SELECT 1 FROM CrewDailyEntry GROUP BY workdayID, engagementID HAVING COUNT(*) > 1 LIMIT 1");
+    const bool found = statement.executeStep();
+    statement.reset();
+    return found;
+}
+
 CrewDailyEntryRepair::Report CrewDailyEntryRepair::run(ModelContext& context) {
     // Rows are grouped by DTS and engagement; a row missing either is compared with the rows missing the same.
     std::map<std::pair<std::optional<Uuid>, std::optional<Uuid>>, std::vector<Row>> groups;

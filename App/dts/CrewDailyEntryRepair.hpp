@@ -22,6 +22,9 @@ public:
         std::vector<Conflict> conflicts;
     };
 
+    // Whether any person has more than one row on a DTS: a read, so that a start with nothing to repair
+    // takes no write lock.
+    static bool hasDuplicateRows(ModelContext& context);
     // Runs over every row of the store; the caller saves once (one transaction).
     static Report run(ModelContext& context);
 

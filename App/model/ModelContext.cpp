@@ -4,6 +4,10 @@
 
 namespace tessel {
 
+void ModelContext::finishReads() {
+    for (auto& [sql, statement] : statements_) statement->reset();
+}
+
 SQLite::Statement& ModelContext::prepare(const std::string& sql) {
     auto& statement = statements_[sql];
     if (!statement) {

@@ -35,6 +35,9 @@ public:
     SQLite::Database& database() noexcept { return database_; }
     // The cached statement for this SQL text, reset and with its bindings cleared.
     SQLite::Statement& prepare(const std::string& sql);
+    // Resets every cached statement, ending the read snapshots that statements stopped inside their
+    // results still hold; a write begun on an old snapshot could not take the write lock.
+    void finishReads();
 
 private:
     SQLite::Database& database_;
@@ -82,7 +85,9 @@ std::vector<Record> readAll(SQLite::Statement& statement, Reader read) {
 template <typename Reader>
 auto readFirst(SQLite::Statement& statement, Reader read) -> std::optional<decltype(read(statement))> {
     if (!statement.executeStep()) return std::nullopt;
-    return read(statement);
+    auto record = read(statement);
+    statement.reset();  // a statement left inside its result keeps its read snapshot open
+    return record;
 }
 
 Uuid uuid(const SQLite::Column& column);

@@ -1,6 +1,7 @@
 #include "TesselPersistence.hpp"
 
 #include <SQLiteCpp/Statement.h>
+#include <sqlite3.h>
 
 #include <algorithm>
 #include <chrono>
@@ -179,7 +180,10 @@ void configureConnection(SQLite::Database& db) {
 // Runs each step from the store's version on, one transaction per step.
 void migrate(SQLite::Database& db) {
     for (const auto& step : store_schema::migrationPlan()) {
-        SQLite::Transaction transaction(db);
+        // Only a step that applies takes the write lock, so that opening a current store never waits for,
+        // or blocks, another Tessel process; the version is read again under the lock.
+        if (readSchemaVersion(db) != step.fromVersion) continue;
+        SQLite::Transaction transaction(db, SQLite::TransactionBehavior::IMMEDIATE);
         if (readSchemaVersion(db) != step.fromVersion) continue;
         step.apply(db);
         writeMetadata(db, "schemaVersion", step.toVersion);
@@ -300,6 +304,25 @@ fs::path defaultApplicationDataRoot() {
     const char* home = std::getenv("HOME");
     return fs::path(home && *home ? home : ".") / ".local" / "share" / "Tessel";
 }
+
+namespace {
+
+std::string storeActionFailure(int sqliteResultCode) {
+    switch (sqliteResultCode & 0xFF) {  // the primary result code
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            return "The Tessel store is busy in another Tessel window or command, so nothing was changed; try again when it has finished.";
+        case SQLITE_FULL: return "The disk holding the Tessel store is full, so nothing was changed.";
+        case SQLITE_READONLY:
+        case SQLITE_PERM:
+        case SQLITE_CANTOPEN: return "The Tessel store cannot be written, so nothing was changed.";
+        default: return "The Tessel store could not save this change, so nothing was changed.";
+    }
+}
+
+}  // namespace
+
+StoreActionError::StoreActionError(int sqliteResultCode) : std::runtime_error(storeActionFailure(sqliteResultCode)) {}
 
 TesselStore::TesselStore(TesselStoreEnvironment environment, std::unique_ptr<SQLite::Database> database,
                          std::optional<TesselStoreBackup> preOpenBackup, std::string legacyStoreInspectionResult)

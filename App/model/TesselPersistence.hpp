@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -70,6 +71,14 @@ struct TesselUnavailableStoreState {
 };
 
 // The opened store. Every user action runs in one transaction through perform().
+// A user action that the store could not carry out for a reason outside the action itself: the store is
+// held by another Tessel process past the wait, the disk is full, the file cannot be written. Nothing of
+// the action was written.
+class StoreActionError : public std::runtime_error {
+public:
+    explicit StoreActionError(int sqliteResultCode);
+};
+
 class TesselStore {
 public:
     TesselStore(TesselStoreEnvironment environment, std::unique_ptr<SQLite::Database> database,
@@ -83,17 +92,24 @@ public:
     std::string schemaVersion() const;
 
     // Runs one user action in one transaction: committed when it returns, rolled back when it throws,
-    // so a refused or failed action leaves the store as it was.
+    // so a refused or failed action leaves the store as it was. The write lock is taken at the start, so
+    // that an action waits for another Tessel process to finish rather than failing half-way; a failure
+    // of the store itself arrives as a StoreActionError.
     template <typename Action>
     auto perform(Action&& action) -> decltype(action(std::declval<ModelContext&>())) {
-        SQLite::Transaction transaction(*database_);
-        if constexpr (std::is_void_v<decltype(action(context_))>) {
-            action(context_);
-            transaction.commit();
-        } else {
-            auto result = action(context_);
-            transaction.commit();
-            return result;
+        try {
+            context_.finishReads();
+            SQLite::Transaction transaction(*database_, SQLite::TransactionBehavior::IMMEDIATE);
+            if constexpr (std::is_void_v<decltype(action(context_))>) {
+                action(context_);
+                transaction.commit();
+            } else {
+                auto result = action(context_);
+                transaction.commit();
+                return result;
+            }
+        } catch (const SQLite::Exception& error) {
+            throw StoreActionError(error.getErrorCode());
         }
     }
 

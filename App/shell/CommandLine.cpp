@@ -48,6 +48,11 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
         }
         streams.err << error.what() << "; see \u201Ctessel --help\u201D.\n";
         return exitUsage;
+    } catch (const StoreActionError& error) {
+        return session.refuse("storeActionFailed", error.what());
+    } catch (const std::exception& error) {
+        // A last resort, so that no failure ends without a sentence; each action's transaction was rolled back.
+        return session.refuse("commandFailed", std::string("Tessel could not complete the command: ") + error.what());
     }
     return exitStatus;
 }

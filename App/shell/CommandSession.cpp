@@ -53,6 +53,7 @@ TesselStore* CommandSession::store() {
 // The start-up data-integrity check of DTS crew rows, saved once; a failure leaves the store as it was.
 void CommandSession::checkCrewRows() {
     try {
+        if (!CrewDailyEntryRepair::hasDuplicateRows(store_->context())) return;
         const auto report = store_->perform([](ModelContext& context) { return CrewDailyEntryRepair::run(context); });
         if (const auto alert = CrewDailyEntryRepair::alertText(report)) {
             streams_.err << CrewDailyEntryRepair::alertTitle << "\n" << *alert << "\n";
@@ -90,6 +91,20 @@ std::optional<Production> CommandSession::production() {
     }
     refuse("noProduction", "Choose a production with --production; there is no recently used production.");
     return std::nullopt;
+}
+
+CrewMember crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name) {
+    std::optional<CrewMember> found;
+    for (const auto& member : crew_repository::crewMembers(context, productionID)) {
+        if (member.displayName != name) continue;
+        if (found) {
+            throw Refused{"crewMemberAmbiguous", "More than one crew member is named \u201C" + name +
+                                                     "\u201D; give them different names to tell them apart."};
+        }
+        found = member;
+    }
+    if (!found) throw Refused{"crewMemberNotFound", "There is no crew member named \u201C" + name + "\u201D on this production."};
+    return *found;
 }
 
 int CommandSession::refuse(std::string_view errorCase, const std::string& message, const Json& payload) {

@@ -12,6 +12,16 @@
 
 namespace tessel {
 
+// A refusal of the user's entry, thrown inside a command's action: its sentence, and the case name for --json.
+struct Refused {
+    std::string errorCase;
+    std::string message;
+};
+
+// The crew member a command names. The command line names people by their display name, so a name that
+// no one or more than one person of the production carries is refused rather than guessed.
+CrewMember crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name);
+
 // The global options every command shares.
 struct GlobalOptions {
     std::string storeRoot;   // --store-root, else TESSEL_STORE_ROOT, else the application data folder

@@ -20,12 +20,6 @@ using namespace std::chrono;
 namespace weeks = payroll_week_repository;
 using payroll_decimal_time::formatDuration;
 
-// A refusal of the user's entry: its sentence, and the case name for --json.
-struct Refused {
-    std::string errorCase;
-    std::string message;
-};
-
 constexpr std::array<const char*, 7> weekdayNames{"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
 
 CalendarDate dateArgument(const std::string& text) {
@@ -48,14 +42,6 @@ std::optional<std::int64_t> durationArgument(const std::string& text, std::strin
     } catch (const PayrollDecimalDurationParser::ParseError&) {
         throw Refused{"invalidDuration", std::string(message)};
     }
-}
-
-CrewMember crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name) {
-    const auto crew = crew_repository::crewMembers(context, productionID);
-    for (const auto& member : crew) {
-        if (member.displayName == name) return member;
-    }
-    throw Refused{"crewMemberNotFound", "There is no crew member named \u201C" + name + "\u201D on this production."};
 }
 
 Workday dtsOn(ModelContext& context, const Uuid& productionID, CalendarDate date) {
@@ -92,6 +78,12 @@ int addCrew(CommandSession& session, const DTSCommandArguments& a) {
         const auto precall = durationArgument(a.precall, "Enter the regular precall in payroll-decimal hours, such as 0.5.");
         const auto wrapout = durationArgument(a.wrapout, "Enter the regular wrap-out in payroll-decimal hours, such as 0.3.");
         if (a.name.find_first_not_of(" \t") == std::string::npos) throw Refused{"invalidName", "Enter a crew member name."};
+        // The command line names people by display name, so two people may not share one.
+        for (const auto& other : crew_repository::crewMembers(context, production.id)) {
+            if (other.displayName == a.name) {
+                throw Refused{"duplicateName", "There is already a crew member named \u201C" + a.name + "\u201D on this production."};
+            }
+        }
         const auto member = crew_repository::createCrewMember(context, production.id, a.name);
         auto engagement = crew_repository::createEngagement(context, production.id, member.id, from);
         engagement.crewParticipation = a.dayplayer ? CrewParticipation::dayplayer : CrewParticipation::fullTime;

@@ -190,17 +190,6 @@ std::optional<PayrollWeek> weekHolding(ModelContext& context, const Uuid& produc
     return std::nullopt;
 }
 
-std::optional<Uuid> crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name) {
-    for (const auto& m : crew_repository::crewMembers(context, productionID)) {
-        if (m.displayName == name) return m.id;
-    }
-    return std::nullopt;
-}
-
-int refuseUnknownCrew(CommandSession& session, const std::string& name) {
-    return session.refuse("crewMemberNotFound", "There is no crew member named \u201C" + name + "\u201D on this production.");
-}
-
 int refuseDate(CommandSession& session) {
     session.streams().err << "Enter the date as YYYY-MM-DD, such as 2026-11-02.\n";
     return exitUsage;
@@ -224,9 +213,7 @@ int reviewWeek(CommandSession& session, const ReviewCommandArguments& a) {
         if (a.crew.empty()) {
             reviews = review.weeklyForAll(week->id);
         } else {
-            const auto member = crewMemberNamed(context, production->id, a.crew);
-            if (!member) return refuseUnknownCrew(session, a.crew);
-            reviews.push_back(review.weekly(week->id, *member));
+            reviews.push_back(review.weekly(week->id, crewMemberNamed(context, production->id, a.crew).id));
         }
         Json list = Json::array();
         std::string text;
@@ -237,6 +224,8 @@ int reviewWeek(CommandSession& session, const ReviewCommandArguments& a) {
         if (reviews.empty()) text = "Nobody worked or had an activity in this Payroll Week.\n";
         session.answer(Json{{"weeklyReviews", std::move(list)}}, text);
         return exitSuccess;
+    } catch (const Refused& refused) {
+        return session.refuse(refused.errorCase, refused.message);
     } catch (const PayrollReviewError& error) {
         return session.refuse("reviewFailed", error.what());
     } catch (const RulesPayloadError& error) {
@@ -274,9 +263,9 @@ int reviewGoldenHour(CommandSession& session, const ReviewCommandArguments& a) {
     ModelContext& context = session.store()->context();
     const auto workday = DailyTimeSheets::find(context, production->id, *date);
     if (!workday) return session.refuse("dtsNotFound", "There is no DTS for " + a.date + ".");
-    std::optional<Uuid> dismissed;
-    if (!a.dismiss.empty() && !(dismissed = crewMemberNamed(context, production->id, a.dismiss))) return refuseUnknownCrew(session, a.dismiss);
     try {
+        std::optional<Uuid> dismissed;
+        if (!a.dismiss.empty()) dismissed = crewMemberNamed(context, production->id, a.dismiss).id;
         Json rows = Json::array();
         std::string text;
         bool dismissedOne = false;
@@ -302,6 +291,8 @@ int reviewGoldenHour(CommandSession& session, const ReviewCommandArguments& a) {
         if (rows.empty()) text += "Nobody is on the DTS for " + a.date + ".\n";
         session.answer(Json{{"date", a.date}, {"at", calendar_text::formatInstant(*now)}, {"rows", std::move(rows)}}, text);
         return exitSuccess;
+    } catch (const Refused& refused) {
+        return session.refuse(refused.errorCase, refused.message);
     } catch (const PayrollReviewError& error) {
         return session.refuse("reviewFailed", error.what());
     } catch (const RulesPayloadError& error) {

@@ -230,7 +230,10 @@ int deleteWeeks(CommandSession& session, const std::string& which, bool all) {
                                std::chrono::sys_days(*date) < std::chrono::sys_days(start) + std::chrono::days(7);
         if ((id && week.id == *id) || holdsDate) target = week;
     }
-    if (!target) return session.refuse("weekNotFound", std::string(ProductionWeekCalendars::deleteFailed));
+    if (!date && !id) return session.refuse("invalidWeek", "Name the Payroll Week by a date in it (YYYY-MM-DD) or by its identifier.");
+    if (!target) {
+        return session.refuse("weekNotFound", (date ? "There is no Payroll Week holding " : "There is no Payroll Week with the identifier ") + which + ".");
+    }
     store.perform([&](ModelContext& context) { ProductionWeekCalendars::deleteWeek(context, target->id); });
     session.answer(Json{{"deleted", target->id.text()}}, "Deleted the Payroll Week with its DTS and Non-DTS Activity.\n");
     return exitSuccess;

@@ -48,6 +48,10 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedEntry{"rowCallText", {"dts", "row", "2026-11-03", "Ada Quill", "--call", "seven"}, "Call must be between 0.0 and 23.9."},
         RefusedEntry{"travelText", {"dts", "set", "2026-11-03", "--call", "6.0", "--travel", "1,5"},
                      "Enter Travel Duration in payroll-decimal hours, such as 5.0."},
+        RefusedEntry{"duplicateCrewName", {"crew", "add", "Ada Quill", "--from", "2026-11-02"},
+                     "There is already a crew member named \u201CAda Quill\u201D on this production."},
+        RefusedEntry{"unknownCrewName", {"dts", "row", "2026-11-03", "Ada", "--call", "6.0"},
+                     "There is no crew member named \u201CAda\u201D on this production."},
         RefusedEntry{"emptyDTSName", {"dts", "row", "2026-11-03", "Ada Quill", "--call", "6.0", "--dts-name", ""}, "Enter a DTS Name."},
         RefusedEntry{"deleteWithData", {"dts", "delete", "2026-11-03"},
                      "This DTS contains entered shared or crew-specific data. Deleting it also deletes its crew-entry rows. Run again "
