@@ -514,12 +514,23 @@ struct ExpectedPayrollReview::Session {
             if (review.mealPenalties.fixedDollarSubtotal) gross = gross + *review.mealPenalties.fixedDollarSubtotal;
             if (const auto vacation = vacationPay(review, straightTime)) gross = gross + vacation->compensation;
             review.estimatedGross = gross;
-            review.estimatedGrossIsPartial = !review.missingRateDates.empty();
+            review.estimatedGrossIsPartial = !review.missingRateDates.empty() || leavesPayUncounted(review);
         } catch (const DomainError& error) {
             weekFailure(review, error.description());
         } catch (const PayrollReviewError& error) {
             weekFailure(review, error.what());
         }
+    }
+
+    // A day that could not be calculated, or an idle or holiday activity whose pay could not be, adds
+    // nothing to the gross although it is owed: the gross is then only part of the week.
+    static bool leavesPayUncounted(const WeeklyCrewPayrollReview& review) {
+        const bool dayUncounted = std::any_of(review.days.begin(), review.days.end(),
+                                              [](const DailyPayrollReview& d) { return d.status.kind != DailyPayrollStatus::Case::calculated; });
+        const bool activityUncounted = std::any_of(review.nonDTSActivities.begin(), review.nonDTSActivities.end(), [](const auto& a) {
+            return (a.idleCompensation && !a.idleCompensation->result) || (a.holidayCompensation && !a.holidayCompensation->result);
+        });
+        return dayUncounted || activityUncounted;
     }
 
     void weekFailure(WeeklyCrewPayrollReview& review, const std::string& message) {

@@ -58,6 +58,21 @@ std::string_view toRawValue(CrewDailyWorkMode value) noexcept { return nameOf(wo
 std::string_view toRawValue(MealWorkLocation value) noexcept { return nameOf(mealLocationNames, value); }
 std::string_view toRawValue(CompensationProvisionKind value) noexcept { return nameOf(provisionNames, value); }
 
+std::string_view label(PayrollDayActivityKind value) noexcept {
+    switch (value) {
+        case PayrollDayActivityKind::travel: return "Travel";
+        case PayrollDayActivityKind::idleAvailable: return "Idle";
+        case PayrollDayActivityKind::personalUnavailable: return "Personal / Unavailable";
+        case PayrollDayActivityKind::holiday: return "Holiday";
+    }
+    return "Activity";
+}
+
+std::string activityKindLabel(std::string_view rawValue) {
+    const auto kind = fromRawValue<PayrollDayActivityKind>(rawValue);
+    return std::string(kind ? label(*kind) : rawValue);
+}
+
 std::string_view label(CompensationProvisionKind value) noexcept {
     switch (value) {
         case CompensationProvisionKind::cellPhoneAllowance: return "Cell Phone Allowance";

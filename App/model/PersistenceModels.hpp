@@ -34,6 +34,10 @@ std::string_view toRawValue(CrewDailyWorkMode value) noexcept;
 std::string_view toRawValue(MealWorkLocation value) noexcept;
 std::string_view toRawValue(CompensationProvisionKind value) noexcept;
 
+// The name an activity kind is shown by ("Travel", "Idle", "Personal / Unavailable", "Holiday").
+std::string_view label(PayrollDayActivityKind value) noexcept;
+// The label of a stored activity kind; an unknown stored kind as it was stored.
+std::string activityKindLabel(std::string_view rawValue);
 // The name a provision kind is shown by ("Cell Phone Allowance", "Per Diem", "Mileage", "Vacation Pay").
 std::string_view label(CompensationProvisionKind value) noexcept;
 

@@ -421,14 +421,6 @@ std::optional<PayrollDayActivityKind> activityKind(const std::string& text) {
     return fromRawValue<PayrollDayActivityKind>(text);
 }
 
-std::string kindWords(const std::string& raw) {
-    if (raw == "idleAvailable") return "Idle";
-    if (raw == "personalUnavailable") return "Personal / Unavailable";
-    if (raw == "travel") return "Travel";
-    if (raw == "holiday") return "Holiday";
-    return raw;
-}
-
 std::vector<std::string> splitCommas(const std::string& text) {
     std::vector<std::string> parts;
     std::stringstream stream(text);
@@ -458,7 +450,7 @@ int addActivity(CommandSession& session, const DTSCommandArguments& a) {
         }
         const auto saved = NonDTSActivities::save(context, production.id, draft);
         session.answer(Json{{"saved", saved.size()}},
-                       "Recorded " + kindWords(std::string(toRawValue(*kind))) + " on " + a.date + " for " +
+                       "Recorded " + std::string(label(*kind)) + " on " + a.date + " for " +
                            std::to_string(saved.size()) + (saved.size() == 1 ? " person.\n" : " people.\n"));
         return int{exitSuccess};
     });
@@ -479,7 +471,7 @@ int listActivities(CommandSession& session, const DTSCommandArguments& a) {
                           {"date", calendar_text::formatDate(activity.calendarDate)},
                           {"kindRawValue", activity.kindRawValue},
                           {"crewMember", name}};
-                text << calendar_text::formatDate(activity.calendarDate) << "  " << name << "  " << kindWords(activity.kindRawValue);
+                text << calendar_text::formatDate(activity.calendarDate) << "  " << name << "  " << activityKindLabel(activity.kindRawValue);
                 if (activity.travelDurationSeconds) {
                     json["travelDurationSeconds"] = *activity.travelDurationSeconds;
                     text << " " << formatDuration(*activity.travelDurationSeconds);

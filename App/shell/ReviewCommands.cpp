@@ -135,7 +135,7 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
 }
 
 void writeActivity(std::ostringstream& text, const NonDTSPayrollActivityReview& a) {
-    text << "  " << datedHeading(a.calendarDate) << "  " << a.kindRawValue;
+    text << "  " << datedHeading(a.calendarDate) << "  " << activityKindLabel(a.kindRawValue);
     if (a.travelDurationSeconds) text << " " << formatDuration(*a.travelDurationSeconds) << " h";
     text << ": " << a.words;
     if (a.idleCompensation && a.idleCompensation->result) text << " " << a.idleCompensation->result->compensation.amount().toString();
@@ -172,7 +172,7 @@ std::string weeklyText(const WeeklyCrewPayrollReview& r) {
     writeIssues(text, r.issues);
     text << "    " << (r.estimatedGrossIsPartial ? review_words::estimatedGrossPartial : review_words::estimatedGross) << ": "
          << amount(r.estimatedGross) << (r.estimatedGross ? " " + r.estimatedGross->currency().code() : "") << "\n";
-    if (r.estimatedGrossIsPartial) text << "    " << review_words::partialExplanation << "\n";
+    if (!r.missingRateDates.empty()) text << "    " << review_words::partialExplanation << "\n";
     return text.str();
 }
 

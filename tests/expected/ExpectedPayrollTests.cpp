@@ -238,7 +238,9 @@ TEST_F(ExpectedPayroll, AnIncompleteDayHasItsReasonAnIssueAndNoCategories) {
     ASSERT_EQ(week.issues.size(), 1u);
     EXPECT_EQ(week.issues[0].kind, PayrollReviewIssue::Kind::dtsSource);
     EXPECT_EQ(week.issues[0].destination, workday.id);
-    EXPECT_FALSE(week.estimatedGrossIsPartial);
+    // The uncalculated day is owed pay that the gross cannot count, though no rate is missing.
+    EXPECT_TRUE(week.estimatedGrossIsPartial);
+    EXPECT_TRUE(week.missingRateDates.empty());
 }
 
 TEST_F(ExpectedPayroll, TurnaroundLooksAtTheNextDaysCall) {
@@ -269,6 +271,18 @@ TEST_F(ExpectedPayroll, IdleAndVacationPayJoinTheWeek) {
     EXPECT_EQ(week.idleCompensation[0].result->compensation.amount().toString(), "360.00");
     EXPECT_EQ(week.additionalCompensation.back().compensation.amount().toString(), "14.40");  // 4% of 360.00 straight time
     EXPECT_EQ(week.estimatedGross->amount().toString(), "734.40");
+    EXPECT_FALSE(week.estimatedGrossIsPartial);
+}
+
+TEST_F(ExpectedPayroll, AnIdleDayWithoutARateLeavesTheGrossPartial) {
+    changeRules([](auto& c) { c.idleCompensation = IdleCompensationRuleDraft{28800, Decimal(1)}; });
+    const auto ada = hire("Ada Quill", nullptr);
+    const auto engagement = crew_repository::engagementsOf(context, ada.id).front();
+    NonDTSActivities::save(context, production.id, {dayOf(1), PayrollDayActivityKind::idleAvailable, true, "", {}, {engagement.id}, std::nullopt});
+    const auto week = weekOf(ada);
+    ASSERT_EQ(week.idleCompensation.size(), 1u);
+    EXPECT_EQ(week.idleCompensation[0].status, IdlePayrollContribution::Status::missingRate);
+    EXPECT_TRUE(week.estimatedGrossIsPartial);
 }
 
 TEST_F(ExpectedPayroll, TheGoldenHourAdvisoryShowsWithinItsThresholdUntilTheTargetOrADismissal) {
