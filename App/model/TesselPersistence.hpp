@@ -70,7 +70,6 @@ struct TesselUnavailableStoreState {
     std::string details;
 };
 
-// The opened store. Every user action runs in one transaction through perform().
 // A user action that the store could not carry out for a reason outside the action itself: the store is
 // held by another Tessel process past the wait, the disk is full, the file cannot be written. Nothing of
 // the action was written.
@@ -79,6 +78,7 @@ public:
     explicit StoreActionError(int sqliteResultCode);
 };
 
+// The opened store. Every user action runs in one transaction through perform().
 class TesselStore {
 public:
     TesselStore(TesselStoreEnvironment environment, std::unique_ptr<SQLite::Database> database,
