@@ -143,6 +143,31 @@ void writeActivity(std::ostringstream& text, const NonDTSPayrollActivityReview& 
     text << "\n";
 }
 
+// The schedule a weekly category was paid under: that of the first day paying its rule. A sixth day paid
+// under the ordinary schedule shares its rules, so its hours stay with the ordinary ones.
+std::string scheduleOf(const WeeklyCrewPayrollReview& r, const PayrollReviewCategory& category) {
+    for (const auto& day : r.days) {
+        for (const auto& c : day.categories) {
+            if (c.ruleID == category.ruleID) return day.dayKind;
+        }
+    }
+    return "ordinary";
+}
+
+// The week's categories by classification (positions are not yet known, so all are unassigned), then by
+// the schedule they were paid under.
+void writeWeekCategories(std::ostringstream& text, const WeeklyCrewPayrollReview& r) {
+    if (r.categories.empty()) return;
+    text << "    " << review_words::unassignedClassification << "\n";
+    for (const std::string group : {"ordinary", "sixthDay", "seventhDay"}) {
+        std::vector<PayrollReviewCategory> paid;
+        std::copy_if(r.categories.begin(), r.categories.end(), std::back_inserter(paid), [&](const auto& c) { return scheduleOf(r, c) == group; });
+        if (paid.empty()) continue;
+        if (group != "ordinary") text << "    " << (group == "sixthDay" ? "Sixth-day" : "Seventh-day") << " schedule:\n";
+        writeCategories(text, paid, "    ");
+    }
+}
+
 std::string weeklyText(const WeeklyCrewPayrollReview& r) {
     std::ostringstream text;
     text << r.crewName << ", week of " << calendar_text::formatDate(r.weekStartDate) << " (" << r.configurationName << ")\n";
@@ -157,7 +182,7 @@ std::string weeklyText(const WeeklyCrewPayrollReview& r) {
         }
     }
     text << "  Week:\n";
-    writeCategories(text, r.categories, "    ");
+    writeWeekCategories(text, r);
     if (!r.mealPenalties.occurrences.empty()) {
         text << "    Meal penalties: " << r.mealPenalties.occurrences.size() << ", " << meal_penalty_words::fixedDollarSubtotal << " "
              << amount(r.mealPenalties.fixedDollarSubtotal);

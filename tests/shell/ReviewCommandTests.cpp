@@ -62,6 +62,35 @@ TEST_F(ReviewCommands, TheTextReviewNamesAllowancesAsTheyAreCalled) {
     EXPECT_NE(run({"rules", "show"}).out.find("  Per Diem: 40.00 USD a day"), std::string::npos);
 }
 
+TEST_F(ReviewCommands, TheWeekShowsSixthDayHoursUnderTheirOwnSchedule) {
+    Json rules = run({"rules", "show", "--json"}).json();
+    Json sixth = rules["payrollRules"]["localSchedule"];
+    for (auto& band : sixth["bands"]) {
+        band["ruleID"] = "production.sixth-day." + band["ruleID"].get<std::string>().substr(std::string("production.").size());
+    }
+    sixth["bands"][0]["multiplier"] = "1.5";
+    rules["payrollRules"]["localSixthDaySchedule"] = sixth;
+    const auto path = (folder.path() / "rules.json").string();
+    testing::writeFile(path, rules.dump());
+    const auto applied = run({"rules", "set", path});
+    ASSERT_EQ(applied.status, 0) << applied.err;
+    for (const char* date : {"2026-11-02", "2026-11-04", "2026-11-05", "2026-11-06", "2026-11-07"}) {
+        ASSERT_EQ(run({"dts", "create", date}).status, 0);
+        ASSERT_EQ(run({"dts", "set", date, "--call", "7.0", "--lunch-out", "13.0", "--lunch-in", "13.5", "--wrap", "17.0"}).status, 0);
+    }
+    const auto outcome = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
+    const auto week = outcome.out.substr(outcome.out.find("  Week:"));
+    // Monday to Friday: 8 h straight time each, and 1.5 h (Tuesday 3.5 h) at time and a half.
+    EXPECT_NE(week.find("    Unassigned Classification\n"
+                        "    Straight Time    40.0 h   x1    1800.00   \n"
+                        "    Time and a Half  9.5 h    x1.5  641.25    \n"
+                        "    Sixth-day schedule:\n"
+                        "    Straight Time    8.0 h    x1.5  540.00    \n"
+                        "    Time and a Half  1.5 h    x1.5  101.25    \n"),
+              std::string::npos)
+        << week;
+}
+
 TEST_F(ReviewCommands, AGoldenHourAdvisoryOnceDismissedStaysDismissed) {
     ASSERT_EQ(run({"dts", "set", "2026-11-03", "--wrap", ""}).status, 0);
     const auto advised = [&] {
