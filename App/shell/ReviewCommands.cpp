@@ -181,6 +181,7 @@ std::string weeklyText(const WeeklyCrewPayrollReview& r) {
             writeActivity(text, *activity++);
         }
     }
+    if (r.days.empty() && r.nonDTSActivities.empty()) text << "  No DTS row or activity in this Payroll Week.\n";
     text << "  Week:\n";
     writeWeekCategories(text, r);
     if (!r.mealPenalties.occurrences.empty()) {
