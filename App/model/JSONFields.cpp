@@ -18,7 +18,8 @@ std::string elementPath(const std::string& path, std::size_t index) {
 }
 
 const Json& object(const Json& value, const std::string& path) {
-    if (!value.is_object()) refuse(path.empty() ? "input" : path, "an object");
+    if (!value.is_object() && path.empty()) throw MalformedInputError("The document must be a JSON object.");
+    if (!value.is_object()) refuse(path, "an object");
     return value;
 }
 

@@ -91,6 +91,10 @@ INSTANTIATE_TEST_SUITE_P(Contract, CalcAllocateMalformed,
                                            R"({"bands":[{"ruleID":"a","entryThresholdSeconds":0,"entryThresholdBasis":"worked","multiplier":"1,5"}],"segments":[]})",
                                            R"({"bands":[{"ruleID":"a","entryThresholdSeconds":0,"entryThresholdBasis":"worked","multiplier":"1"}],"segments":[{"kind":"compensableWork","durationSeconds":"60"}]})"));
 
+TEST(CalcAllocateMalformedDocument, NamesTheDocumentWhenItIsNoObject) {
+    EXPECT_EQ(run({"calc", "allocate"}, "[]").err, "The document must be a JSON object.\n");
+}
+
 TEST(CalcTargetEntry, AnswersWithTheEntryOrNull) {
     const std::string guarantee =
         R"("guarantee":{"ruleID":"production.guarantee.final-band-minimum","targetPayBandRuleID":"production.band.double-time","minimumPaidDurationSeconds":7200})";
