@@ -10,8 +10,8 @@ using namespace tessel::bench;
 namespace weeks = payroll_week_repository;
 
 struct ReviewSeason {
-    fs::path root = freshRoot();
-    std::unique_ptr<TesselStore> store = openStore(root);
+    BenchFolder folder;  // first, so that the store closes before its folder goes
+    std::unique_ptr<TesselStore> store = openStore(folder.path());
     Crew crew = hireCrew(*store);
     ReviewSeason() { insertSeason(*store, crew, seasonDates(false)); }
 };

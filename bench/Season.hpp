@@ -9,6 +9,7 @@
 #include "App/model/SatelliteRepository.hpp"
 #include "App/model/TesselPersistence.hpp"
 #include "App/rules/ProductionRulesets.hpp"
+#include "tests/support/TemporaryFolder.hpp"
 
 // A season of time sheets for the benchmarks: 150 crew and a DTS with a row per crew member on each of
 // 100 dates, with times and satellites as a department keeps them.
@@ -19,10 +20,8 @@ using namespace std::chrono;
 constexpr int crewCount = 150;
 constexpr int dtsDates = 100;
 
-inline fs::path freshRoot() {
-    std::string pattern = (fs::temp_directory_path() / "tessel-bench-XXXXXX").string();
-    return mkdtemp(pattern.data());
-}
+// A store folder of its own, removed with everything in it when the benchmark is done with it.
+using BenchFolder = testing::TemporaryFolder;
 
 inline std::unique_ptr<TesselStore> openStore(const fs::path& root) {
     auto result = openTesselStore(TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, root));

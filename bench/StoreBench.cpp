@@ -12,15 +12,14 @@ using namespace tessel::bench;
 void insertASeasonInOneTransaction(benchmark::State& state) {
     for (auto _ : state) {
         state.PauseTiming();
-        const fs::path root = freshRoot();
         {
-            auto store = openStore(root);
+            const BenchFolder folder;
+            auto store = openStore(folder.path());
             const Crew crew = hireCrew(*store);
             state.ResumeTiming();
             insertSeason(*store, crew, seasonDates(true));
             state.PauseTiming();
         }
-        fs::remove_all(root);
         state.ResumeTiming();
     }
 }
@@ -28,13 +27,14 @@ BENCHMARK(insertASeasonInOneTransaction)->Unit(benchmark::kMillisecond)->Iterati
 
 // One season store shared by the open and copy benchmarks.
 const fs::path& seasonStore() {
-    static const fs::path root = [] {
-        const fs::path created = freshRoot();
-        auto store = openStore(created);
+    static const BenchFolder folder;
+    static const bool filled = [] {
+        auto store = openStore(folder.path());
         insertSeason(*store, hireCrew(*store), seasonDates(true));
-        return created;
+        return true;
     }();
-    return root;
+    (void)filled;
+    return folder.path();
 }
 
 void openTheSeasonStoreWithItsBackup(benchmark::State& state) {
@@ -47,12 +47,11 @@ BENCHMARK(openTheSeasonStoreWithItsBackup)->Unit(benchmark::kMillisecond);
 
 void copyTheSeasonStoreFiles(benchmark::State& state) {
     const auto environment = TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, seasonStore());
-    const fs::path target = freshRoot();
+    const BenchFolder target;
     state.counters["storeBytes"] = static_cast<double>(fs::file_size(environment.storeURL));
     for (auto _ : state) {
-        fs::copy_file(environment.storeURL, target / "Tessel.store", fs::copy_options::overwrite_existing);
+        fs::copy_file(environment.storeURL, target.path() / "Tessel.store", fs::copy_options::overwrite_existing);
     }
-    fs::remove_all(target);
 }
 BENCHMARK(copyTheSeasonStoreFiles)->Unit(benchmark::kMillisecond);
 
