@@ -148,7 +148,7 @@ DailyPayrollReview DailyReviewCalculator::calculate(const DailyReviewInputs& inp
             review.compensation = gross.total;
             Money straight = Money::zero(gross.total.currency());
             for (const auto& category : review.categories) {
-                if (category.comparisonConcept == "straightTime" && category.compensation) straight = straight + *category.compensation;
+                if (category.comparisonConcept == PayComparisonConcept::straight && category.compensation) straight = straight + *category.compensation;
             }
             review.straightTimeCompensation = straight;
         }

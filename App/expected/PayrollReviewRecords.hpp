@@ -8,6 +8,7 @@
 
 #include "App/expected/WorkdayDurationDeriver.hpp"
 #include "App/rules/CompensationProvisions.hpp"
+#include "App/rules/PayComparisonConcept.hpp"
 #include "PayrollDomain/GrossCompensation.hpp"
 #include "PayrollDomain/MealPeriod.hpp"
 #include "PayrollDomain/SupplementalCompensation.hpp"
@@ -58,7 +59,7 @@ struct PayrollReviewCategoryContributor {
 };
 
 struct PayrollReviewCategory {
-    std::optional<std::string> comparisonConcept{};
+    std::optional<PayComparisonConcept> comparisonConcept{};
     RuleID ruleID;
     std::string label{};
     RateMultiplier multiplier;

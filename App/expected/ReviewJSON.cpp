@@ -38,7 +38,7 @@ Json sourceJSON(const DTSCalculationInput& s) {
 
 Json categoryJSON(const PayrollReviewCategory& c) {
     Json json;
-    if (c.comparisonConcept) json["comparisonConcept"] = *c.comparisonConcept;
+    if (c.comparisonConcept) json["comparisonConcept"] = toRawValue(*c.comparisonConcept);
     json["ruleID"] = c.ruleID.value();
     json["label"] = c.label;
     json["multiplier"] = c.multiplier.value().toString();

@@ -459,16 +459,17 @@ SandboxConfiguration ProductionRulesets::sandboxFor(const PayrollRuleConfigurati
                                             RuleID(schedule.bandMinimumTargetRuleID.value_or(enabled.back().ruleID)),
                                             WorkDuration(schedule.finalBandMinimumSeconds));
     }
-    static const std::array<std::pair<const char*, const char*>, 3> bandWords{
-        {{"Straight Time", "straightTime"}, {"Time and a Half", "overtime"}, {"Double Time", "doubleTime"}}};
+    static const std::array<std::pair<const char*, PayComparisonConcept>, 3> bandWords{{{"Straight Time", PayComparisonConcept::straight},
+                                                                                        {"Time and a Half", PayComparisonConcept::overtime},
+                                                                                        {"Double Time", PayComparisonConcept::doubleTime}}};
     for (std::size_t i = 0; i < enabled.size() && i < bandWords.size(); ++i) {
         sandbox.labelsByRuleID[enabled[i].ruleID] = bandWords[i].first;
         sandbox.comparisonConceptsByRuleID[enabled[i].ruleID] = bandWords[i].second;
     }
+    // Guaranteed time is paid inside the bands, so the guarantees have labels for their traces but no
+    // comparison concept of their own.
     sandbox.labelsByRuleID[schedule.dailyMinimumRuleID] = "Daily Minimum";
-    sandbox.comparisonConceptsByRuleID[schedule.dailyMinimumRuleID] = "dailyMinimumGuarantee";
     sandbox.labelsByRuleID[schedule.finalBandMinimumRuleID] = "Golden Hour";
-    sandbox.comparisonConceptsByRuleID[schedule.finalBandMinimumRuleID] = "bandMinimumGuarantee";
 
     const MealPenaltyCompensationRulesDraft& meal = configuration.mealPenaltyRules;
     sandbox.mealPenaltyFixedDollarWeeklyLimit = meal.fixedDollarWeeklyLimit;

@@ -8,6 +8,7 @@
 #include "App/model/ModelContext.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/rules/MealPenaltyRules.hpp"
+#include "App/rules/PayComparisonConcept.hpp"
 #include "App/rules/RulesetDrafts.hpp"
 #include "App/rules/RulesetValidationError.hpp"
 #include "PayrollDomain/DailyMinimumGuarantee.hpp"
@@ -76,7 +77,7 @@ struct SandboxConfiguration {
     std::vector<MinimumBandGuarantee> bandGuarantees{};
     RoundingRule moneyRoundingRule = RoundingRule::cents();
     std::map<std::string, std::string> labelsByRuleID{};
-    std::map<std::string, std::string> comparisonConceptsByRuleID{};
+    std::map<std::string, PayComparisonConcept> comparisonConceptsByRuleID{};
     std::optional<FixedDollarMealPenaltySchedule> mealPenaltySchedule{};
     std::optional<std::string> mealPenaltyProblem{};  // why there is no schedule ("Meal Penalty Rules are incomplete.")
     std::int64_t mealPenaltyFixedDollarWeeklyLimit = 20;

@@ -139,7 +139,9 @@ Json sandboxJSON(const SandboxConfiguration& s) {
     json["bandGuarantees"] = std::move(guarantees);
     json["moneyRoundingRule"] = cj::toJSON(s.moneyRoundingRule);
     json["labelsByRuleID"] = s.labelsByRuleID;
-    json["comparisonConceptsByRuleID"] = s.comparisonConceptsByRuleID;
+    Json concepts = Json::object();
+    for (const auto& [ruleID, concept_] : s.comparisonConceptsByRuleID) concepts[ruleID] = toRawValue(concept_);
+    json["comparisonConceptsByRuleID"] = std::move(concepts);
     if (s.mealPenaltySchedule) {
         Json early = Json::array();
         for (const auto& amount : s.mealPenaltySchedule->earlyOrdinalAmounts()) early.push_back(cj::toJSON(amount));

@@ -94,6 +94,11 @@ TEST_F(RulesCommands, TheSandboxGivesBandsThatTheCalculatorTakes) {
     const Json sandbox = run({"rules", "sandbox", "--date", "2026-11-03", "--locality", "distant", "--json"}).json();
     EXPECT_EQ(sandbox["rulesLocality"], "distant");
     EXPECT_EQ(sandbox["mealPenaltySchedule"]["ruleID"], "production.meal-penalty.schedule-b");
+    // Pay comparison pairs each band with stub lines by these concepts; guaranteed time is paid inside the bands.
+    EXPECT_EQ(nlohmann::json::parse(sandbox["comparisonConceptsByRuleID"].dump()),
+              (nlohmann::json{{"production.distant.band.straight-time", "straight"},
+                              {"production.distant.band.time-and-a-half", "overtime"},
+                              {"production.distant.band.double-time", "double"}}));
     Json day{{"bands", sandbox["bands"]}, {"segments", Json::array({Json{{"kind", "compensableWork"}, {"durationSeconds", 36000}}})}};
     std::istringstream in(day.dump());
     std::ostringstream out, err;
