@@ -213,6 +213,14 @@ void UserSettingsStore::save() const {
     std::filesystem::rename(temporary, path_);
 }
 
+PayrollCategoryLabelPreferences UserSettingsStore::categoryLabels() const {
+    const auto preference = [&](std::string_view key) {
+        return value(key).get<std::string>() == "multiplier" ? PayrollCategoryLabelPreference::multiplier
+                                                             : PayrollCategoryLabelPreference::payrollAbbreviation;
+    };
+    return {preference("userSettings.straightTimeLabel"), preference("userSettings.overtimeLabel"), preference("userSettings.doubleTimeLabel")};
+}
+
 GoldenHourAdvisorySettings UserSettingsStore::goldenHourAdvisory() const {
     GoldenHourAdvisorySettings settings;
     settings.enabled = value("userSettings.goldenHourAdvisoryEnabled").get<bool>();

@@ -41,6 +41,15 @@ struct GoldenHourAdvisorySettings {
     std::set<std::string> dismissals{};  // advisory keys
 };
 
+// How the straight-time, overtime and double-time categories are labelled: by their payroll abbreviation
+// ("ST", "OT", "DT") or by their multiplier ("1.5x").
+enum class PayrollCategoryLabelPreference { payrollAbbreviation, multiplier };
+struct PayrollCategoryLabelPreferences {
+    PayrollCategoryLabelPreference straightTime = PayrollCategoryLabelPreference::payrollAbbreviation;
+    PayrollCategoryLabelPreference overtime = PayrollCategoryLabelPreference::payrollAbbreviation;
+    PayrollCategoryLabelPreference doubleTime = PayrollCategoryLabelPreference::payrollAbbreviation;
+};
+
 // The user's preferences outside any production, one JSON file per environment under
 // $XDG_CONFIG_HOME/Tessel/ ("settings.json", "settings-test.json"). Changing a "newProduction…" value
 // never touches existing productions: it is copied only when a production is created.
@@ -74,6 +83,7 @@ public:
     std::optional<Uuid> mostRecentlyUsedProductionID() const;
     void setMostRecentlyUsedProductionID(const std::optional<Uuid>& id);
 
+    PayrollCategoryLabelPreferences categoryLabels() const;
     GoldenHourAdvisorySettings goldenHourAdvisory() const;
     // Adds an advisory key to the dismissals (kept once) and writes the file.
     void dismissGoldenHourAdvisory(const std::string& key);

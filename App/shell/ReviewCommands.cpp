@@ -9,6 +9,7 @@
 
 #include "App/dts/DailyTimeSheets.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
+#include "App/expected/CategoryLabels.hpp"
 #include "App/expected/ExpectedPayrollReview.hpp"
 #include "App/expected/GoldenHourAdvisory.hpp"
 #include "App/expected/ReviewJSON.hpp"
@@ -43,9 +44,10 @@ std::string datedHeading(CalendarDate date) {
     return std::string(weekdayNames[static_cast<std::size_t>(ProductionWeekCalendars::weekdayOf(date) - 1)]) + " " + calendar_text::formatDate(date);
 }
 
-void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCategory>& categories, const std::string& indent) {
+void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCategory>& categories, const std::string& indent,
+                     const PayrollCategoryLabelPreferences& labels) {
     for (const auto& c : categories) {
-        text << indent << padded(c.label, 17) << padded(hours(c.paidDuration), 9) << "x" << padded(c.multiplier.value().toString(), 5)
+        text << indent << padded(displayLabel(c, labels), 8) << padded(hours(c.paidDuration), 9) << "x" << padded(c.multiplier.value().toString(), 5)
              << padded(amount(c.compensation), 10);
         if (c.guaranteedDuration > WorkDuration()) text << " (" << hours(c.guaranteedDuration) << " guaranteed)";
         text << "\n";
@@ -72,7 +74,7 @@ std::string scheduleWords(const std::string& dayKind) {
     return dayKind;
 }
 
-void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
+void writeDay(std::ostringstream& text, const DailyPayrollReview& d, const PayrollCategoryLabelPreferences& labels) {
     const auto& s = d.source;
     text << "  " << datedHeading(d.calendarDate);
     if (s.workMode != CrewDailyWorkMode::timed) text << "  " << toRawValue(s.workMode) << " day";
@@ -94,7 +96,7 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d) {
         text << "      Calculation failed: " << d.status.failure << "\n";
         return;
     }
-    writeCategories(text, d.categories, "      ");
+    writeCategories(text, d.categories, "      ", labels);
     if (d.dailyMinimumTrace && d.dailyMinimumTrace->guaranteedAdditionalDuration > WorkDuration()) {
         text << "      Daily minimum (" << description(*d.dailyMinimumSource) << "): " << description(d.dailyMinimumTrace->reason) << "\n";
     }
@@ -156,7 +158,7 @@ std::string scheduleOf(const WeeklyCrewPayrollReview& r, const PayrollReviewCate
 
 // The week's categories by classification (positions are not yet known, so all are unassigned), then by
 // the schedule they were paid under.
-void writeWeekCategories(std::ostringstream& text, const WeeklyCrewPayrollReview& r) {
+void writeWeekCategories(std::ostringstream& text, const WeeklyCrewPayrollReview& r, const PayrollCategoryLabelPreferences& labels) {
     if (r.categories.empty()) return;
     text << "    " << review_words::unassignedClassification << "\n";
     for (const std::string group : {"ordinary", "sixthDay", "seventhDay"}) {
@@ -164,11 +166,11 @@ void writeWeekCategories(std::ostringstream& text, const WeeklyCrewPayrollReview
         std::copy_if(r.categories.begin(), r.categories.end(), std::back_inserter(paid), [&](const auto& c) { return scheduleOf(r, c) == group; });
         if (paid.empty()) continue;
         if (group != "ordinary") text << "    " << (group == "sixthDay" ? "Sixth-day" : "Seventh-day") << " schedule:\n";
-        writeCategories(text, paid, "    ");
+        writeCategories(text, paid, "    ", labels);
     }
 }
 
-std::string weeklyText(const WeeklyCrewPayrollReview& r) {
+std::string weeklyText(const WeeklyCrewPayrollReview& r, const PayrollCategoryLabelPreferences& labels) {
     std::ostringstream text;
     text << r.crewName << ", week of " << calendar_text::formatDate(r.weekStartDate) << " (" << r.configurationName << ")\n";
     // Days and activities in date order (each list is already by date).
@@ -176,14 +178,14 @@ std::string weeklyText(const WeeklyCrewPayrollReview& r) {
     auto activity = r.nonDTSActivities.begin();
     while (day != r.days.end() || activity != r.nonDTSActivities.end()) {
         if (activity == r.nonDTSActivities.end() || (day != r.days.end() && day->calendarDate <= activity->calendarDate)) {
-            writeDay(text, *day++);
+            writeDay(text, *day++, labels);
         } else {
             writeActivity(text, *activity++);
         }
     }
     if (r.days.empty() && r.nonDTSActivities.empty()) text << "  No DTS row or activity in this Payroll Week.\n";
     text << "  Week:\n";
-    writeWeekCategories(text, r);
+    writeWeekCategories(text, r, labels);
     if (!r.mealPenalties.occurrences.empty()) {
         text << "    Meal penalties: " << r.mealPenalties.occurrences.size() << ", " << meal_penalty_words::fixedDollarSubtotal << " "
              << amount(r.mealPenalties.fixedDollarSubtotal);
@@ -245,7 +247,7 @@ int reviewWeek(CommandSession& session, const ReviewCommandArguments& a) {
         std::string text;
         for (const auto& r : reviews) {
             list.push_back(review_json::toJSON(r));
-            text += weeklyText(r) + "\n";
+            text += weeklyText(r, session.settings().categoryLabels()) + "\n";
         }
         if (reviews.empty()) text = "Nobody worked or had an activity in this Payroll Week.\n";
         session.answer(Json{{"weeklyReviews", std::move(list)}}, text);
@@ -393,7 +395,7 @@ int calcDay(CommandSession& session, const ReviewCommandArguments& a) {
         const DailyPayrollReview review = DailyReviewCalculator::calculate(inputs);
         std::ostringstream text;
         text << rules.name << "\n";
-        writeDay(text, review);
+        writeDay(text, review, session.settings().categoryLabels());
         session.answer(review_json::toJSON(review), text.str());
         return exitSuccess;
     } catch (const std::invalid_argument& error) {

@@ -81,17 +81,28 @@ TEST_F(ReviewCommands, TheWeekShowsSixthDayHoursUnderTheirOwnSchedule) {
         ASSERT_EQ(run({"dts", "create", date}).status, 0);
         ASSERT_EQ(run({"dts", "set", date, "--call", "7.0", "--lunch-out", "13.0", "--lunch-in", "13.5", "--wrap", "17.0"}).status, 0);
     }
-    const auto outcome = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
-    const auto week = outcome.out.substr(outcome.out.find("  Week:"));
+    const auto weekText = [&] {
+        const auto outcome = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
+        return outcome.out.substr(outcome.out.find("  Week:"));
+    };
     // Monday to Friday: 8 h straight time each, and 1.5 h (Tuesday 3.5 h) at time and a half.
-    EXPECT_NE(week.find("    Unassigned Classification\n"
-                        "    Straight Time    40.0 h   x1    1800.00   \n"
-                        "    Time and a Half  9.5 h    x1.5  641.25    \n"
-                        "    Sixth-day schedule:\n"
-                        "    Straight Time    8.0 h    x1.5  540.00    \n"
-                        "    Time and a Half  1.5 h    x1.5  101.25    \n"),
+    EXPECT_NE(weekText().find("    Unassigned Classification\n"
+                              "    ST      40.0 h   x1    1800.00   \n"
+                              "    OT      9.5 h    x1.5  641.25    \n"
+                              "    Sixth-day schedule:\n"
+                              "    ST      8.0 h    x1.5  540.00    \n"
+                              "    OT      1.5 h    x1.5  101.25    \n"),
               std::string::npos)
-        << week;
+        << weekText();
+    // Labelled by multiplier instead, as the user may prefer.
+    ASSERT_EQ(run({"settings", "set", "userSettings.straightTimeLabel", "multiplier"}).status, 0);
+    ASSERT_EQ(run({"settings", "set", "userSettings.overtimeLabel", "multiplier"}).status, 0);
+    EXPECT_NE(weekText().find("    1x      40.0 h   x1    1800.00   \n"
+                              "    1.5x    9.5 h    x1.5  641.25    \n"
+                              "    Sixth-day schedule:\n"
+                              "    1.5x    8.0 h    x1.5  540.00    \n"),
+              std::string::npos)
+        << weekText();
 }
 
 TEST_F(ReviewCommands, AGoldenHourAdvisoryOnceDismissedStaysDismissed) {
