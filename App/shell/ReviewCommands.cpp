@@ -28,6 +28,15 @@ namespace weeks = payroll_week_repository;
 
 constexpr std::array<const char*, 7> weekdayNames{"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
 
+// How the review text is written: the user's category labels, and whether money is shown at all.
+struct ReviewTextStyle {
+    PayrollCategoryLabelPreferences labels;
+    bool showMoney = true;
+    static ReviewTextStyle of(const UserSettingsStore& settings) {
+        return {settings.categoryLabels(), settings.value("userSettings.showMonetaryDetails").get<bool>()};
+    }
+};
+
 std::string hours(WorkDuration duration) { return formatDuration(duration.seconds()) + " h"; }
 std::string amount(const std::optional<Money>& money) { return money ? money->amount().toString() : "-"; }
 
@@ -45,12 +54,14 @@ std::string datedHeading(CalendarDate date) {
 }
 
 void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCategory>& categories, const std::string& indent,
-                     const PayrollCategoryLabelPreferences& labels) {
+                     const ReviewTextStyle& style) {
     for (const auto& c : categories) {
-        text << indent << padded(displayLabel(c, labels), 8) << padded(hours(c.paidDuration), 9) << "x" << padded(c.multiplier.value().toString(), 5)
-             << padded(amount(c.compensation), 10);
-        if (c.guaranteedDuration > WorkDuration()) text << " (" << hours(c.guaranteedDuration) << " guaranteed)";
-        text << "\n";
+        std::string line = indent + padded(displayLabel(c, style.labels), 8) + padded(hours(c.paidDuration), 9) + "x" +
+                           padded(c.multiplier.value().toString(), 5);
+        if (style.showMoney) line += padded(amount(c.compensation), 10);
+        if (c.guaranteedDuration > WorkDuration()) line += " (" + hours(c.guaranteedDuration) + " guaranteed)";
+        line.erase(line.find_last_not_of(' ') + 1);  // the padding of the last column
+        text << line << "\n";
     }
 }
 
@@ -74,7 +85,7 @@ std::string scheduleWords(const std::string& dayKind) {
     return dayKind;
 }
 
-void writeDay(std::ostringstream& text, const DailyPayrollReview& d, const PayrollCategoryLabelPreferences& labels) {
+void writeDay(std::ostringstream& text, const DailyPayrollReview& d, const ReviewTextStyle& style) {
     const auto& s = d.source;
     text << "  " << datedHeading(d.calendarDate);
     if (s.workMode != CrewDailyWorkMode::timed) text << "  " << toRawValue(s.workMode) << " day";
@@ -96,7 +107,7 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d, const Payro
         text << "      Calculation failed: " << d.status.failure << "\n";
         return;
     }
-    writeCategories(text, d.categories, "      ", labels);
+    writeCategories(text, d.categories, "      ", style);
     if (d.dailyMinimumTrace && d.dailyMinimumTrace->guaranteedAdditionalDuration > WorkDuration()) {
         text << "      Daily minimum (" << description(*d.dailyMinimumSource) << "): " << description(d.dailyMinimumTrace->reason) << "\n";
     }
@@ -129,6 +140,7 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d, const Payro
     text << "      " << (d.goldenHourTarget ? std::string(review_words::goldenHourWrap) + " " + formatTimeOfDay(d.goldenHourTarget->targetTime, d.calendarDate)
                                             : std::string(review_words::goldenHourUnavailable))
          << "\n";
+    if (!style.showMoney) return;
     for (const auto& a : d.additionalCompensation) {
         text << "      " << label(a.kind) << " " << a.compensation.amount().toString() << (a.presentationDetail ? " (" + *a.presentationDetail + ")" : "") << "\n";
     }
@@ -136,12 +148,12 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d, const Payro
     text << "      Day total: " << (d.compensation ? d.compensation->amount().toString() : std::string(review_words::noApplicablePayRate)) << "\n";
 }
 
-void writeActivity(std::ostringstream& text, const NonDTSPayrollActivityReview& a) {
+void writeActivity(std::ostringstream& text, const NonDTSPayrollActivityReview& a, const ReviewTextStyle& style) {
     text << "  " << datedHeading(a.calendarDate) << "  " << activityKindLabel(a.kindRawValue);
     if (a.travelDurationSeconds) text << " " << formatDuration(*a.travelDurationSeconds) << " h";
     text << ": " << a.words;
-    if (a.idleCompensation && a.idleCompensation->result) text << " " << a.idleCompensation->result->compensation.amount().toString();
-    if (a.holidayCompensation && a.holidayCompensation->result) text << " " << a.holidayCompensation->result->compensation.amount().toString();
+    if (style.showMoney && a.idleCompensation && a.idleCompensation->result) text << " " << a.idleCompensation->result->compensation.amount().toString();
+    if (style.showMoney && a.holidayCompensation && a.holidayCompensation->result) text << " " << a.holidayCompensation->result->compensation.amount().toString();
     text << "\n";
 }
 
@@ -158,7 +170,7 @@ std::string scheduleOf(const WeeklyCrewPayrollReview& r, const PayrollReviewCate
 
 // The week's categories by classification (positions are not yet known, so all are unassigned), then by
 // the schedule they were paid under.
-void writeWeekCategories(std::ostringstream& text, const WeeklyCrewPayrollReview& r, const PayrollCategoryLabelPreferences& labels) {
+void writeWeekCategories(std::ostringstream& text, const WeeklyCrewPayrollReview& r, const ReviewTextStyle& style) {
     if (r.categories.empty()) return;
     text << "    " << review_words::unassignedClassification << "\n";
     for (const std::string group : {"ordinary", "sixthDay", "seventhDay"}) {
@@ -166,11 +178,11 @@ void writeWeekCategories(std::ostringstream& text, const WeeklyCrewPayrollReview
         std::copy_if(r.categories.begin(), r.categories.end(), std::back_inserter(paid), [&](const auto& c) { return scheduleOf(r, c) == group; });
         if (paid.empty()) continue;
         if (group != "ordinary") text << "    " << (group == "sixthDay" ? "Sixth-day" : "Seventh-day") << " schedule:\n";
-        writeCategories(text, paid, "    ", labels);
+        writeCategories(text, paid, "    ", style);
     }
 }
 
-std::string weeklyText(const WeeklyCrewPayrollReview& r, const PayrollCategoryLabelPreferences& labels) {
+std::string weeklyText(const WeeklyCrewPayrollReview& r, const ReviewTextStyle& style) {
     std::ostringstream text;
     text << r.crewName << ", week of " << calendar_text::formatDate(r.weekStartDate) << " (" << r.configurationName << ")\n";
     // Days and activities in date order (each list is already by date).
@@ -178,26 +190,29 @@ std::string weeklyText(const WeeklyCrewPayrollReview& r, const PayrollCategoryLa
     auto activity = r.nonDTSActivities.begin();
     while (day != r.days.end() || activity != r.nonDTSActivities.end()) {
         if (activity == r.nonDTSActivities.end() || (day != r.days.end() && day->calendarDate <= activity->calendarDate)) {
-            writeDay(text, *day++, labels);
+            writeDay(text, *day++, style);
         } else {
-            writeActivity(text, *activity++);
+            writeActivity(text, *activity++, style);
         }
     }
     if (r.days.empty() && r.nonDTSActivities.empty()) text << "  No DTS row or activity in this Payroll Week.\n";
     text << "  Week:\n";
-    writeWeekCategories(text, r, labels);
+    writeWeekCategories(text, r, style);
     if (!r.mealPenalties.occurrences.empty()) {
-        text << "    Meal penalties: " << r.mealPenalties.occurrences.size() << ", " << meal_penalty_words::fixedDollarSubtotal << " "
-             << amount(r.mealPenalties.fixedDollarSubtotal);
+        text << "    Meal penalties: " << r.mealPenalties.occurrences.size();
+        if (style.showMoney) text << ", " << meal_penalty_words::fixedDollarSubtotal << " " << amount(r.mealPenalties.fixedDollarSubtotal);
         if (r.mealPenalties.unresolvedPrevailingRateCount > 0) {
             text << "; " << meal_penalty_words::contractVerificationRequired << " (" << r.mealPenalties.unresolvedPrevailingRateCount << ")\n"
                  << "      " << meal_penalty_words::prevailingRateExplanation;
         }
         text << "\n";
     }
-    for (const auto& a : r.additionalCompensation) text << "    " << label(a.kind) << " " << a.compensation.amount().toString() << "\n";
-    if (r.boxRentalCompensation) text << "    Box / kit rental " << r.boxRentalCompensation->amount().toString() << "\n";
+    if (style.showMoney) {
+        for (const auto& a : r.additionalCompensation) text << "    " << label(a.kind) << " " << a.compensation.amount().toString() << "\n";
+        if (r.boxRentalCompensation) text << "    Box / kit rental " << r.boxRentalCompensation->amount().toString() << "\n";
+    }
     writeIssues(text, r.issues);
+    if (!style.showMoney) return text.str();
     text << "    " << (r.estimatedGrossIsPartial ? review_words::estimatedGrossPartial : review_words::estimatedGross) << ": "
          << amount(r.estimatedGross) << (r.estimatedGross ? " " + r.estimatedGross->currency().code() : "") << "\n";
     if (!r.missingRateDates.empty()) text << "    " << review_words::partialExplanation << "\n";
@@ -247,7 +262,7 @@ int reviewWeek(CommandSession& session, const ReviewCommandArguments& a) {
         std::string text;
         for (const auto& r : reviews) {
             list.push_back(review_json::toJSON(r));
-            text += weeklyText(r, session.settings().categoryLabels()) + "\n";
+            text += weeklyText(r, ReviewTextStyle::of(session.settings())) + "\n";
         }
         if (reviews.empty()) text = "Nobody worked or had an activity in this Payroll Week.\n";
         session.answer(Json{{"weeklyReviews", std::move(list)}}, text);
@@ -395,7 +410,7 @@ int calcDay(CommandSession& session, const ReviewCommandArguments& a) {
         const DailyPayrollReview review = DailyReviewCalculator::calculate(inputs);
         std::ostringstream text;
         text << rules.name << "\n";
-        writeDay(text, review, session.settings().categoryLabels());
+        writeDay(text, review, ReviewTextStyle::of(session.settings()));
         session.answer(review_json::toJSON(review), text.str());
         return exitSuccess;
     } catch (const std::invalid_argument& error) {

@@ -50,6 +50,16 @@ TEST_F(ReviewCommands, TheTextReviewNamesTheDayAndItsTotal) {
               std::string::npos);
 }
 
+TEST_F(ReviewCommands, TheTextReviewHidesMoneyWhenTheUserAsks) {
+    ASSERT_EQ(run({"settings", "set", "userSettings.showMonetaryDetails", "false"}).status, 0);
+    const auto outcome = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
+    EXPECT_NE(outcome.out.find("      OT      3.5 h    x1.5\n"), std::string::npos) << outcome.out;
+    for (const char* money : {"236.25", "Day total", "Estimated Gross"}) EXPECT_EQ(outcome.out.find(money), std::string::npos) << money;
+    // The records keep their money.
+    EXPECT_EQ(run({"review", "week", "2026-11-03", "--crew", "Rowan Vale", "--json"}).json()["weeklyReviews"][0]["estimatedGross"]["amount"],
+              "596.25");
+}
+
 TEST_F(ReviewCommands, TheTextReviewNamesAllowancesAsTheyAreCalled) {
     Json rules = run({"rules", "show", "--json"}).json();
     rules["additionalCompensation"] =
@@ -87,20 +97,20 @@ TEST_F(ReviewCommands, TheWeekShowsSixthDayHoursUnderTheirOwnSchedule) {
     };
     // Monday to Friday: 8 h straight time each, and 1.5 h (Tuesday 3.5 h) at time and a half.
     EXPECT_NE(weekText().find("    Unassigned Classification\n"
-                              "    ST      40.0 h   x1    1800.00   \n"
-                              "    OT      9.5 h    x1.5  641.25    \n"
+                              "    ST      40.0 h   x1    1800.00\n"
+                              "    OT      9.5 h    x1.5  641.25\n"
                               "    Sixth-day schedule:\n"
-                              "    ST      8.0 h    x1.5  540.00    \n"
-                              "    OT      1.5 h    x1.5  101.25    \n"),
+                              "    ST      8.0 h    x1.5  540.00\n"
+                              "    OT      1.5 h    x1.5  101.25\n"),
               std::string::npos)
         << weekText();
     // Labelled by multiplier instead, as the user may prefer.
     ASSERT_EQ(run({"settings", "set", "userSettings.straightTimeLabel", "multiplier"}).status, 0);
     ASSERT_EQ(run({"settings", "set", "userSettings.overtimeLabel", "multiplier"}).status, 0);
-    EXPECT_NE(weekText().find("    1x      40.0 h   x1    1800.00   \n"
-                              "    1.5x    9.5 h    x1.5  641.25    \n"
+    EXPECT_NE(weekText().find("    1x      40.0 h   x1    1800.00\n"
+                              "    1.5x    9.5 h    x1.5  641.25\n"
                               "    Sixth-day schedule:\n"
-                              "    1.5x    8.0 h    x1.5  540.00    \n"),
+                              "    1.5x    8.0 h    x1.5  540.00\n"),
               std::string::npos)
         << weekText();
 }
