@@ -93,6 +93,10 @@ std::optional<Production> CommandSession::production() {
     return std::nullopt;
 }
 
+std::string counted(std::int64_t count, std::string_view one, std::string_view many) {
+    return std::to_string(count) + " " + std::string(count == 1 ? one : many);
+}
+
 CrewMember crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name) {
     std::optional<CrewMember> found;
     for (const auto& member : crew_repository::crewMembers(context, productionID)) {

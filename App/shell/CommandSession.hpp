@@ -22,6 +22,9 @@ struct Refused {
 // no one or more than one person of the production carries is refused rather than guessed.
 CrewMember crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name);
 
+// "1 week", "3 weeks": a count with its noun in the right number.
+std::string counted(std::int64_t count, std::string_view one, std::string_view many);
+
 // The global options every command shares.
 struct GlobalOptions {
     std::string storeRoot;   // --store-root, else TESSEL_STORE_ROOT, else the application data folder

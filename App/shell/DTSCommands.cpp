@@ -140,7 +140,7 @@ int createDTS(CommandSession& session, const DTSCommandArguments& a) {
         const Workday workday = DailyTimeSheets::create(context, production.id, date);
         const auto rows = weeks::entries(context, workday.id).size();
         session.answer(Json{{"id", workday.id.text()}, {"date", a.date}, {"rowCount", rows}},
-                       "Created the DTS for " + a.date + " with " + std::to_string(rows) + (rows == 1 ? " crew row.\n" : " crew rows.\n"));
+                       "Created the DTS for " + a.date + " with " + counted(rows, "crew row", "crew rows") + ".\n");
         return int{exitSuccess};
     });
 }
@@ -451,7 +451,7 @@ int addActivity(CommandSession& session, const DTSCommandArguments& a) {
         const auto saved = NonDTSActivities::save(context, production.id, draft);
         session.answer(Json{{"saved", saved.size()}},
                        "Recorded " + std::string(label(*kind)) + " on " + a.date + " for " +
-                           std::to_string(saved.size()) + (saved.size() == 1 ? " person.\n" : " people.\n"));
+                           counted(static_cast<std::int64_t>(saved.size()), "person", "people") + ".\n");
         return int{exitSuccess};
     });
 }
@@ -492,7 +492,7 @@ int removeActivity(CommandSession& session, const DTSCommandArguments& a) {
         if (a.name.empty()) {
             const int removed = NonDTSActivities::removeAllOnDate(context, production.id, date);
             session.answer(Json{{"removed", removed}}, std::string(activity_messages::removeDayExplanation) + " Removed " +
-                                                           std::to_string(removed) + ".\n");
+                                                           counted(removed, "activity", "activities") + ".\n");
             return int{exitSuccess};
         }
         const CrewMember member = crewMemberNamed(context, production.id, a.name);

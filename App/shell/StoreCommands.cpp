@@ -201,9 +201,9 @@ int rebuildWeeks(CommandSession& session) {
         session.answer(Json{{"movedRecords", summary.movedRecords},
                             {"createdWeeks", summary.createdWeeks},
                             {"removedWeeks", summary.removedWeeks}},
-                       "Rebuilt Payroll Weeks: " + std::to_string(summary.movedRecords) + " DTS and activities regrouped, " +
-                           std::to_string(summary.createdWeeks) + " weeks created, " +
-                           std::to_string(summary.removedWeeks) + " emptied weeks removed.\n");
+                       "Rebuilt Payroll Weeks: " + counted(summary.movedRecords, "DTS or activity", "DTS and activities") + " regrouped, " +
+                           counted(summary.createdWeeks, "week", "weeks") + " created, " +
+                           counted(summary.removedWeeks, "emptied week", "emptied weeks") + " removed.\n");
         return exitSuccess;
     } catch (const PayrollWeekRebuildError& error) {
         return session.refuse(error.caseName(), error.description());
@@ -218,7 +218,7 @@ int deleteWeeks(CommandSession& session, const std::string& which, bool all) {
         const int count = store.perform(
             [&](ModelContext& context) { return ProductionWeekCalendars::deleteAllWeeks(context, production->id); });
         session.answer(Json{{"deletedWeeks", count}}, "Deleted every Payroll Week, DTS, crew-entry row, and Non-DTS Activity for " +
-                                                          production->name + " (" + std::to_string(count) + " weeks).\n");
+                                                          production->name + " (" + counted(count, "week", "weeks") + ").\n");
         return exitSuccess;
     }
     const auto date = parseDate(which);

@@ -88,6 +88,14 @@ TEST_F(StoreCommands, WeekStartDayAppliesToNewWeeks) {
     EXPECT_EQ(run({"week", "start-weekday", "0"}).status, 1);
 }
 
+TEST_F(StoreCommands, RebuildingRegroupsASundayIntoTheWeekItNowStarts) {
+    ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
+    ASSERT_EQ(run({"dts", "create", "2026-11-08"}).status, 0);  // the last day of a week starting Monday
+    ASSERT_EQ(run({"week", "start-weekday", "1"}).status, 0);
+    EXPECT_EQ(run({"week", "rebuild"}).out, "Rebuilt Payroll Weeks: 1 DTS or activity regrouped, 1 week created, 1 emptied week removed.\n");
+    EXPECT_EQ(run({"week", "list", "--json"}).json()["payrollWeeks"][0]["startDate"], "2026-11-08");
+}
+
 }  // namespace
 }  // namespace tessel
 
