@@ -260,9 +260,10 @@ int reviewWeek(CommandSession& session, const ReviewCommandArguments& a) {
         }
         Json list = Json::array();
         std::string text;
+        const auto style = ReviewTextStyle::of(session.settings());
         for (const auto& r : reviews) {
             list.push_back(review_json::toJSON(r));
-            text += weeklyText(r, ReviewTextStyle::of(session.settings())) + "\n";
+            text += weeklyText(r, style) + "\n";
         }
         if (reviews.empty()) text = "Nobody worked or had an activity in this Payroll Week.\n";
         session.answer(Json{{"weeklyReviews", std::move(list)}}, text);
