@@ -500,6 +500,7 @@ struct ExpectedPayrollReview::Session {
                 }
             }
             for (const auto& activity : review.nonDTSActivities) {
+                if (const auto issue = activityIssue(activity, review.crewMemberID)) review.issues.push_back(*issue);
                 if (activity.idleCompensation) {
                     review.idleCompensation.push_back(*activity.idleCompensation);
                     if (activity.idleCompensation->result) gross = gross + activity.idleCompensation->result->compensation;
@@ -520,6 +521,20 @@ struct ExpectedPayrollReview::Session {
         } catch (const PayrollReviewError& error) {
             weekFailure(review, error.what());
         }
+    }
+
+    // An idle or holiday day whose pay cannot be calculated for want of the person's rate or engagement is
+    // an issue to fix on the crew member. A missing rule shows on the activity itself: it is fixed in the
+    // rules, not on anyone.
+    static std::optional<PayrollReviewIssue> activityIssue(const NonDTSPayrollActivityReview& activity, const Uuid& crewMemberID) {
+        const bool missingRate =
+            (activity.idleCompensation && activity.idleCompensation->status == IdlePayrollContribution::Status::missingRate) ||
+            (activity.holidayCompensation && activity.holidayCompensation->status == HolidayPayrollContribution::Status::missingRate);
+        const bool missingEngagement =
+            activity.holidayCompensation && activity.holidayCompensation->status == HolidayPayrollContribution::Status::missingEngagement;
+        if (!missingRate && !missingEngagement) return std::nullopt;
+        return PayrollReviewIssue{missingRate ? PayrollReviewIssue::Kind::missingRate : PayrollReviewIssue::Kind::calculationFailure,
+                                  activity.words, PayrollReviewIssue::DestinationKind::crewMember, crewMemberID};
     }
 
     // A day that could not be calculated, or an idle or holiday activity whose pay could not be, adds

@@ -283,6 +283,10 @@ TEST_F(ExpectedPayroll, AnIdleDayWithoutARateLeavesTheGrossPartial) {
     ASSERT_EQ(week.idleCompensation.size(), 1u);
     EXPECT_EQ(week.idleCompensation[0].status, IdlePayrollContribution::Status::missingRate);
     EXPECT_TRUE(week.estimatedGrossIsPartial);
+    ASSERT_EQ(week.issues.size(), 1u);  // fixed by giving Ada a rate
+    EXPECT_EQ(week.issues[0].kind, PayrollReviewIssue::Kind::missingRate);
+    EXPECT_EQ(week.issues[0].message, "No applicable straight-time rate for Idle");
+    EXPECT_EQ(week.issues[0].destination, ada.id);
 }
 
 TEST_F(ExpectedPayroll, TheGoldenHourAdvisoryShowsWithinItsThresholdUntilTheTargetOrADismissal) {
