@@ -221,6 +221,8 @@ PayrollCategoryLabelPreferences UserSettingsStore::categoryLabels() const {
     return {preference("userSettings.straightTimeLabel"), preference("userSettings.overtimeLabel"), preference("userSettings.doubleTimeLabel")};
 }
 
+bool UserSettingsStore::showMonetaryDetails() const { return value("userSettings.showMonetaryDetails").get<bool>(); }
+
 GoldenHourAdvisorySettings UserSettingsStore::goldenHourAdvisory() const {
     GoldenHourAdvisorySettings settings;
     settings.enabled = value("userSettings.goldenHourAdvisoryEnabled").get<bool>();

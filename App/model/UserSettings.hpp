@@ -84,6 +84,7 @@ public:
     void setMostRecentlyUsedProductionID(const std::optional<Uuid>& id);
 
     PayrollCategoryLabelPreferences categoryLabels() const;
+    bool showMonetaryDetails() const;
     GoldenHourAdvisorySettings goldenHourAdvisory() const;
     // Adds an advisory key to the dismissals (kept once) and writes the file.
     void dismissGoldenHourAdvisory(const std::string& key);

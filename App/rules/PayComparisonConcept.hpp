@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string_view>
 
 namespace tessel {
@@ -10,8 +9,5 @@ namespace tessel {
 enum class PayComparisonConcept { straight, overtime, doubleTime, meal, mileage, cellPhone, vacation, boxRental, holiday };
 
 std::string_view toRawValue(PayComparisonConcept concept_) noexcept;
-std::optional<PayComparisonConcept> payComparisonConceptFromRawValue(std::string_view raw) noexcept;
-// "Straight Time", "Overtime", "Double Time", "Meal Penalty", …
-std::string_view title(PayComparisonConcept concept_) noexcept;
 
 }  // namespace tessel

@@ -97,18 +97,20 @@ std::string counted(std::int64_t count, std::string_view one, std::string_view m
     return std::to_string(count) + " " + std::string(count == 1 ? one : many);
 }
 
+std::vector<CrewMember> crewMembersNamed(ModelContext& context, const Uuid& productionID, const std::string& name) {
+    auto crew = crew_repository::crewMembers(context, productionID);
+    std::erase_if(crew, [&](const CrewMember& member) { return member.displayName != name; });
+    return crew;
+}
+
 CrewMember crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name) {
-    std::optional<CrewMember> found;
-    for (const auto& member : crew_repository::crewMembers(context, productionID)) {
-        if (member.displayName != name) continue;
-        if (found) {
-            throw Refused{"crewMemberAmbiguous", "More than one crew member is named \u201C" + name +
-                                                     "\u201D; give them different names to tell them apart."};
-        }
-        found = member;
+    const auto named = crewMembersNamed(context, productionID, name);
+    if (named.empty()) throw Refused{"crewMemberNotFound", "There is no crew member named \u201C" + name + "\u201D on this production."};
+    if (named.size() > 1) {
+        throw Refused{"crewMemberAmbiguous",
+                      "More than one crew member is named \u201C" + name + "\u201D; give them different names to tell them apart."};
     }
-    if (!found) throw Refused{"crewMemberNotFound", "There is no crew member named \u201C" + name + "\u201D on this production."};
-    return *found;
+    return named.front();
 }
 
 int CommandSession::refuse(std::string_view errorCase, const std::string& message, const Json& payload) {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "App/model/JSONFields.hpp"
 #include "App/model/PersistenceModels.hpp"
@@ -18,6 +19,8 @@ struct Refused {
     std::string message;
 };
 
+// The production's crew members who carry a display name.
+std::vector<CrewMember> crewMembersNamed(ModelContext& context, const Uuid& productionID, const std::string& name);
 // The crew member a command names. The command line names people by their display name, so a name that
 // no one or more than one person of the production carries is refused rather than guessed.
 CrewMember crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name);

@@ -79,10 +79,8 @@ int addCrew(CommandSession& session, const DTSCommandArguments& a) {
         const auto wrapout = durationArgument(a.wrapout, "Enter the regular wrap-out in payroll-decimal hours, such as 0.3.");
         if (a.name.find_first_not_of(" \t") == std::string::npos) throw Refused{"invalidName", "Enter a crew member name."};
         // The command line names people by display name, so two people may not share one.
-        for (const auto& other : crew_repository::crewMembers(context, production.id)) {
-            if (other.displayName == a.name) {
-                throw Refused{"duplicateName", "There is already a crew member named \u201C" + a.name + "\u201D on this production."};
-            }
+        if (!crewMembersNamed(context, production.id, a.name).empty()) {
+            throw Refused{"duplicateName", "There is already a crew member named \u201C" + a.name + "\u201D on this production."};
         }
         const auto member = crew_repository::createCrewMember(context, production.id, a.name);
         auto engagement = crew_repository::createEngagement(context, production.id, member.id, from);

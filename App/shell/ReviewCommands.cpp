@@ -1,6 +1,7 @@
 #include "ReviewCommands.hpp"
 
 #include <algorithm>
+#include <cctype>
 #include <array>
 #include <ctime>
 #include <fstream>
@@ -33,7 +34,7 @@ struct ReviewTextStyle {
     PayrollCategoryLabelPreferences labels;
     bool showMoney = true;
     static ReviewTextStyle of(const UserSettingsStore& settings) {
-        return {settings.categoryLabels(), settings.value("userSettings.showMonetaryDetails").get<bool>()};
+        return {settings.categoryLabels(), settings.showMonetaryDetails()};
     }
 };
 
@@ -177,7 +178,11 @@ void writeWeekCategories(std::ostringstream& text, const WeeklyCrewPayrollReview
         std::vector<PayrollReviewCategory> paid;
         std::copy_if(r.categories.begin(), r.categories.end(), std::back_inserter(paid), [&](const auto& c) { return scheduleOf(r, c) == group; });
         if (paid.empty()) continue;
-        if (group != "ordinary") text << "    " << (group == "sixthDay" ? "Sixth-day" : "Seventh-day") << " schedule:\n";
+        if (group != "ordinary") {
+            std::string heading = scheduleWords(group);
+            heading.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(heading.front())));
+            text << "    " << heading << " schedule:\n";
+        }
         writeCategories(text, paid, "    ", style);
     }
 }
