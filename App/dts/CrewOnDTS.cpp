@@ -5,7 +5,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "App/dts/NonDTSActivities.hpp"
 #include "App/model/CalendarText.hpp"
+#include "App/model/EntryText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/RecordRepository.hpp"
@@ -55,15 +57,11 @@ CrewDailyEntry CrewOnDTS::addRow(ModelContext& context, const Uuid& workdayID, c
         throw DTSWorkflowError(member->displayName + " has no engagement in force on " +
                                calendar_text::formatDate(workday.calendarDate) + ".");
     }
-    CrewDailyEntry entry{Uuid::generate(), workdayID, crewMemberID, engagement->id};
-    entry.nonDeductibleBreakfast =
-        DailyTimeSheets::defaultNonDeductibleBreakfast(context, DailyTimeSheets::productionOf(context, workday));
-    entry.displayOrder = member->displayOrder;
-    weeks::createEntry(context, entry);
-    // The new row takes its call and wrap from the shared times the same way every row does.
-    if (workday.generalCrewCall) DailyTimeSheets::setSharedTime(context, workdayID, DTSTimeField::call, workday.generalCrewCall);
-    if (workday.wrap) DailyTimeSheets::setSharedTime(context, workdayID, DTSTimeField::wrap, workday.wrap);
-    return DailyTimeSheets::fetchEntry(context, entry.id);
+    // A person on a non-DTS activity that date is paid by the activity; a row would pay the day twice.
+    for (const auto& activity : NonDTSActivities::onDate(context, DailyTimeSheets::productionOf(context, workday), workday.calendarDate)) {
+        if (activity.crewMemberID == crewMemberID) throw NonDTSActivityError(NonDTSActivityErrorCase::alreadyHasActivity, member->displayName);
+    }
+    return DailyTimeSheets::addEntry(context, workday, *member, *engagement);
 }
 
 std::vector<CrewMember> CrewOnDTS::availableDayplayers(ModelContext& context, const Uuid& workdayID) {
@@ -107,7 +105,7 @@ void CrewOnDTS::setJobForToday(ModelContext& context, const Uuid& entryID, const
 void CrewOnDTS::setRerate(ModelContext& context, const Uuid& entryID, const Uuid& positionPresetID,
                           const std::string& displayTitle, const std::string& kindRawValue) {
     DailyTimeSheets::fetchEntry(context, entryID);
-    if (displayTitle.find_first_not_of(" \t") == std::string::npos) throw DTSWorkflowError(std::string(messages::emptyRerateWording));
+    if (entry_text::isBlank(displayTitle)) throw DTSWorkflowError(std::string(messages::emptyRerateWording));
     const auto preset = record_repository::fetch(context, "PositionPreset", positionPresetID);
     if (!preset) throw DTSWorkflowError(std::string(messages::missingReratePosition));
     satellites::write(context, satelliteTable("CrewDailyRerateConfiguration"), entryID,
@@ -118,7 +116,7 @@ void CrewOnDTS::setRerate(ModelContext& context, const Uuid& entryID, const Uuid
 
 void CrewOnDTS::setDTSNameForToday(ModelContext& context, const Uuid& entryID, const std::string& name) {
     DailyTimeSheets::fetchEntry(context, entryID);
-    if (name.find_first_not_of(" \t") == std::string::npos) throw DTSWorkflowError(std::string(messages::emptyDTSName));
+    if (entry_text::isBlank(name)) throw DTSWorkflowError(std::string(messages::emptyDTSName));
     satellites::write(context, satelliteTable("CrewDailyDTSTitleConfiguration"), entryID, {{"displayTitle", name}});
 }
 
@@ -131,6 +129,54 @@ std::optional<std::string> CrewOnDTS::dtsNameForToday(ModelContext& context, con
 void CrewOnDTS::removeRow(ModelContext& context, const Uuid& entryID) {
     DailyTimeSheets::fetchEntry(context, entryID);
     weeks::removeEntry(context, entryID);
+}
+
+std::vector<CrewOnDTS::IntegrityFinding> CrewOnDTS::integrityFindings(ModelContext& context, const Uuid& workdayID) {
+    std::vector<IntegrityFinding> findings;
+    for (const auto& entry : weeks::entries(context, workdayID)) {
+        const auto member = entry.crewMemberID ? crew_repository::fetchCrewMember(context, *entry.crewMemberID) : std::nullopt;
+        const std::string name = member ? member->displayName : "";
+        const auto add = [&](std::string_view text) { findings.push_back({name, std::string(text)}); };
+        if (!entry.engagementID || !crew_repository::fetchEngagement(context, *entry.engagementID)) add(messages::rowWithoutEngagement);
+        if (const auto title = dtsNameForToday(context, entry.id); title && entry_text::isBlank(*title)) add(messages::emptyTitle);
+        if (const auto job = satellites::find(context, satelliteTable("CrewDailyJobConfiguration"), entry.id)) {
+            const auto positionID = Uuid::parse(textOf(*job, "productionPositionID"));
+            if (!positionID || !record_repository::fetch(context, "ProductionPosition", *positionID)) add(messages::missingJobPosition);
+            const auto snapshot = std::find_if(job->begin(), job->end(), [](const auto& field) { return field.first == "snapshotData"; });
+            const auto* bytes = snapshot == job->end() ? nullptr : std::get_if<std::vector<unsigned char>>(&snapshot->second);
+            if (!bytes || !nlohmann::json::accept(bytes->begin(), bytes->end())) add(messages::invalidJobSnapshot);
+        }
+    }
+    return findings;
+}
+
+std::vector<std::string> CrewOnDTS::orphanedRowSettings(ModelContext& context) {
+    std::vector<std::string> findings;
+    const auto orphans = [&](const std::string& table, std::string_view text) {
+        auto& statement = context.prepare("SELECT COUNT(*) FROM " + table +
+                                          " WHERE crewDailyEntryID NOT IN (SELECT id FROM CrewDailyEntry)");
+        statement.executeStep();
+        const auto count = statement.getColumn(0).getInt64();
+        statement.reset();
+        for (std::int64_t i = 0; i < count; ++i) findings.emplace_back(text);
+    };
+    orphans("CrewDailyJobConfiguration", messages::jobForMissingRow);
+    orphans("CrewDailyDTSTitleConfiguration", messages::titleForMissingRow);
+    return findings;
+}
+
+std::optional<std::string> CrewOnDTS::positionKeptReason(ModelContext& context, const Uuid& positionID) {
+    const auto usedBy = [&](const std::string& table, const std::string& column) {
+        auto& statement = context.prepare("SELECT EXISTS (SELECT 1 FROM " + table + " WHERE " + column + " = ?1)");
+        columns::bind(statement, 1, positionID);
+        statement.executeStep();
+        const bool used = statement.getColumn(0).getInt() != 0;
+        statement.reset();
+        return used;
+    };
+    if (usedBy("CrewDailyJobConfiguration", "productionPositionID")) return std::string(messages::keptForJobHistory);
+    if (usedBy("CrewDailyRerateConfiguration", "positionPresetID")) return std::string(messages::keptForRerateHistory);
+    return std::nullopt;
 }
 
 void CrewOnDTS::reorderRows(ModelContext& context, const Uuid& workdayID, const std::vector<Uuid>& orderedEntryIDs) {

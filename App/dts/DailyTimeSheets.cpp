@@ -1,5 +1,8 @@
 #include "DailyTimeSheets.hpp"
 
+#include <set>
+
+#include "App/dts/NonDTSActivities.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
@@ -33,14 +36,14 @@ std::optional<Instant> rowAutofillValue(const Workday& workday, const std::optio
     return std::nullopt;
 }
 
-// Refills a row's call and wrap from their sources unless the user typed them.
+// Refills a row's call and wrap from their sources while they are under autofill. A row is under autofill
+// from its creation when its engagement has a regular precall (or wrap-out), even while the shared time is
+// still empty; typing, clearing or a missing source takes the field out of autofill, and only "Revert to
+// Autofill" brings it back. So a call the user cleared stays cleared when a shared time changes.
 void refreshRowAutofill(ModelContext& context, const Workday& workday, CrewDailyEntry& entry) {
     const auto engagement = engagementOf(context, entry);
-    const auto refresh = [&](DTSTimeField field, std::optional<Instant>& value, bool& autofilled) {
-        if (value && !autofilled) return;
-        const auto filled = rowAutofillValue(workday, engagement, field);
-        value = filled;
-        autofilled = filled.has_value();
+    const auto refresh = [&](DTSTimeField field, std::optional<Instant>& value, bool autofilled) {
+        if (autofilled) value = rowAutofillValue(workday, engagement, field);
     };
     refresh(DTSTimeField::call, entry.callOverride, entry.callOverrideWasAutofilled);
     refresh(DTSTimeField::wrap, entry.wrapOverride, entry.wrapOverrideWasAutofilled);
@@ -73,6 +76,19 @@ std::optional<ProductionEngagement> fullTimeEngagementOn(ModelContext& context, 
         }
     }
     return chosen;
+}
+
+// The Official Lunch In that autofill gives: Lunch Out plus the production's lunch length.
+std::optional<Instant> lunchInAutofillValue(ModelContext& context, const Workday& workday) {
+    if (!workday.officialLunchOut) return std::nullopt;
+    return *workday.officialLunchOut + seconds(lunchLength(context, workday));
+}
+
+std::string revertLabel(ModelContext& context, const Workday& workday, Instant value) {
+    const auto production = production_repository::fetch(context, DailyTimeSheets::productionOf(context, workday));
+    const auto display = production ? production->dtsTimeDisplay : DTSTimeDisplay::payrollDecimal;
+    return std::string(dts_messages::revertToAutofill) + " (" +
+           payroll_decimal_time::formatForDisplay(display, value, workday.calendarDate) + ")";
 }
 
 bool activeOn(const CrewMember& member, CalendarDate date) {
@@ -150,18 +166,30 @@ Workday DailyTimeSheets::create(ModelContext& context, const Uuid& productionID,
                                std::string(dts_messages::createFailedTitle));
     }
     const PayrollWeek week = ProductionWeekCalendars::findOrCreateWeek(context, productionID, date);
-    const Workday workday = weeks::createWorkday(context, Workday{Uuid::generate(), week.id, date});
-    const bool ndb = defaultNonDeductibleBreakfast(context, productionID);
+    Workday workday{Uuid::generate(), week.id, date};
+    workday.officialLunchInWasAutofilled = true;  // follows Lunch Out until the user types or clears it
+    weeks::createWorkday(context, workday);
+    std::set<Uuid> withActivity;
+    for (const auto& activity : NonDTSActivities::onDate(context, productionID, date)) {
+        if (activity.crewMemberID) withActivity.insert(*activity.crewMemberID);
+    }
     for (const auto& member : crew_repository::crewMembers(context, productionID)) {
-        if (!activeOn(member, date)) continue;
-        const auto engagement = fullTimeEngagementOn(context, member, date);
-        if (!engagement) continue;
-        CrewDailyEntry entry{Uuid::generate(), workday.id, member.id, engagement->id};
-        entry.nonDeductibleBreakfast = ndb;
-        entry.displayOrder = member.displayOrder;
-        weeks::createEntry(context, entry);
+        // Someone travelling, idle or off that day is recorded by the activity, never also by a row.
+        if (!activeOn(member, date) || withActivity.contains(member.id)) continue;
+        if (const auto engagement = fullTimeEngagementOn(context, member, date)) addEntry(context, workday, member, *engagement);
     }
     return workday;
+}
+
+CrewDailyEntry DailyTimeSheets::addEntry(ModelContext& context, const Workday& workday, const CrewMember& member,
+                                         const ProductionEngagement& engagement) {
+    CrewDailyEntry entry{Uuid::generate(), workday.id, member.id, engagement.id};
+    entry.nonDeductibleBreakfast = defaultNonDeductibleBreakfast(context, productionOf(context, workday));
+    entry.displayOrder = member.displayOrder;
+    entry.callOverrideWasAutofilled = engagement.regularPrecallDurationSeconds.has_value();
+    entry.wrapOverrideWasAutofilled = engagement.regularWrapoutDurationSeconds.has_value();
+    refreshRowAutofill(context, workday, entry);
+    return weeks::createEntry(context, entry);
 }
 
 bool DailyTimeSheets::hasEnteredData(ModelContext& context, const Workday& w) {
@@ -169,11 +197,19 @@ bool DailyTimeSheets::hasEnteredData(ModelContext& context, const Workday& w) {
         w.sharedTravelDurationSeconds) {
         return true;
     }
-    for (const auto& entry : weeks::entries(context, w.id)) {
-        if (entry.callOverride || entry.lunchOutOverride || entry.lunchInOverride || entry.wrapOverride) return true;
-    }
+    const bool defaultNDB = defaultNonDeductibleBreakfast(context, productionOf(context, w));
     for (const auto& table : store_schema::satelliteTables()) {
         if (table.owner == store_schema::SatelliteOwner::workday && satellites::find(context, table, w.id)) return true;
+    }
+    for (const auto& entry : weeks::entries(context, w.id)) {
+        if (entry.callOverride || entry.lunchOutOverride || entry.lunchInOverride || entry.wrapOverride ||
+            entry.rulesLocalityOverride || entry.nonDeductibleBreakfast != defaultNDB) {
+            return true;
+        }
+        // DTS Name for Today, mileage, box rental, work mode, Job for Today, rerate: each is the user's entry.
+        for (const auto& table : store_schema::satelliteTables()) {
+            if (table.owner == store_schema::SatelliteOwner::crewDailyEntry && satellites::find(context, table, entry.id)) return true;
+        }
     }
     return false;
 }
@@ -196,10 +232,8 @@ void DailyTimeSheets::setSharedTime(ModelContext& context, const Uuid& workdayID
         case DTSTimeField::lunchOut:
             w.officialLunchOut = value;
             w.officialLunchOutWasAutofilled = false;
-            if (!w.officialLunchIn || w.officialLunchInWasAutofilled) {
-                w.officialLunchIn = value ? std::optional(*value + seconds(lunchLength(context, w))) : std::nullopt;
-                w.officialLunchInWasAutofilled = value.has_value();
-            }
+            // Lunch In follows while it is under autofill; one the user typed or cleared stays as it is.
+            if (w.officialLunchInWasAutofilled) w.officialLunchIn = lunchInAutofillValue(context, w);
             break;
         case DTSTimeField::lunchIn:
             w.officialLunchIn = value;
@@ -215,12 +249,19 @@ void DailyTimeSheets::setSharedTime(ModelContext& context, const Uuid& workdayID
 
 void DailyTimeSheets::revertSharedToAutofill(ModelContext& context, const Uuid& workdayID, DTSTimeField field) {
     Workday w = fetch(context, workdayID);
-    if (field != DTSTimeField::lunchIn || !w.officialLunchOut) {
-        throw DTSWorkflowError("This time has no autofill value to revert to.");
-    }
-    w.officialLunchIn = *w.officialLunchOut + seconds(lunchLength(context, w));
+    const auto filled = field == DTSTimeField::lunchIn ? lunchInAutofillValue(context, w) : std::nullopt;
+    if (!filled) throw DTSWorkflowError(std::string(dts_messages::nothingToRevert));
+    w.officialLunchIn = filled;
     w.officialLunchInWasAutofilled = true;
     weeks::updateWorkday(context, w);
+}
+
+std::optional<std::string> DailyTimeSheets::sharedRevertToAutofillLabel(ModelContext& context, const Workday& w,
+                                                                      DTSTimeField field) {
+    if (field != DTSTimeField::lunchIn) return std::nullopt;
+    const auto filled = lunchInAutofillValue(context, w);
+    if (!filled || (w.officialLunchInWasAutofilled && w.officialLunchIn == filled)) return std::nullopt;
+    return revertLabel(context, w, *filled);
 }
 
 void DailyTimeSheets::setGraceCalled(ModelContext& context, const Uuid& workdayID, bool called) {
@@ -267,6 +308,15 @@ void DailyTimeSheets::setWorkState(ModelContext& context, const Uuid& workdayID,
 void DailyTimeSheets::setNotes(ModelContext& context, const Uuid& workdayID, const std::string& notes) {
     fetch(context, workdayID);
     satellites::write(context, satelliteTable("WorkdayDTSNotes"), workdayID, {{"text", notes}});
+}
+
+std::string DailyTimeSheets::workState(ModelContext& context, const Uuid& workdayID) {
+    return satellites::text(satellites::find(context, satelliteTable("WorkdayDTSExportConfiguration"), workdayID), "workStateOverride")
+        .value_or("");
+}
+
+std::string DailyTimeSheets::notes(ModelContext& context, const Uuid& workdayID) {
+    return satellites::text(satellites::find(context, satelliteTable("WorkdayDTSNotes"), workdayID), "text").value_or("");
 }
 
 void DailyTimeSheets::acceptSharedSuggestion(ModelContext& context, const Uuid& workdayID, DTSTimeField field, Instant value) {
@@ -334,29 +384,30 @@ void DailyTimeSheets::setRowTime(ModelContext& context, const Uuid& entryID, DTS
 void DailyTimeSheets::revertRowToAutofill(ModelContext& context, const Uuid& entryID, DTSTimeField field) {
     CrewDailyEntry e = fetchEntry(context, entryID);
     const auto filled = rowAutofillValue(fetch(context, e.workdayID), engagementOf(context, e), field);
-    if (!filled) throw DTSWorkflowError("This time has no autofill value to revert to.");
+    if (!filled) throw DTSWorkflowError(std::string(dts_messages::nothingToRevert));
     if (field == DTSTimeField::call) {
         e.callOverride = filled;
         e.callOverrideWasAutofilled = true;
-    } else if (field == DTSTimeField::wrap) {
+    } else {
         e.wrapOverride = filled;
         e.wrapOverrideWasAutofilled = true;
     }
     weeks::updateEntry(context, e);
 }
 
+// Offered exactly when a revert would succeed and change something: the autofill value exists and the
+// field does not already hold it under autofill.
 std::optional<std::string> DailyTimeSheets::revertToAutofillLabel(ModelContext& context, const Uuid& entryID, DTSTimeField field) {
     if (field != DTSTimeField::call && field != DTSTimeField::wrap) return std::nullopt;
     const CrewDailyEntry e = fetchEntry(context, entryID);
-    const bool autofilled = field == DTSTimeField::call ? e.callOverrideWasAutofilled : e.wrapOverrideWasAutofilled;
-    const auto& engagement = engagementOf(context, e);
-    const bool hasSource = engagement && (field == DTSTimeField::call ? engagement->regularPrecallDurationSeconds.has_value()
-                                                                      : engagement->regularWrapoutDurationSeconds.has_value());
-    if (autofilled || !hasSource) return std::nullopt;
     const Workday workday = fetch(context, e.workdayID);
-    const auto filled = rowAutofillValue(workday, engagement, field);
-    if (!filled) return "Revert to Autofill";
-    return "Revert to Autofill (" + payroll_decimal_time::formatTimeOfDay(filled, workday.calendarDate) + ")";
+    const auto filled = rowAutofillValue(workday, engagementOf(context, e), field);
+    if (!filled) return std::nullopt;
+    const bool call = field == DTSTimeField::call;
+    if ((call ? e.callOverrideWasAutofilled : e.wrapOverrideWasAutofilled) && (call ? e.callOverride : e.wrapOverride) == filled) {
+        return std::nullopt;
+    }
+    return revertLabel(context, workday, *filled);
 }
 
 void DailyTimeSheets::setNonDeductibleBreakfast(ModelContext& context, const Uuid& entryID, bool given) {

@@ -54,6 +54,8 @@ inline constexpr std::string_view workLocationRule =
     "If any location work occurs during the day, use Location for the entire workday.";
 inline constexpr std::string_view defaultNDBNote =
     "Initializes newly created crew rows only. Existing DTS facts are never rewritten.";
+inline constexpr std::string_view revertToAutofill = "Revert to Autofill";
+inline constexpr std::string_view nothingToRevert = "This time has no autofill value to revert to.";
 inline constexpr std::string_view mileageInvalid = "Enter mileage as a number of miles, such as 12.5.";
 }  // namespace dts_messages
 
@@ -69,8 +71,14 @@ public:
     // Creates the DTS of the date in its payroll week (created when needed), with a row for every active
     // full-time crew member whose engagement is in force and who may appear on a DTS from that date, in
     // crew order. Refuses a second DTS for a date.
+    // People with a non-DTS activity on the date get no row.
     static Workday create(ModelContext& context, const Uuid& productionID, CalendarDate date);
-    // Whether deleting it needs the user's confirmation.
+    // A row for the crew member under the engagement: the production's default NDB, crew order, and the
+    // call and wrap under autofill when the engagement has a regular precall or wrap-out.
+    static CrewDailyEntry addEntry(ModelContext& context, const Workday& workday, const CrewMember& member,
+                                   const ProductionEngagement& engagement);
+    // Whether deleting it needs the user's confirmation: any shared fact, or any row fact that differs
+    // from what a new row starts with.
     static bool hasEnteredData(ModelContext& context, const Workday& workday);
     // Deletes the DTS with its rows and every satellite of both.
     static void remove(ModelContext& context, const Uuid& workdayID);
@@ -80,6 +88,9 @@ public:
     static void setSharedTime(ModelContext& context, const Uuid& workdayID, DTSTimeField field, std::optional<Instant> value);
     // Official Lunch In back to Lunch Out plus the production's lunch length, flagged as autofilled.
     static void revertSharedToAutofill(ModelContext& context, const Uuid& workdayID, DTSTimeField field);
+    // "Revert to Autofill (13.5)" for Official Lunch In, in the production's time notation, exactly when the
+    // revert would put a different value or flag back.
+    static std::optional<std::string> sharedRevertToAutofillLabel(ModelContext& context, const Workday& workday, DTSTimeField field);
     static void setGraceCalled(ModelContext& context, const Uuid& workdayID, bool called);
     static void setSharedTravel(ModelContext& context, const Uuid& workdayID, std::optional<std::int64_t> seconds);
     static void setDepartmentMileage(ModelContext& context, const Uuid& workdayID, const std::optional<Decimal>& miles);
@@ -88,6 +99,8 @@ public:
     // Work State on the exported form (empty: the production's default) and the DTS notes.
     static void setWorkState(ModelContext& context, const Uuid& workdayID, const std::string& workState);
     static void setNotes(ModelContext& context, const Uuid& workdayID, const std::string& notes);
+    static std::string workState(ModelContext& context, const Uuid& workdayID);
+    static std::string notes(ModelContext& context, const Uuid& workdayID);
     // A suggested value the user accepted: stored with its autofilled flag set.
     static void acceptSharedSuggestion(ModelContext& context, const Uuid& workdayID, DTSTimeField field, Instant value);
     static void acceptRowSuggestion(ModelContext& context, const Uuid& entryID, DTSTimeField field, Instant value);
@@ -96,8 +109,8 @@ public:
     // A typed row time (or its clearing, after which the row follows the shared time again).
     static void setRowTime(ModelContext& context, const Uuid& entryID, DTSTimeField field, std::optional<Instant> value);
     static void revertRowToAutofill(ModelContext& context, const Uuid& entryID, DTSTimeField field);
-    // "Revert to Autofill (6.5)", or "Revert to Autofill" when there is nothing to show; nothing when
-    // the field has no autofill source or already holds it.
+    // "Revert to Autofill (6.5)" in the production's time notation, exactly when revertRowToAutofill would
+    // succeed and change something; nothing otherwise.
     static std::optional<std::string> revertToAutofillLabel(ModelContext& context, const Uuid& entryID, DTSTimeField field);
     static void setNonDeductibleBreakfast(ModelContext& context, const Uuid& entryID, bool given);
     static void setWorkMode(ModelContext& context, const Uuid& entryID, CrewDailyWorkMode mode);

@@ -107,6 +107,7 @@ std::vector<PayrollDayActivity> NonDTSActivities::save(ModelContext& context, co
 
     // Everything is checked before anything is written: one refused person saves nobody.
     std::vector<PayrollDayActivity> planned;
+    std::set<Uuid> plannedPeople;  // one activity per person, counting the rest of this save too
     for (const Uuid& engagementID : draft.selectedEngagementIDs) {
         const auto option = std::find_if(options.begin(), options.end(),
                                          [&](const auto& o) { return o.engagement.id == engagementID; });
@@ -117,6 +118,7 @@ std::vector<PayrollDayActivity> NonDTSActivities::save(ModelContext& context, co
                 throw Error(Case::alreadyHasActivity, option->crewMember.displayName);
             }
         }
+        if (!plannedPeople.insert(option->crewMember.id).second) throw Error(Case::alreadyHasActivity, option->crewMember.displayName);
         // An edited activity keeps its identifier; further people selected while editing get their own.
         const Uuid id = draft.existingActivityID && planned.empty() ? *draft.existingActivityID : Uuid::generate();
         planned.push_back({id, Uuid::generate(), draft.date,

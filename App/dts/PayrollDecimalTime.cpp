@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <limits>
 
+#include "App/model/EntryText.hpp"
 #include "PayrollDomain/RoundingRule.hpp"
 
 namespace tessel {
@@ -11,12 +12,7 @@ namespace {
 
 using namespace std::chrono;
 
-std::string_view trimmed(std::string_view text) {
-    const auto first = text.find_first_not_of(" \t\r\n\v\f");
-    if (first == std::string_view::npos) return {};
-    const auto last = text.find_last_not_of(" \t\r\n\v\f");
-    return text.substr(first, last - first + 1);
-}
+using entry_text::trimmed;
 
 bool allDigits(std::string_view text) {
     return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
@@ -64,6 +60,10 @@ std::string formatClockTime(const std::optional<Instant>& instant, CalendarDate 
                   static_cast<int>(time.minutes().count()));
     const auto offset = (day - sys_days(anchor)).count();
     return offset == 0 ? text : std::string(text) + (offset > 0 ? " +" : " ") + std::to_string(offset) + " day";
+}
+
+std::string formatForDisplay(DTSTimeDisplay display, const std::optional<Instant>& instant, CalendarDate anchor) {
+    return display == DTSTimeDisplay::clockTime ? formatClockTime(instant, anchor) : formatTimeOfDay(instant, anchor);
 }
 
 std::string formatDuration(std::int64_t seconds) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "App/model/PersistenceModels.hpp"
 #include "PayrollDomain/Decimal.hpp"
 #include "PayrollDomain/DomainError.hpp"
 #include "PayrollDomain/Instant.hpp"
@@ -26,6 +27,9 @@ std::string formatTimeOfDay(const std::optional<Instant>& instant, CalendarDate 
 
 // The conventional 24-hour clock display ("13:12", "01:18 +1 day") used when a production shows clock time.
 std::string formatClockTime(const std::optional<Instant>& instant, CalendarDate anchor);
+
+// A time in the production's notation: payroll decimal, or the 24-hour clock when it shows clock time.
+std::string formatForDisplay(DTSTimeDisplay display, const std::optional<Instant>& instant, CalendarDate anchor);
 
 // Seconds to text with one to three decimals: 1800 is "0.5", 4500 "1.25", 7200 "2.0", 1200 "0.333".
 std::string formatDuration(std::int64_t seconds);

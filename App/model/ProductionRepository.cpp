@@ -1,5 +1,6 @@
 #include "ProductionRepository.hpp"
 
+#include "App/model/EntryText.hpp"
 #include "App/model/SatelliteRepository.hpp"
 
 namespace tessel {
@@ -87,7 +88,7 @@ std::int64_t nextCrewOrder(ModelContext& context, const Uuid& productionID) {
 namespace production_repository {
 
 Production create(ModelContext& context, const std::string& name, const NewProductionDefaults& defaults, Instant now) {
-    if (name.find_first_not_of(" \t\r\n") == std::string::npos) throw ModelValidationError("Enter a Production name.");
+    if (entry_text::isBlank(name)) throw ModelValidationError("Enter a Production name.");
     const Production production{Uuid::generate(), name, now, std::nullopt, defaults.timeDisplay,
                                 defaults.lunchDurationSeconds, defaults.currencyCode};
     auto& insert = context.prepare("INSERT INTO Production (" + std::string(productionColumns) +
@@ -128,7 +129,7 @@ std::vector<Production> list(ModelContext& context) {
 }
 
 void update(ModelContext& context, const Production& production) {
-    if (production.name.find_first_not_of(" \t\r\n") == std::string::npos) {
+    if (entry_text::isBlank(production.name)) {
         throw ModelValidationError("Enter a Production name.");
     }
     auto& statement = context.prepare("UPDATE Production SET name = ?2, startDate = ?3, dtsTimeDisplayRawValue = ?4, "
@@ -232,7 +233,7 @@ void removeEngagement(ModelContext& context, const Uuid& id) {
 
 EngagementPayRate addPayRate(ModelContext& context, const Uuid& engagementID, CalendarDate effectiveDate,
                              const std::string& hourlyAmountText, const std::string& currencyCode) {
-    const auto amount = Decimal::parse(hourlyAmountText);
+    const auto amount = entry_text::decimal(hourlyAmountText);
     if (!amount) throw ModelValidationError("Enter a valid hourly rate.");
     if (amount->isNegative()) throw ModelValidationError("Enter a non-negative hourly rate.");
     const EngagementPayRate rate{Uuid::generate(), engagementID, effectiveDate, *amount, currencyCode};

@@ -4,6 +4,7 @@
 #include <array>
 #include <map>
 
+#include "App/model/EntryText.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/SatelliteRepository.hpp"
 #include "App/rules/ProductionRulesets.hpp"
@@ -25,11 +26,7 @@ std::array<bool, 7> flagsOf(const ProductionCompensationProvisionDraft& d) {
             d.travelEligible,       d.holidayEligible, d.personalUnavailableEligible};
 }
 
-std::string trimmed(const std::string& text) {
-    const auto first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string::npos) return "";
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
+std::string trimmed(const std::string& text) { return std::string(entry_text::trimmed(text)); }
 
 // Decimal hours typed in a rule editor, in whole seconds (negative stays negative); nothing when the
 // text is not a number or not a whole number of seconds.
@@ -125,6 +122,14 @@ void CompensationProvisions::setEngagementTerm(ModelContext& context, const Uuid
                      {"overrideModeRawValue", std::string(toRawValue(mode))},
                      {"personalDailyAmount", personalDailyAmount ? StoreValue{personalDailyAmount->toString()} : StoreValue{}},
                      {"currencyCode", currencyCode}});
+}
+
+bool CompensationProvisions::removeEngagementTerm(ModelContext& context, const Uuid& engagementID, CompensationProvisionKind kind,
+                                                  CalendarDate effectiveDate) {
+    auto& statement = context.prepare("DELETE FROM EngagementCompensationProvisionTerm WHERE engagementID = ?1 AND "
+                                      "provisionKindRawValue = ?2 AND effectiveDate = ?3");
+    columns::bindAll(statement, engagementID, std::string(toRawValue(kind)), effectiveDate);
+    return statement.exec() > 0;
 }
 
 std::vector<EngagementProvisionTerm> CompensationProvisions::engagementTerms(ModelContext& context, const Uuid& engagementID) {

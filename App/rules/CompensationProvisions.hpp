@@ -69,6 +69,8 @@ public:
                                   const std::optional<Decimal>& personalDailyAmount, const std::string& currencyCode);
 
     // Every term of the engagement, in effective-date order.
+    // Removes the engagement's term of the kind that starts on the date; false when there is none.
+    static bool removeEngagementTerm(ModelContext& context, const Uuid& engagementID, CompensationProvisionKind kind, CalendarDate effectiveDate);
     static std::vector<EngagementProvisionTerm> engagementTerms(ModelContext& context, const Uuid& engagementID);
 
     // What an engagement is paid of a kind on a day, if anything.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "App/model/EntryText.hpp"
 #include "App/rules/RulesetValidationError.hpp"
 
 namespace tessel {
@@ -10,11 +11,7 @@ namespace {
 
 using Error = ProductionRulesetValidationError;
 
-std::string trimmed(const std::string& text) {
-    const auto first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string::npos) return "";
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
+std::string trimmed(const std::string& text) { return std::string(entry_text::trimmed(text)); }
 
 }  // namespace
 

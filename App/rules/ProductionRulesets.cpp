@@ -4,6 +4,7 @@
 #include <array>
 #include <set>
 
+#include "App/model/EntryText.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/SatelliteRepository.hpp"
 #include "App/rules/CompensationProvisions.hpp"
@@ -185,11 +186,7 @@ std::vector<std::pair<const OrdinaryDayScheduleDraft*, bool>> schedulesOf(const 
     return schedules;
 }
 
-std::string trimmed(const std::string& text) {
-    const auto first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string::npos) return "";
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
-}
+std::string trimmed(const std::string& text) { return std::string(entry_text::trimmed(text)); }
 
 }  // namespace
 

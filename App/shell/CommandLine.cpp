@@ -5,6 +5,7 @@
 
 #include "App/shell/CalcCommands.hpp"
 #include "App/shell/CommandSession.hpp"
+#include "App/shell/CrewCommands.hpp"
 #include "App/shell/DTSCommands.hpp"
 #include "App/shell/ReviewCommands.hpp"
 #include "App/shell/RulesCommands.hpp"
@@ -29,11 +30,13 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     int exitStatus = exitSuccess;
     CommandSession session(options, streams);
     StoreCommandArguments storeArguments;
+    CrewCommandArguments crewArguments;
     DTSCommandArguments dtsArguments;
     RulesCommandArguments rulesArguments;
     ReviewCommandArguments reviewArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
+    addCrewCommands(app, session, crewArguments, exitStatus);
     addDTSCommands(app, session, dtsArguments, exitStatus);
     addRulesCommands(app, session, rulesArguments, exitStatus);
     addReviewCommands(app, session, reviewArguments, exitStatus);

@@ -125,6 +125,13 @@ int CommandSession::refuse(std::string_view errorCase, const std::string& messag
     return exitRefused;
 }
 
+int CommandSession::refuseWithTitle(std::string_view errorCase, const std::string& title, const std::string& message) {
+    if (title.empty()) return refuse(errorCase, message);
+    if (options_.json) return refuse(errorCase, message, Json{{"title", title}});
+    streams_.err << title << '\n';
+    return refuse(errorCase, message);
+}
+
 void CommandSession::answer(const Json& json, const std::string& text) {
     if (options_.json) {
         streams_.out << decimal_json::dump(json, 2) << '\n';

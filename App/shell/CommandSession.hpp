@@ -55,6 +55,8 @@ public:
 
     // Writes a refusal: {"error", …, "message"} with --json, else the sentence; returns exitRefused.
     int refuse(std::string_view errorCase, const std::string& message, const Json& payload = Json::object());
+    // A refusal the window shows as an alert: the title is the first line of the text, "title" in JSON.
+    int refuseWithTitle(std::string_view errorCase, const std::string& title, const std::string& message);
     // Writes an answer: the JSON with --json, else the text.
     void answer(const Json& json, const std::string& text);
 

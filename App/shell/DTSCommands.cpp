@@ -1,5 +1,6 @@
 #include "DTSCommands.hpp"
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <sstream>
@@ -9,9 +10,11 @@
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/expected/ExpectedPayrollReview.hpp"
 #include "App/model/CalendarText.hpp"
+#include "App/model/EntryText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/ProductionWeekCalendars.hpp"
+#include "App/shell/CommandActions.hpp"
 
 namespace tessel {
 namespace {
@@ -19,29 +22,27 @@ namespace {
 using namespace std::chrono;
 namespace weeks = payroll_week_repository;
 using payroll_decimal_time::formatDuration;
+using namespace command_actions;
 
 constexpr std::array<const char*, 7> weekdayNames{"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
 
-CalendarDate dateArgument(const std::string& text) {
-    if (const auto date = calendar_text::parseDate(text)) return *date;
-    throw Refused{"invalidDate", "Enter the date as YYYY-MM-DD, such as 2026-11-02."};
-}
-
+// A typed time; only an empty (or all white space) entry clears the field.
 std::optional<Instant> timeArgument(const std::string& text, CalendarDate date, DTSTimeEntryRole role) {
-    const PayrollDecimalTimeFieldTransition field{"\x01", date, role, std::nullopt, false};
+    if (entry_text::isBlank(text)) return std::nullopt;
+    // The command line has no committed text, so any non-blank entry is read as typed.
+    const PayrollDecimalTimeFieldTransition field{"", date, role, std::nullopt, false};
     const auto outcome = field.end(text);
     using Kind = PayrollDecimalTimeFieldTransition::Outcome::Kind;
     if (outcome.kind == Kind::invalid) throw Refused{"invalidTime", outcome.message};
     return outcome.value;  // absent when cleared
 }
 
-std::optional<std::int64_t> durationArgument(const std::string& text, std::string_view message) {
-    if (text.find_first_not_of(" \t") == std::string::npos) return std::nullopt;
-    try {
-        return PayrollDecimalDurationParser::parse(text);
-    } catch (const PayrollDecimalDurationParser::ParseError&) {
-        throw Refused{"invalidDuration", std::string(message)};
-    }
+// Miles typed by the user; an empty entry clears them.
+std::optional<Decimal> mileageArgument(const std::string& text) {
+    if (entry_text::isBlank(text)) return std::nullopt;
+    const auto miles = entry_text::decimal(text);
+    if (!miles || miles->isNegative()) throw Refused{"invalidMileage", std::string(dts_messages::mileageInvalid)};
+    return miles;
 }
 
 Workday dtsOn(ModelContext& context, const Uuid& productionID, CalendarDate date) {
@@ -50,97 +51,27 @@ Workday dtsOn(ModelContext& context, const Uuid& productionID, CalendarDate date
                                      calendar_text::formatDate(date) + "\u201D."};
 }
 
-// Runs one user action in one transaction and reports a refusal with its sentence; nothing is changed then.
-template <typename Action>
-int act(CommandSession& session, Action&& action) {
-    TesselStore* store = session.store();
-    if (!store) return exitRefused;
-    const auto production = session.production();
-    if (!production) return exitRefused;
-    try {
-        return store->perform([&](ModelContext& context) { return action(context, *production); });
-    } catch (const Refused& refused) {
-        return session.refuse(refused.errorCase, refused.message);
-    } catch (const DTSWorkflowError& error) {
-        return session.refuse("refused", error.what());
-    } catch (const ModelValidationError& error) {
-        return session.refuse("refused", error.what());
-    } catch (const DomainError& error) {
-        return session.refuse(error.caseName(), error.description());
-    }
-}
-
-// ---- crew ----
-
-int addCrew(CommandSession& session, const DTSCommandArguments& a) {
-    return act(session, [&](ModelContext& context, const Production& production) {
-        const CalendarDate from = dateArgument(a.from);
-        const auto precall = durationArgument(a.precall, "Enter the regular precall in payroll-decimal hours, such as 0.5.");
-        const auto wrapout = durationArgument(a.wrapout, "Enter the regular wrap-out in payroll-decimal hours, such as 0.3.");
-        if (a.name.find_first_not_of(" \t") == std::string::npos) throw Refused{"invalidName", "Enter a crew member name."};
-        // The command line names people by display name, so two people may not share one.
-        if (!crewMembersNamed(context, production.id, a.name).empty()) {
-            throw Refused{"duplicateName", "There is already a crew member named \u201C" + a.name + "\u201D on this production."};
-        }
-        const auto member = crew_repository::createCrewMember(context, production.id, a.name);
-        auto engagement = crew_repository::createEngagement(context, production.id, member.id, from);
-        engagement.crewParticipation = a.dayplayer ? CrewParticipation::dayplayer : CrewParticipation::fullTime;
-        engagement.regularPrecallDurationSeconds = precall;
-        engagement.regularWrapoutDurationSeconds = wrapout;
-        crew_repository::updateEngagement(context, engagement);
-        if (!a.rate.empty()) crew_repository::addPayRate(context, engagement.id, from, a.rate, production.currencyCode);
-        session.answer(Json{{"id", member.id.text()}, {"engagementID", engagement.id.text()}},
-                       "Added " + member.displayName + (a.dayplayer ? " (dayplayer)" : "") + " from " + a.from + ".\n");
-        return int{exitSuccess};
-    });
-}
-
-int listCrew(CommandSession& session) {
-    return act(session, [&](ModelContext& context, const Production& production) {
-        Json list = Json::array();
-        std::ostringstream text;
-        for (const auto& member : crew_repository::crewMembers(context, production.id)) {
-            for (const auto& engagement : crew_repository::engagementsOf(context, member.id)) {
-                const auto rates = crew_repository::payRates(context, engagement.id);
-                Json json{{"id", member.id.text()},
-                          {"displayName", member.displayName},
-                          {"crewParticipation", toRawValue(engagement.crewParticipation)},
-                          {"effectiveFrom", calendar_text::formatDate(engagement.effectiveFrom)}};
-                text << member.displayName << "  " << (engagement.crewParticipation == CrewParticipation::dayplayer ? "dayplayer" : "full time")
-                     << ", from " << calendar_text::formatDate(engagement.effectiveFrom);
-                if (!rates.empty()) {
-                    json["hourlyRate"] = Json{{"amount", rates.back().hourlyAmount.toString()}, {"currency", rates.back().currencyCode}};
-                    text << ", " << rates.back().hourlyAmount.toString() << " " << rates.back().currencyCode << "/h";
-                }
-                if (engagement.regularPrecallDurationSeconds) {
-                    json["regularPrecallDurationSeconds"] = *engagement.regularPrecallDurationSeconds;
-                    text << ", precall " << formatDuration(*engagement.regularPrecallDurationSeconds);
-                }
-                if (engagement.regularWrapoutDurationSeconds) {
-                    json["regularWrapoutDurationSeconds"] = *engagement.regularWrapoutDurationSeconds;
-                    text << ", wrap-out " << formatDuration(*engagement.regularWrapoutDurationSeconds);
-                }
-                text << "\n";
-                list.push_back(std::move(json));
-            }
-        }
-        if (list.empty()) text << "No crew yet. Add someone with \u201Ctessel crew add NAME --from DATE\u201D.\n";
-        session.answer(Json{{"crew", std::move(list)}}, text.str());
-        return int{exitSuccess};
-    });
-}
-
 // ---- dts ----
 
 int createDTS(CommandSession& session, const DTSCommandArguments& a) {
-    return act(session, [&](ModelContext& context, const Production& production) {
-        const CalendarDate date = dateArgument(a.date);
-        const Workday workday = DailyTimeSheets::create(context, production.id, date);
-        const auto rows = weeks::entries(context, workday.id).size();
-        session.answer(Json{{"id", workday.id.text()}, {"date", a.date}, {"rowCount", rows}},
-                       "Created the DTS for " + a.date + " with " + counted(rows, "crew row", "crew rows") + ".\n");
-        return int{exitSuccess};
-    });
+    return act(
+        session,
+        [&](ModelContext& context, const Production& production) {
+            const CalendarDate date = dateArgument(a.date);
+            const Workday workday = DailyTimeSheets::create(context, production.id, date);
+            const auto rows = weeks::entries(context, workday.id).size();
+            std::string text = "Created the DTS for " + a.date + " with " + counted(rows, "crew row", "crew rows") + ".\n";
+            Json leftOff = Json::array();
+            for (const auto& activity : NonDTSActivities::onDate(context, production.id, date)) {
+                const auto member = activity.crewMemberID ? crew_repository::fetchCrewMember(context, *activity.crewMemberID) : std::nullopt;
+                if (!member) continue;
+                leftOff.push_back(member->displayName);
+                text += "Not on it: " + member->displayName + " (" + activityKindLabel(activity.kindRawValue) + " that day).\n";
+            }
+            session.answer(Json{{"id", workday.id.text()}, {"date", a.date}, {"rowCount", rows}, {"leftOffForActivity", leftOff}}, text);
+            return int{exitSuccess};
+        },
+        dts_messages::createFailedTitle, dts_messages::createFailed);
 }
 
 int setDTS(CommandSession& session, const DTSCommandArguments& a, const std::map<std::string, bool>& given) {
@@ -157,9 +88,7 @@ int setDTS(CommandSession& session, const DTSCommandArguments& a, const std::map
         if (given.at("travel")) travel = durationArgument(a.travel, time_entry_messages::travelDuration);
         std::optional<std::optional<Decimal>> mileage;
         if (given.at("mileage")) {
-            const auto miles = Decimal::parse(a.mileage);
-            if (!a.mileage.empty() && (!miles || miles->isNegative())) throw Refused{"invalidMileage", std::string(dts_messages::mileageInvalid)};
-            mileage = miles;
+            mileage = mileageArgument(a.mileage);
         }
         std::optional<MealWorkLocation> location;
         if (given.at("location")) {
@@ -173,6 +102,12 @@ int setDTS(CommandSession& session, const DTSCommandArguments& a, const std::map
         if (mileage) DailyTimeSheets::setDepartmentMileage(context, workday.id, *mileage);
         if (location) {
             DailyTimeSheets::setWorkLocation(context, workday.id, *location, floor<seconds>(system_clock::now()));
+        }
+        for (const auto& name : a.revert) {
+            if (dtsTimeFieldFromRawValue(name) != DTSTimeField::lunchIn) {
+                throw Refused{"invalidField", "Only Official Lunch In reverts to autofill on the DTS; name it lunchIn."};
+            }
+            DailyTimeSheets::revertSharedToAutofill(context, workday.id, DTSTimeField::lunchIn);
         }
         if (given.at("workState")) DailyTimeSheets::setWorkState(context, workday.id, a.workState);
         if (given.at("notes")) DailyTimeSheets::setNotes(context, workday.id, a.notes);
@@ -210,9 +145,7 @@ int setRow(CommandSession& session, const DTSCommandArguments& a, const std::map
 
         std::optional<std::optional<Decimal>> mileage;
         if (given.at("mileage")) {
-            const auto miles = Decimal::parse(a.mileage);
-            if (!a.mileage.empty() && (!miles || miles->isNegative())) throw Refused{"invalidMileage", std::string(dts_messages::mileageInvalid)};
-            mileage = miles;
+            mileage = mileageArgument(a.mileage);
         }
         std::optional<std::optional<RulesLocality>> locality;
         if (given.at("locality")) {
@@ -284,6 +217,12 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
                     {"officialLunchIn", sharedTime(w.officialLunchIn, w.officialLunchInWasAutofilled)},
                     {"wrap", sharedTime(w.wrap, false)},
                     {"firstMealGraceWasCalled", w.firstMealGraceWasCalled}};
+        const auto lunchInRevert = DailyTimeSheets::sharedRevertToAutofillLabel(context, w, DTSTimeField::lunchIn);
+        if (lunchInRevert) shared["officialLunchIn"]["revertToAutofillLabel"] = *lunchInRevert;
+        const std::string workState = DailyTimeSheets::workState(context, w.id);
+        const std::string notes = DailyTimeSheets::notes(context, w.id);
+        if (!workState.empty()) shared["workState"] = workState;
+        if (!notes.empty()) shared["notes"] = notes;
         if (w.sharedTravelDurationSeconds) shared["sharedTravelDurationSeconds"] = *w.sharedTravelDurationSeconds;
         if (mileage) shared["departmentMileage"] = mileage->toString();
         if (location) shared["workLocation"] = toRawValue(*location);
@@ -292,15 +231,25 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
         const int weekday = ProductionWeekCalendars::weekdayOf(date);
         text << "DTS " << a.date << " (" << weekdayNames[static_cast<std::size_t>(weekday - 1)] << "), Payroll Week from "
              << calendar_text::formatDate(weekStart) << "\n"
-             << "General Crew Call " << shown(production, w.generalCrewCall, date) << (w.generalCrewCallWasAutofilled ? "*" : "")
+             << "General Crew Call " << shown(production, w.generalCrewCall, date)
+             << (w.generalCrewCall && w.generalCrewCallWasAutofilled ? "*" : "")
              << "   Lunch Out " << shown(production, w.officialLunchOut, date) << "   Lunch In "
-             << shown(production, w.officialLunchIn, date) << (w.officialLunchInWasAutofilled ? "*" : "") << "   Wrap "
+             << shown(production, w.officialLunchIn, date) << (w.officialLunchIn && w.officialLunchInWasAutofilled ? "*" : "")
+             << (lunchInRevert ? " [" + *lunchInRevert + "]" : "") << "   Wrap "
              << shown(production, w.wrap, date) << "\n"
              << "Grace called: " << (w.firstMealGraceWasCalled ? "yes" : "no") << "   Travel: "
              << (w.sharedTravelDurationSeconds ? formatDuration(*w.sharedTravelDurationSeconds) : "-") << "   Department mileage: "
              << (mileage ? mileage->toString() : "-") << "   Work location: "
              << (location ? (*location == MealWorkLocation::studio ? "Studio" : "Location") : "-") << "\n";
+        if (!workState.empty() || !notes.empty()) {
+            text << "Work state: " << (workState.empty() ? "-" : workState) << "   Notes: " << (notes.empty() ? "-" : notes) << "\n";
+        }
         Json advisories = Json::array();
+        for (const auto& finding : CrewOnDTS::integrityFindings(context, w.id)) {
+            const std::string line = (finding.crewMember.empty() ? "" : finding.crewMember + ": ") + finding.text;
+            advisories.push_back(line);
+            text << "DTS Data Integrity Warning: " << line << "\n";
+        }
         if (const auto advisory = DailyTimeSheets::unusualMealAdvisory(w.officialLunchOut, w.officialLunchIn)) {
             advisories.push_back(*advisory);
             text << "Advisory: " << *advisory << "\n";
@@ -322,10 +271,15 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
             const auto mode = DailyTimeSheets::workMode(context, entry.id);
             const auto title = CrewOnDTS::dtsNameForToday(context, entry.id);
             Json row{{"entryID", entry.id.text()}, {"crewMember", name}, {"dayplayer", dayplayer}};
+            std::vector<std::string> reverts;
             for (auto field : {DTSTimeField::call, DTSTimeField::lunchOut, DTSTimeField::lunchIn, DTSTimeField::wrap}) {
                 const EffectiveTime& t = times[field];
                 Json time{{"text", payroll_decimal_time::formatTimeOfDay(t.value, date)}, {"source", toRawValue(t.source)}};
                 if (t.value) time["instant"] = calendar_text::formatInstant(*t.value);
+                if (const auto revert = DailyTimeSheets::revertToAutofillLabel(context, entry.id, field)) {
+                    time["revertToAutofillLabel"] = *revert;
+                    reverts.push_back(std::string(toRawValue(field)) + ": " + *revert);
+                }
                 row[std::string(toRawValue(field))] = std::move(time);
             }
             row["nonDeductibleBreakfast"] = entry.nonDeductibleBreakfast;
@@ -357,6 +311,7 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
             text << "    " << (goldenHourWrap ? std::string(review_words::goldenHourWrap) + " " + shown(production, goldenHourWrap, date)
                                               : std::string(review_words::goldenHourUnavailable))
                  << "\n";
+            for (const auto& revert : reverts) text << "    " << revert << "\n";
             for (const auto& advisory : rowAdvisories) text << "    Advisory: " << advisory.get<std::string>() << "\n";
             rows.push_back(std::move(row));
         }
@@ -368,16 +323,19 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
 }
 
 int deleteDTS(CommandSession& session, const DTSCommandArguments& a) {
-    return act(session, [&](ModelContext& context, const Production& production) {
-        const CalendarDate date = dateArgument(a.date);
-        const Workday workday = dtsOn(context, production.id, date);
-        if (DailyTimeSheets::hasEnteredData(context, workday) && !a.yes) {
-            throw Refused{"confirmationNeeded", std::string(dts_messages::deleteConfirmation) + " Run again with --yes to delete it."};
-        }
-        DailyTimeSheets::remove(context, workday.id);
-        session.answer(Json{{"deleted", a.date}}, "Deleted the DTS for " + a.date + " with its crew rows.\n");
-        return int{exitSuccess};
-    });
+    return act(
+        session,
+        [&](ModelContext& context, const Production& production) {
+            const CalendarDate date = dateArgument(a.date);
+            const Workday workday = dtsOn(context, production.id, date);
+            if (DailyTimeSheets::hasEnteredData(context, workday) && !a.yes) {
+                throw Refused{"confirmationNeeded", std::string(dts_messages::deleteConfirmation) + " Run again with --yes to delete it."};
+            }
+            DailyTimeSheets::remove(context, workday.id);
+            session.answer(Json{{"deleted", a.date}}, "Deleted the DTS for " + a.date + " with its crew rows.\n");
+            return int{exitSuccess};
+        },
+        dts_messages::deleteFailedTitle, dts_messages::deleteFailed);
 }
 
 int removeRow(CommandSession& session, const DTSCommandArguments& a) {
@@ -387,7 +345,9 @@ int removeRow(CommandSession& session, const DTSCommandArguments& a) {
         for (const auto& entry : weeks::entries(context, workday.id)) {
             if (entry.crewMemberID != member.id) continue;
             CrewOnDTS::removeRow(context, entry.id);
-            session.answer(Json{{"removed", entry.id.text()}}, std::string(crew_on_dts_messages::removeRowExplanation) + "\n");
+            session.answer(Json{{"removed", entry.id.text()}}, std::string(crew_on_dts_messages::removeRowAction) + ": " +
+                                                                   member.displayName + ". " +
+                                                                   std::string(crew_on_dts_messages::removeRowExplanation) + "\n");
             return int{exitSuccess};
         }
         throw Refused{"rowNotFound", member.displayName + " is not on the DTS for " + a.date + "."};
@@ -401,9 +361,18 @@ int reorderRows(CommandSession& session, const DTSCommandArguments& a) {
         std::vector<Uuid> order;
         for (const auto& name : a.names) {
             const CrewMember member = crewMemberNamed(context, production.id, name);
-            for (const auto& entry : entries) {
-                if (entry.crewMemberID == member.id) order.push_back(entry.id);
+            const auto row = std::find_if(entries.begin(), entries.end(), [&](const auto& e) { return e.crewMemberID == member.id; });
+            if (row == entries.end()) throw Refused{"rowNotFound", member.displayName + " is not on the DTS for " + a.date + "."};
+            if (std::find(order.begin(), order.end(), row->id) != order.end()) {
+                throw Refused{"repeatedName", member.displayName + " is named twice; name each person on the DTS once."};
             }
+            order.push_back(row->id);
+        }
+        for (const auto& entry : entries) {
+            if (std::find(order.begin(), order.end(), entry.id) != order.end()) continue;
+            const auto member = entry.crewMemberID ? crew_repository::fetchCrewMember(context, *entry.crewMemberID) : std::nullopt;
+            throw Refused{"missingName", (member ? member->displayName : std::string("A crew row")) +
+                                             " is on the DTS but not in the new order; name every person on it."};
         }
         CrewOnDTS::reorderRows(context, workday.id, order);
         session.answer(Json{{"reordered", order.size()}}, "Reordered the DTS crew rows.\n");
@@ -508,17 +477,6 @@ int removeActivity(CommandSession& session, const DTSCommandArguments& a) {
 }  // namespace
 
 void addDTSCommands(CLI::App& app, CommandSession& session, DTSCommandArguments& a, int& exitStatus) {
-    auto* crew = app.add_subcommand("crew", "The production's crew")->require_subcommand(1);
-    auto* crewAdd = crew->add_subcommand("add", "Add a crew member with an engagement (and a rate)");
-    crewAdd->add_option("NAME", a.name, "The name shown on the DTS")->required();
-    crewAdd->add_option("--from", a.from, "First day of the engagement, YYYY-MM-DD")->required();
-    crewAdd->add_option("--rate", a.rate, "Hourly rate, such as 45.00");
-    crewAdd->add_flag("--dayplayer", a.dayplayer, "Engage as a dayplayer");
-    crewAdd->add_option("--precall", a.precall, "Regular precall before General Crew Call, in payroll hours");
-    crewAdd->add_option("--wrapout", a.wrapout, "Regular wrap-out after Wrap, in payroll hours");
-    crewAdd->callback([&] { exitStatus = addCrew(session, a); });
-    crew->add_subcommand("list", "List the crew")->callback([&] { exitStatus = listCrew(session); });
-
     auto* dts = app.add_subcommand("dts", "Daily Time Sheets")->require_subcommand(1);
     dts->add_subcommand("create", "Create the DTS of a date")->callback([&] { exitStatus = createDTS(session, a); })
         ->add_option("DATE", a.date, "YYYY-MM-DD")->required();
@@ -544,6 +502,7 @@ void addDTSCommands(CLI::App& app, CommandSession& session, DTSCommandArguments&
     auto* set = dts->add_subcommand("set", "Set the shared facts of a DTS");
     set->add_option("DATE", a.date, "YYYY-MM-DD")->required();
     addTimes(set, setOptions);
+    set->add_option("--revert", a.revert, "Revert to Autofill: lunchIn (Lunch Out plus the production's lunch length)");
     set->add_flag("--grace-called", a.graceCalled, "Grace was called for the official first meal");
     set->add_flag("--grace-not-called", a.graceNotCalled, "Grace was not called");
     setOptions["travel"] = set->add_option("--travel", a.travel, "Shared travel time in payroll hours");
@@ -590,8 +549,9 @@ void addDTSCommands(CLI::App& app, CommandSession& session, DTSCommandArguments&
     activityAdd->add_option("DATE", a.date, "YYYY-MM-DD")->required();
     activityAdd->add_option("KIND", a.kind, "travel, idle, personal or holiday")->required();
     activityAdd->add_option("NAME", a.names, "The crew members")->required();
-    activityAdd->add_option("--travel", a.travel, "Shared Travel Time in payroll hours, such as 5.0");
-    activityAdd->add_option("--travel-each", a.travelEach, "Individual Travel Times, in the order of the names: 5.0,2.5");
+    auto* sharedTravel = activityAdd->add_option("--travel", a.travel, "Shared Travel Time in payroll hours, such as 5.0");
+    activityAdd->add_option("--travel-each", a.travelEach, "Individual Travel Times, in the order of the names: 5.0,2.5")
+        ->excludes(sharedTravel);
     activityAdd->callback([&] { exitStatus = addActivity(session, a); });
     activity->add_subcommand("list", "List Non-DTS Activity")->callback([&] { exitStatus = listActivities(session, a); })
         ->add_option("DATE", a.date, "Only this date");

@@ -79,7 +79,7 @@ TEST_F(DTSCommands, ShowsEffectiveTimesWithTheirSources) {
     EXPECT_EQ(show()["rows"][1]["rulesLocalityOverride"], "distant");
     ASSERT_EQ(run({"dts", "reorder", "2026-11-03", "Ada Quill", "Rowan Vale"}).status, 0);
     EXPECT_EQ(show()["rows"][0]["crewMember"], "Ada Quill");
-    EXPECT_EQ(run({"dts", "reorder", "2026-11-03", "Ada Quill"}).err, "The DTS crew order could not be saved.\n");
+    EXPECT_EQ(run({"dts", "reorder", "2026-11-03", "Ada Quill"}).err, "Rowan Vale is on the DTS but not in the new order; name every person on it.\n");
     ASSERT_EQ(run({"dts", "row", "2026-11-03", "Ada Quill", "--clear", "wrap"}).status, 0);
     EXPECT_EQ(show()["rows"][0]["wrap"]["source"], "inherited");
     ASSERT_EQ(run({"dts", "remove-row", "2026-11-03", "Ada Quill"}).status, 0);
