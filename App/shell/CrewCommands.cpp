@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "App/model/CrewRoster.hpp"
+#include "App/model/ProductionProfile.hpp"
 #include "App/rules/CompensationProvisions.hpp"
 #include "App/shell/CommandActions.hpp"
 
@@ -120,6 +121,53 @@ void writeEngagement(std::ostream& text, const EngagementRecord& r) {
     }
     if (r.requiredRestSeconds) text << "    Required rest " << formatDuration(*r.requiredRestSeconds) << " h\n";
     if (!e.notes.empty()) text << "    Notes: " << e.notes << "\n";
+}
+
+// ---- the production's own facts ----
+
+DTSTimeDisplay timeDisplayArgument(const std::string& text) {
+    // Clock time is shown on the 24-hour clock; "clock24Hour" names it too.
+    if (text == "payrollDecimal") return DTSTimeDisplay::payrollDecimal;
+    if (text == "clockTime" || text == "clock24Hour") return DTSTimeDisplay::clockTime;
+    if (text == "clock12Hour") {
+        throw Refused{"invalidChoice", "Tessel shows clock time on the 24-hour clock; choose payrollDecimal or clockTime."};
+    }
+    throw Refused{"invalidChoice", "Choose the time display payrollDecimal or clockTime."};
+}
+
+int setProduction(CommandSession& session, const CrewCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& stored) {
+        Production production = stored;
+        ProductionIdentity identity = production_profile::identity(context, production.id);
+        if (given(a, "newName")) production.name = std::string(entry_text::trimmed(a.newName));
+        if (given(a, "startDate")) production.startDate = optionalDateArgument(a.startDate);
+        if (given(a, "lunchLength")) {
+            const auto seconds = durationArgument(a.lunchLength, "Enter the lunch length in payroll-decimal hours, such as 0.5.");
+            production_profile::validateLunchLength(seconds.value_or(0));
+            production.defaultLunchDurationSeconds = *seconds;
+        }
+        if (given(a, "timeDisplay")) production.dtsTimeDisplay = timeDisplayArgument(std::string(entry_text::trimmed(a.timeDisplay)));
+        if (given(a, "currency")) {
+            production.currencyCode = std::string(entry_text::trimmed(a.currency));
+            production_profile::checkCurrencyChange(context, production.id, production.currencyCode);
+        }
+        std::optional<bool> defaultNDB;
+        if (given(a, "defaultNDB")) {
+            if (a.defaultNDB != "on" && a.defaultNDB != "off") throw Refused{"invalidChoice", "Choose the default NDB on or off."};
+            defaultNDB = a.defaultNDB == "on";
+        }
+        if (given(a, "department")) identity.department = a.department;
+        if (given(a, "company")) identity.company = a.company;
+        if (given(a, "workState")) identity.defaultWorkState = a.workState;
+        if (given(a, "departmentHead")) identity.departmentHeadName = a.departmentHead;
+
+        production_repository::update(context, production);
+        production_profile::setIdentity(context, production.id, identity);
+        if (defaultNDB) DailyTimeSheets::setDefaultNonDeductibleBreakfast(context, production.id, *defaultNDB, now());
+        session.answer(Json{{"updated", production.id.text()}}, "Updated production \u201C" + production.name + "\u201D.\n" +
+                                                                   (defaultNDB ? std::string(dts_messages::defaultNDBNote) + "\n" : ""));
+        return int{exitSuccess};
+    });
 }
 
 // ---- the crew list ----
@@ -399,6 +447,23 @@ void addDatedTerm(CLI::App* crew, CommandSession& session, CrewCommandArguments&
 }  // namespace
 
 void addCrewCommands(CLI::App& app, CommandSession& session, CrewCommandArguments& a, int& exitStatus) {
+    auto* productionSet = app.get_subcommand("production")->add_subcommand("set", "Change the current production's facts");
+    std::map<std::string, CLI::Option*> productionOptions{
+        {"newName", productionSet->add_option("--name", a.newName, "The production's name")},
+        {"startDate", productionSet->add_option("--start-date", a.startDate, "First day of the production; \"\" clears it")},
+        {"department", productionSet->add_option("--department", a.department, "The department printed on the DTS")},
+        {"company", productionSet->add_option("--company", a.company, "The production company printed on the DTS")},
+        {"workState", productionSet->add_option("--work-state", a.workState, "Default Work State on the exported form")},
+        {"departmentHead", productionSet->add_option("--department-head", a.departmentHead, "Department head's name on the DTS")},
+        {"defaultNDB", productionSet->add_option("--default-ndb", a.defaultNDB, "Default NDB for new daily entries: on or off")},
+        {"lunchLength", productionSet->add_option("--lunch-length", a.lunchLength, "Lunch length that fills Official Lunch In, in hours")},
+        {"timeDisplay", productionSet->add_option("--time-display", a.timeDisplay, "DTS times: payrollDecimal or clockTime")},
+        {"currency", productionSet->add_option("--currency", a.currency, "ISO 4217 currency code, such as USD")}};
+    productionSet->callback([&, productionOptions] {
+        a.given = productionOptions;
+        exitStatus = setProduction(session, a);
+    });
+
     auto* crew = app.add_subcommand("crew", "The production's crew, engagements and dated terms")->require_subcommand(1);
     auto* add = crew->add_subcommand("add", "Add a crew member with an engagement (and a rate)");
     add->add_option("NAME", a.name, "The name shown on the DTS")->required();

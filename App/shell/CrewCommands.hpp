@@ -16,13 +16,16 @@ struct CrewCommandArguments {
     std::string from, rate, precall, wrapout, on, through, schedule, location, locality, classification, dtsFrom, notes;
     std::string mode, amount, clearDate;
     std::vector<std::string> conditions;
+    // production set
+    std::string startDate, department, company, workState, departmentHead, defaultNDB, lunchLength, timeDisplay, currency;
     std::int64_t order = 0;
     bool dayplayer = false, fullTime = false, retire = false, unretire = false, clear = false;
     // Options whose presence matters even when given "" (which clears the value).
     std::map<std::string, CLI::Option*> given;
 };
 
-// crew: the production's crew list, each person's engagements and their dated terms.
+// crew: the production's crew list, each person's engagements and their dated terms; and production set,
+// the production's own facts. Registered after the production command.
 void addCrewCommands(CLI::App& app, CommandSession& session, CrewCommandArguments& arguments, int& exitStatus);
 
 }  // namespace tessel

@@ -453,6 +453,49 @@ int listActivities(CommandSession& session, const DTSCommandArguments& a) {
     });
 }
 
+int editActivity(CommandSession& session, const DTSCommandArguments& a, bool kindGiven, bool travelGiven) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate date = dateArgument(a.date);
+        const CrewMember member = crewMemberNamed(context, production.id, a.name);
+        const auto activities = NonDTSActivities::onDate(context, production.id, date);
+        const auto activity = std::find_if(activities.begin(), activities.end(), [&](const auto& x) { return x.crewMemberID == member.id; });
+        if (activity == activities.end() || !activity->engagementID) {
+            throw Refused{"activityNotFound", member.displayName + " has no Non-DTS Activity on " + a.date + "."};
+        }
+        const auto kind = kindGiven ? activityKind(a.kind) : activity->kind();
+        if (!kind) throw Refused{"invalidKind", "Choose the activity travel, idle, personal or holiday."};
+        std::string travel = a.travel;
+        if (!travelGiven && activity->travelDurationSeconds) travel = formatDuration(*activity->travelDurationSeconds);
+        NonDTSActivityDraft draft{date, *kind, true, travel, {}, {*activity->engagementID}, activity->id};
+        NonDTSActivities::save(context, production.id, draft);
+        session.answer(Json{{"updated", activity->id.text()}},
+                       "Changed " + member.displayName + "\u2019s activity on " + a.date + " to " + std::string(label(*kind)) + ".\n");
+        return int{exitSuccess};
+    });
+}
+
+int activityOptions(CommandSession& session, const DTSCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate date = dateArgument(a.date);
+        const auto activities = NonDTSActivities::onDate(context, production.id, date);
+        Json list = Json::array();
+        std::ostringstream text;
+        for (const auto& option : NonDTSActivities::options(context, production.id, date)) {
+            Json json{{"crewMember", option.crewMember.displayName}, {"engagementID", option.engagement.id.text()}};
+            std::string reason = option.unavailableReason.value_or("");
+            const auto own = std::find_if(activities.begin(), activities.end(),
+                                          [&](const auto& x) { return x.crewMemberID == option.crewMember.id; });
+            if (reason.empty() && own != activities.end()) reason = "Has " + activityKindLabel(own->kindRawValue) + " on this date; edit it";
+            if (!reason.empty()) json["unavailableReason"] = reason;
+            text << "  " << option.crewMember.displayName << (reason.empty() ? "" : "  (" + reason + ")") << "\n";
+            list.push_back(std::move(json));
+        }
+        if (list.empty()) text << "Nobody is engaged on " << a.date << ".\n";
+        session.answer(Json{{"date", a.date}, {"options", std::move(list)}}, text.str());
+        return int{exitSuccess};
+    });
+}
+
 int removeActivity(CommandSession& session, const DTSCommandArguments& a) {
     return act(session, [&](ModelContext& context, const Production& production) {
         const CalendarDate date = dateArgument(a.date);
@@ -555,6 +598,16 @@ void addDTSCommands(CLI::App& app, CommandSession& session, DTSCommandArguments&
     activityAdd->callback([&] { exitStatus = addActivity(session, a); });
     activity->add_subcommand("list", "List Non-DTS Activity")->callback([&] { exitStatus = listActivities(session, a); })
         ->add_option("DATE", a.date, "Only this date");
+    auto* activityEdit = activity->add_subcommand("edit", "Change one person's activity on a date in place");
+    activityEdit->add_option("DATE", a.date, "YYYY-MM-DD")->required();
+    activityEdit->add_option("NAME", a.name, "The crew member")->required();
+    auto* editKind = activityEdit->add_option("--kind", a.kind, "travel, idle, personal or holiday");
+    auto* editTravel = activityEdit->add_option("--travel", a.travel, "Travel Time in payroll hours, such as 5.0");
+    activityEdit->callback([&, editKind, editTravel] { exitStatus = editActivity(session, a, editKind->count() > 0, editTravel->count() > 0); });
+    activity->add_subcommand("options", "Who can be given an activity on a date, and why others cannot")
+        ->callback([&] { exitStatus = activityOptions(session, a); })
+        ->add_option("DATE", a.date, "YYYY-MM-DD")
+        ->required();
     auto* activityRemove = activity->add_subcommand("remove", "Remove one person's activity on a date, or all of the date's");
     activityRemove->add_option("DATE", a.date, "YYYY-MM-DD")->required();
     activityRemove->add_option("NAME", a.name, "The crew member; without it, every activity of the date");

@@ -4,8 +4,10 @@
 #include <chrono>
 #include <sstream>
 
+#include "App/dts/DailyTimeSheets.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
+#include "App/model/ProductionProfile.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/ProductionWeekCalendars.hpp"
 #include "App/model/StoreSchema.hpp"
@@ -142,6 +144,20 @@ int showProduction(CommandSession& session, const std::string& idOrName) {
          << "  Default lunch: " << production->defaultLunchDurationSeconds / 60 << " minutes\n"
          << "  Payroll Week starts on: " << weekdayNames[static_cast<std::size_t>(startWeekday - 1)] << "\n"
          << "  Crew: " << crew.size() << ", Payroll Weeks: " << allWeeks.size() << ", DTS: " << dtsCount << "\n";
+    const ProductionIdentity identity = production_profile::identity(context, production->id);
+    const bool defaultNDB = DailyTimeSheets::defaultNonDeductibleBreakfast(context, production->id);
+    const auto shownText = [](const std::string& value) { return value.empty() ? std::string("-") : value; };
+    text << "  Start date: " << (production->startDate ? formatDate(*production->startDate) : "-") << "\n"
+         << "  Department: " << shownText(identity.department) << "\n"
+         << "  Company: " << shownText(identity.company) << "\n"
+         << "  Default work state: " << shownText(identity.defaultWorkState) << "\n"
+         << "  Department head: " << shownText(identity.departmentHeadName) << "\n"
+         << "  Default NDB for new daily entries: " << (defaultNDB ? "on" : "off") << "\n";
+    json["department"] = identity.department;
+    json["company"] = identity.company;
+    json["defaultWorkState"] = identity.defaultWorkState;
+    json["departmentHeadName"] = identity.departmentHeadName;
+    json["defaultNonDeductibleBreakfast"] = defaultNDB;
     session.answer(json, text.str());
     return exitSuccess;
 }

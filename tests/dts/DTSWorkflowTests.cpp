@@ -290,3 +290,35 @@ TEST_F(DTSWorkflow, RepairRemovesIdenticalDuplicatesAndReportsConflicts) {
 
 }  // namespace
 }  // namespace tessel
+
+namespace tessel {
+namespace {
+
+TEST_F(DTSWorkflow, AddingADayplayerRowKeepsTheAutofilledGeneralCrewCall) {
+    const Workday workday = DailyTimeSheets::create(context, production.id, dtsDate);
+    DailyTimeSheets::acceptSharedSuggestion(context, workday.id, DTSTimeField::call, at(7.0));
+    CrewOnDTS::addRow(context, workday.id, jules.id);
+    EXPECT_TRUE(DailyTimeSheets::fetch(context, workday.id).generalCrewCallWasAutofilled);
+    EXPECT_EQ(timesOf(workday, rowan).call.value, at(6.5));
+}
+
+TEST_F(DTSWorkflow, IntegrityFindingsNameTheRowAndTheProblem) {
+    const Workday workday = DailyTimeSheets::create(context, production.id, dtsDate);
+    satellite_repository::write(context, store_schema::satelliteTable("CrewDailyDTSTitleConfiguration"), rowOf(workday, ada).id,
+                                {{"displayTitle", std::string(" ")}});
+    const Uuid missingPosition = Uuid::generate();
+    satellite_repository::write(context, store_schema::satelliteTable("CrewDailyJobConfiguration"), rowOf(workday, rowan).id,
+                                {{"productionPositionID", missingPosition.text()}, {"positionName", std::string("Best Boy")}});
+    const auto findings = CrewOnDTS::integrityFindings(context, workday.id);
+    ASSERT_EQ(findings.size(), 3u);
+    EXPECT_EQ(findings[0].crewMember, "Rowan Vale");
+    EXPECT_EQ(findings[0].text, "A Job for Today references a missing Production Position.");
+    EXPECT_EQ(findings[1].text, "A Job for Today Position snapshot is invalid.");
+    EXPECT_EQ(findings[2].text, "A DTS Name for Today is empty.");
+    CrewOnDTS::removeRow(context, rowOf(workday, rowan).id);
+    EXPECT_TRUE(CrewOnDTS::orphanedRowSettings(context).empty());  // a removed row takes its settings with it
+    EXPECT_EQ(CrewOnDTS::positionKeptReason(context, missingPosition), std::nullopt);
+}
+
+}  // namespace
+}  // namespace tessel

@@ -17,6 +17,7 @@ protected:
         ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
         ASSERT_EQ(run({"crew", "add", "Rowan Vale", "--from", "2026-11-02", "--rate", "45.00", "--precall", "0.5"}).status, 0);
         ASSERT_EQ(run({"crew", "add", "Ada Quill", "--from", "2026-11-02", "--rate", "38.50"}).status, 0);
+        ASSERT_EQ(run({"crew", "add", "Nell Ash", "--from", "2026-11-02", "--dayplayer"}).status, 0);
         ASSERT_EQ(run({"dts", "create", "2026-11-03"}).status, 0);
     }
 
@@ -112,6 +113,104 @@ TEST_F(DTSCommands, ActivitiesAreRecordedAndRemoved) {
     ASSERT_EQ(run({"activity", "remove", "2026-11-04"}).status, 0);
     EXPECT_EQ(run({"activity", "list", "--json"}).json()["activities"].size(), 0u);
 }
+
+}  // namespace
+}  // namespace tessel
+
+namespace tessel {
+namespace {
+
+TEST_F(DTSCommands, APersonWithAnActivityGetsNoRowAndARowRefusesTheActivity) {
+    ASSERT_EQ(run({"activity", "add", "2026-11-05", "travel", "Ada Quill", "--travel", "4.0"}).status, 0);
+    const auto created = run({"dts", "create", "2026-11-05", "--json"});
+    ASSERT_EQ(created.status, 0) << created.err;
+    EXPECT_EQ(created.json()["rowCount"], 1);
+    EXPECT_EQ(created.json()["leftOffForActivity"], Json::array({"Ada Quill"}));
+    EXPECT_EQ(run({"dts", "row", "2026-11-05", "Ada Quill", "--call", "6.0"}).err,
+              "Ada Quill already has a non-DTS activity on this date. Edit or remove it first.\n");
+    EXPECT_EQ(run({"dts", "show", "2026-11-05", "--json"}).json()["rows"].size(), 1u);
+    const auto options = run({"activity", "options", "2026-11-05", "--json"}).json()["options"];
+    EXPECT_EQ(options[0]["unavailableReason"], "Already on this date\u2019s DTS");
+}
+
+TEST_F(DTSCommands, OneSaveNeverGivesOnePersonTwoActivities) {
+    EXPECT_EQ(run({"activity", "add", "2026-11-05", "travel", "Ada Quill", "Rowan Vale", "Ada Quill", "--travel", "1.0"}).err,
+              "Ada Quill already has a non-DTS activity on this date. Edit or remove it first.\n");
+    EXPECT_EQ(run({"activity", "list", "--json"}).json()["activities"].size(), 0u);
+    EXPECT_EQ(run({"activity", "add", "2026-11-05", "travel", "Ada Quill", "--travel", "1.0", "--travel-each", "1.0"}).status, 2);
+}
+
+TEST_F(DTSCommands, AutofillNeverBringsBackATimeTheUserCleared) {
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--call", "7.0", "--lunch-out", "13.0", "--wrap", "19.0"}).status, 0);
+    EXPECT_EQ(show()["rows"][0]["call"]["text"], "6.5");
+    ASSERT_EQ(run({"dts", "row", "2026-11-03", "Rowan Vale", "--clear", "call"}).status, 0);
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--call", "8.0"}).status, 0);
+    Json rowan = show()["rows"][0];
+    EXPECT_EQ(rowan["call"]["text"], "8.0");
+    EXPECT_EQ(rowan["call"]["source"], "inherited");
+    EXPECT_EQ(rowan["call"]["revertToAutofillLabel"], "Revert to Autofill (7.5)");
+    ASSERT_EQ(run({"dts", "row", "2026-11-03", "Rowan Vale", "--revert", "call"}).status, 0);
+    rowan = show()["rows"][0];
+    EXPECT_EQ(rowan["call"]["text"], "7.5");
+    EXPECT_FALSE(rowan["call"].contains("revertToAutofillLabel"));
+    // Ada has no regular precall: nothing to revert to, so nothing is offered and a revert is refused.
+    EXPECT_FALSE(show()["rows"][1]["call"].contains("revertToAutofillLabel"));
+    EXPECT_EQ(run({"dts", "row", "2026-11-03", "Ada Quill", "--revert", "call"}).err, "This time has no autofill value to revert to.\n");
+
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--lunch-in", ""}).status, 0);
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--lunch-out", "12.0"}).status, 0);
+    Json lunchIn = show()["shared"]["officialLunchIn"];
+    EXPECT_EQ(lunchIn["text"], "");
+    EXPECT_EQ(lunchIn["revertToAutofillLabel"], "Revert to Autofill (12.5)");
+    ASSERT_EQ(run({"production", "set", "--time-display", "clockTime"}).status, 0);
+    EXPECT_EQ(show()["shared"]["officialLunchIn"]["revertToAutofillLabel"], "Revert to Autofill (12:30)");
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--revert", "lunchIn"}).status, 0);
+    lunchIn = show()["shared"]["officialLunchIn"];
+    EXPECT_EQ(lunchIn["text"], "12.5");
+    EXPECT_EQ(lunchIn["autofilled"], true);
+}
+
+struct RowFact {
+    const char* name;
+    std::vector<std::string> options;
+};
+
+class DeletingADTSWithARowFact : public DTSCommands, public ::testing::WithParamInterface<RowFact> {};
+
+TEST_P(DeletingADTSWithARowFact, NeedsConfirmation) {
+    std::vector<std::string> arguments{"dts", "row", "2026-11-03", "Ada Quill"};
+    arguments.insert(arguments.end(), GetParam().options.begin(), GetParam().options.end());
+    ASSERT_EQ(run(arguments).status, 0);
+    EXPECT_EQ(run({"dts", "delete", "2026-11-03"}).status, 1);
+    EXPECT_EQ(run({"dts", "delete", "2026-11-03", "--yes"}).status, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Facts, DeletingADTSWithARowFact,
+                         ::testing::Values(RowFact{"dtsName", {"--dts-name", "Key Grip"}}, RowFact{"mileage", {"--mileage", "3"}},
+                                           RowFact{"boxRental", {"--box-rental"}}, RowFact{"workMode", {"--mode", "worked"}},
+                                           RowFact{"ndb", {"--ndb"}}, RowFact{"locality", {"--locality", "distant"}}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(DTSCommands, TypedEntriesAreTrimmedAndOnlyAnEmptyEntryClears) {
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--call", "\u00A07.0\u00A0", "--mileage", " 12"}).status, 0);
+    EXPECT_EQ(show()["shared"]["generalCrewCall"]["text"], "7.0");
+    EXPECT_EQ(show()["shared"]["departmentMileage"], "12");
+    EXPECT_EQ(run({"dts", "set", "2026-11-03", "--call", "\x01"}).err, "Call must be between 0.0 and 23.9.\n");
+    EXPECT_EQ(show()["shared"]["generalCrewCall"]["text"], "7.0");
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--call", " "}).status, 0);
+    EXPECT_EQ(show()["shared"]["generalCrewCall"]["text"], "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Reorders, RefusedDTSEntry,
+    ::testing::Values(
+        RefusedEntry{"notOnTheDTS", {"dts", "reorder", "2026-11-03", "Ada Quill", "Rowan Vale", "Nell Ash"},
+                     "Nell Ash is not on the DTS for 2026-11-03."},
+        RefusedEntry{"namedTwice", {"dts", "reorder", "2026-11-03", "Ada Quill", "Ada Quill", "Rowan Vale"},
+                     "Ada Quill is named twice; name each person on the DTS once."},
+        RefusedEntry{"secondDTS", {"dts", "create", "2026-11-03"},
+                     "Couldn\u2019t Create Daily Time Sheet\nA DTS already exists for 2026-11-03."}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace tessel
