@@ -315,7 +315,8 @@ int showCrew(CommandSession& session, const CrewCommandArguments& a, bool engage
                     Json p{{"engagementID", record.engagement.id.text()}, {"kind", term.kind},
                            {"effectiveDate", calendar_text::formatDate(term.effectiveDate)},
                            {"overrideMode", term.mode ? std::string(toRawValue(*term.mode)) : "unknown"}};
-                    text << "    " << term.kind << " from " << calendar_text::formatDate(term.effectiveDate) << ": "
+                    const auto kind = fromRawValue<CompensationProvisionKind>(term.kind);
+                    text << "    " << (kind ? std::string(label(*kind)) : term.kind) << " from " << calendar_text::formatDate(term.effectiveDate) << ": "
                          << (term.mode ? std::string(toRawValue(*term.mode)) : "unknown");
                     if (term.personalDailyAmount) {
                         p["personalDailyAmount"] = Json{{"amount", term.personalDailyAmount->toString()}, {"currency", term.currencyCode}};

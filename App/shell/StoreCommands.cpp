@@ -4,6 +4,7 @@
 #include <chrono>
 #include <sstream>
 
+#include "App/dts/CrewOnDTS.hpp"
 #include "App/dts/DailyTimeSheets.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
@@ -53,8 +54,15 @@ int storeInfo(CommandSession& session) {
         backups.push_back(Json{{"directory", backup.directoryURL.string()}, {"files", backup.copiedFileNames}});
         text << "  " << backup.directoryURL.string() << "\n";
     }
+    // Settings of DTS rows that no longer exist: what a repair or a support request needs to know.
+    Json integrity = Json::array();
+    for (const auto& finding : CrewOnDTS::orphanedRowSettings(store->context())) {
+        integrity.push_back(finding);
+        text << "DTS Data Integrity Warning: " << finding << "\n";
+    }
     Json json{{"environment", toRawValue(environment.kind)},
               {"storePath", environment.storeURL.string()},
+              {"dataIntegrity", std::move(integrity)},
               {"schemaVersion", store->schemaVersion()},
               {"modelIdentifier", std::string(store_schema::modelIdentifier)},
               {"legacyStoreInspectionResult", store->legacyStoreInspectionResult()},

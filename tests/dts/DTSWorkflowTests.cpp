@@ -317,6 +317,9 @@ TEST_F(DTSWorkflow, IntegrityFindingsNameTheRowAndTheProblem) {
     EXPECT_EQ(findings[2].text, "A DTS Name for Today is empty.");
     CrewOnDTS::removeRow(context, rowOf(workday, rowan).id);
     EXPECT_TRUE(CrewOnDTS::orphanedRowSettings(context).empty());  // a removed row takes its settings with it
+    satellite_repository::write(context, store_schema::satelliteTable("CrewDailyDTSTitleConfiguration"), Uuid::generate(),
+                                {{"displayTitle", std::string("Grip")}});
+    EXPECT_EQ(CrewOnDTS::orphanedRowSettings(context), std::vector<std::string>{"A DTS Name for Today references a missing DTS crew row."});
     EXPECT_EQ(CrewOnDTS::positionKeptReason(context, missingPosition), std::nullopt);
 }
 
