@@ -226,8 +226,7 @@ std::vector<EngagementRecord> records(ModelContext& context, const Uuid& crewMem
 void setRate(ModelContext& context, const Uuid& engagementID, CalendarDate from, const std::string& amountText,
              const std::string& currencyCode) {
     engagement(context, engagementID);
-    if (!entry_text::decimal(amountText)) throw ModelValidationError("Enter a valid hourly rate.");
-    amountEntry(amountText, "Enter a non-negative hourly rate.");
+    // addPayRate validates the amount; a refusal rolls the removal back with the rest of the action.
     removeTerm(context, engagementID, DatedTermKind::rate, from);
     crew_repository::addPayRate(context, engagementID, from, amountText, currencyCode);
 }

@@ -41,7 +41,7 @@ void applyEngagementOptions(const CrewCommandArguments& a, ProductionEngagement&
     if (a.dayplayer) e.crewParticipation = CrewParticipation::dayplayer;
     if (a.fullTime) e.crewParticipation = CrewParticipation::fullTime;
     if (given(a, "schedule")) {
-        const auto schedule = choiceArgument<EmploymentSchedule>(a.schedule, "Choose the schedule daily or weekly.");
+        const auto schedule = fromRawValue<EmploymentSchedule>(entry_text::trimmed(a.schedule));
         if (!schedule) throw Refused{"invalidChoice", "Choose the schedule daily or weekly."};
         e.employmentSchedule = *schedule;
     }

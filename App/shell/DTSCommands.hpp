@@ -10,15 +10,12 @@
 
 namespace tessel {
 
-// The values of the crew, dts and activity commands, owned by the caller for one run.
+// The values of the dts and activity commands, owned by the caller for one run.
 struct DTSCommandArguments {
     std::string date;
     std::string name;
     std::vector<std::string> names;
     std::string kind;
-    // crew add
-    std::string from, rate, precall, wrapout;
-    bool dayplayer = false;
     // times and facts; an option given with "" clears its value
     std::string call, lunchOut, lunchIn, wrap, travel, travelEach, mileage, location, mode, dtsName, workState, notes, locality;
     bool graceCalled = false, graceNotCalled = false, ndb = false, noNdb = false, yes = false;
