@@ -278,7 +278,7 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
                 if (t.value) time["instant"] = calendar_text::formatInstant(*t.value);
                 if (const auto revert = DailyTimeSheets::revertToAutofillLabel(context, entry.id, field)) {
                     time["revertToAutofillLabel"] = *revert;
-                    reverts.push_back(std::string(toRawValue(field)) + ": " + *revert);
+                    reverts.push_back(std::string(field == DTSTimeField::call ? "Call" : "Wrap") + " offers " + *revert);
                 }
                 row[std::string(toRawValue(field))] = std::move(time);
             }
