@@ -51,6 +51,7 @@ struct Refusal {
     Case errorCase;
     std::string message;
     std::optional<StoreMetadataSummary> metadata;
+    std::optional<std::string> openError = std::nullopt;  // what stopped a store whose metadata was read from opening
 };
 
 // The main store file and the journal files SQLite keeps beside it, those that exist.
@@ -73,47 +74,23 @@ std::vector<std::string> copyStoreFiles(const fs::path& storeURL, const fs::path
     return copied;
 }
 
-// A new folder whose name sorts after every earlier one: the prefix, the UTC time to the millisecond.
-fs::path newTimestampedDirectory(const fs::path& parent, std::string_view prefix) {
-    const auto now = std::chrono::system_clock::now();
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(now);
-    const auto millis = std::chrono::duration_cast<std::chrono::milliseconds>(now - seconds).count();
-    std::string stamp = calendar_text::formatInstant(seconds);
-    stamp.erase(std::remove_if(stamp.begin(), stamp.end(), [](char c) { return c == '-' || c == ':'; }), stamp.end());
-    stamp.insert(stamp.size() - 1, "." + std::to_string(1000 + millis).substr(1));
-    for (int attempt = 0;; ++attempt) {
-        fs::path candidate = parent / (std::string(prefix) + "-" + stamp + (attempt ? "-" + std::to_string(attempt) : ""));
-        if (fs::create_directory(candidate)) return candidate;
-    }
-}
-
 fs::path newTemporaryDirectory(std::string_view prefix) {
     std::string pattern = (fs::temp_directory_path() / (std::string(prefix) + "XXXXXX")).string();
     if (!mkdtemp(pattern.data())) throw fs::filesystem_error("mkdtemp", std::error_code(errno, std::generic_category()));
     return pattern;
 }
 
-void pruneOldBackups(const fs::path& backupRoot) {
-    std::vector<fs::path> backups;
-    std::error_code ignored;
-    for (const auto& entry : fs::directory_iterator(backupRoot, ignored)) {
-        if (entry.is_directory() && entry.path().filename().string().starts_with(backupFolderPrefix)) {
-            backups.push_back(entry.path());
-        }
+// A temporary folder removed with everything in it when it goes out of scope.
+struct TemporaryDirectory {
+    fs::path path;
+    explicit TemporaryDirectory(std::string_view prefix) : path(newTemporaryDirectory(prefix)) {}
+    TemporaryDirectory(const TemporaryDirectory&) = delete;
+    TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+    ~TemporaryDirectory() {
+        std::error_code ignored;
+        fs::remove_all(path, ignored);
     }
-    std::sort(backups.begin(), backups.end());
-    // Pruning is housekeeping: a backup that cannot be removed now is removed on a later start.
-    for (std::size_t i = 0; i + keptStoreBackups < backups.size(); ++i) fs::remove_all(backups[i], ignored);
-}
-
-std::optional<TesselStoreBackup> makePreOpenBackup(const TesselStoreEnvironment& environment) {
-    if (!environment.backupRootURL) return std::nullopt;
-    fs::create_directories(*environment.backupRootURL);
-    const fs::path directory = newTimestampedDirectory(*environment.backupRootURL, backupFolderPrefix);
-    TesselStoreBackup backup{directory, copyStoreFiles(environment.storeURL, directory)};
-    pruneOldBackups(*environment.backupRootURL);
-    return backup;
-}
+};
 
 StoreMetadataSummary readMetadataInPlace(const fs::path& copy) {
     StoreMetadataSummary summary;
@@ -147,17 +124,22 @@ std::string join(const std::vector<std::string>& items) {
     return text.empty() ? "none" : text;
 }
 
-std::string detailsText(const std::optional<StoreMetadataSummary>& metadata) {
+std::string detailsText(const std::optional<StoreMetadataSummary>& metadata, const std::optional<std::string>& openError = {}) {
     std::string details(messages::expectedSchema);
-    if (!metadata) return details + " Store metadata is unavailable.";
-    if (metadata->readError) return details + " Store metadata could not be read: " + *metadata->readError + ".";
-    return details + " Store model identifiers: " + join(metadata->modelIdentifiers) +
-           ". Store entities: " + join(metadata->entityNames) + ".";
+    if (!metadata) {
+        details += " Store metadata is unavailable.";
+    } else if (metadata->readError) {
+        details += " Store metadata could not be read: " + *metadata->readError + ".";
+    } else {
+        details += " Store model identifiers: " + join(metadata->modelIdentifiers) + ". Store entities: " + join(metadata->entityNames) + ".";
+    }
+    if (openError) details += " The store could not be opened: " + *openError + ".";
+    return details;
 }
 
 TesselUnavailableStoreState unavailable(const TesselStoreEnvironment& environment, const Refusal& refusal) {
     return {environment.storeURL, environment.backupRootURL, refusal.message, refusal.errorCase,
-            detailsText(refusal.metadata)};
+            detailsText(refusal.metadata, refusal.openError)};
 }
 
 void writeMetadata(SQLite::Database& db, std::string_view key, std::string_view value) {
@@ -174,7 +156,8 @@ std::string readSchemaVersion(SQLite::Database& db) {
 
 void configureConnection(SQLite::Database& db) {
     db.exec("PRAGMA foreign_keys = ON");
-    db.setBusyTimeout(5000);
+    // Another Tessel process may hold the write lock for a while (a large import); wait rather than fail.
+    db.setBusyTimeout(15000);
 }
 
 // Runs each step from the store's version on, one transaction per step.
@@ -194,12 +177,30 @@ void migrate(SQLite::Database& db) {
     }
 }
 
-// Builds a new store beside the final path and moves it into place, so that an interrupted creation
+// Puts a finished store file at the store path unless one is already there. The link either happens
+// whole or not at all, so two Tessel processes starting at once never replace each other's store.
+// False when another process put its store there first.
+bool placeStore(const fs::path& finished, const fs::path& storeURL) {
+    const bool placed = ::link(finished.c_str(), storeURL.c_str()) == 0;
+    const int error = errno;
+    std::error_code ignored;
+    fs::remove(finished, ignored);
+    if (!placed && error != EEXIST) throw fs::filesystem_error("link", storeURL, std::error_code(error, std::generic_category()));
+    return placed;
+}
+
+// A file name beside the store that no other process uses.
+fs::path buildingPath(const fs::path& storeURL, std::string_view purpose) {
+    fs::path building = storeURL;
+    building += "." + std::string(purpose) + "-" + std::to_string(::getpid());
+    for (const fs::path& leftover : storeFiles(building)) fs::remove(leftover);
+    return building;
+}
+
+// Builds a new store beside the final path and links it into place, so that an interrupted creation
 // never leaves a half-made store where the next start would find it.
 void createStore(const fs::path& storeURL) {
-    fs::path building = storeURL;
-    building += ".creating";
-    for (const fs::path& leftover : storeFiles(building)) fs::remove(leftover);
+    const fs::path building = buildingPath(storeURL, "creating");
     {
         SQLite::Database db(building.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
         db.exec("PRAGMA application_id = " + std::to_string(store_schema::applicationID));
@@ -213,7 +214,20 @@ void createStore(const fs::path& storeURL) {
         transaction.commit();
         migrate(db);
     }
-    fs::rename(building, storeURL);
+    placeStore(building, storeURL);
+}
+
+// Brings a Tessel store from the former shared path into the canonical place through a consistent
+// snapshot of its isolated copy, so that transactions still in its write-ahead log come along and the
+// files at the former path are never opened.
+void adoptLegacyStore(const fs::path& isolatedCopy, const fs::path& storeURL) {
+    const fs::path building = buildingPath(storeURL, "adopting");
+    store_backups::snapshot(isolatedCopy, building);
+    {
+        SQLite::Database db(building.string(), SQLite::OPEN_READWRITE);
+        db.exec("PRAGMA journal_mode = WAL");
+    }
+    placeStore(building, storeURL);
 }
 
 // Decides from the metadata whether the store may be opened: ours, and at a version the plan reaches.
@@ -231,36 +245,38 @@ std::optional<Refusal> refusalFor(const StoreMetadataSummary& metadata) {
 struct LegacyInspection {
     std::string result;
     std::optional<Refusal> refusal;
-    bool adopt = false;  // a Tessel store at the former path is copied into the canonical place
+    std::optional<StoreMetadataSummary> metadata;
+    std::unique_ptr<TemporaryDirectory> copy;  // kept when the store is one of ours, for its adoption
+    bool adopt() const { return copy != nullptr; }
+    fs::path copiedStore(const fs::path& legacyURL) const { return copy->path / legacyURL.filename(); }
 };
 
-// Looks at the former shared store on an isolated copy, never in place.
+// Looks at the former shared store on an isolated copy, never in place. Nobody writes that store any
+// more, so a copy of its files is the store as it was left.
 LegacyInspection inspectLegacyStore(const fs::path& legacyURL) {
-    if (!fs::exists(legacyURL)) return {std::string(legacy::none), std::nullopt, false};
-    fs::path copy;
+    if (!fs::exists(legacyURL)) return {std::string(legacy::none), std::nullopt, std::nullopt, nullptr};
+    std::unique_ptr<TemporaryDirectory> copy;
     try {
-        copy = newTemporaryDirectory(inspectionFolderPrefix);
+        copy = std::make_unique<TemporaryDirectory>(inspectionFolderPrefix);
     } catch (const std::exception&) {
         return {std::string(legacy::unreadable),
-                Refusal{Case::legacyStoreConflict, std::string(messages::inspectionCopyFailed), std::nullopt}, false};
+                Refusal{Case::legacyStoreConflict, std::string(messages::inspectionCopyFailed), std::nullopt}, std::nullopt,
+                nullptr};
     }
-    LegacyInspection inspection;
     try {
-        copyStoreFiles(legacyURL, copy);
-        const StoreMetadataSummary metadata = readMetadataInPlace(copy / legacyURL.filename());
-        if (metadata.isTesselModel) {
-            inspection = {std::string(legacy::recognised) + " " + std::string(legacy::leftUnchanged), std::nullopt, true};
-        } else {
-            inspection = {std::string(metadata.readError ? legacy::unreadable : legacy::foreign),
-                          Refusal{Case::legacyStoreConflict, std::string(messages::legacyStoreConflict), metadata}, false};
-        }
+        copyStoreFiles(legacyURL, copy->path);
     } catch (const std::exception&) {
-        inspection = {std::string(legacy::unreadable),
-                      Refusal{Case::legacyStoreConflict, std::string(messages::legacyBackupFailed), std::nullopt}, false};
+        return {std::string(legacy::unreadable),
+                Refusal{Case::legacyStoreConflict, std::string(messages::legacyBackupFailed), std::nullopt}, std::nullopt,
+                nullptr};
     }
-    std::error_code ignored;
-    fs::remove_all(copy, ignored);
-    return inspection;
+    const StoreMetadataSummary metadata = readMetadataInPlace(copy->path / legacyURL.filename());
+    if (metadata.isTesselModel) {
+        return {std::string(legacy::recognised) + " " + std::string(legacy::leftUnchanged), std::nullopt, metadata,
+                std::move(copy)};
+    }
+    return {std::string(metadata.readError ? legacy::unreadable : legacy::foreign),
+            Refusal{Case::legacyStoreConflict, std::string(messages::legacyStoreConflict), metadata}, metadata, nullptr};
 }
 
 }  // namespace
@@ -350,21 +366,14 @@ StoreMetadataSummary inspectStoreMetadata(const fs::path& storeURL) {
 }
 
 std::vector<TesselStoreBackup> listStoreBackups(const TesselStoreEnvironment& environment) {
-    std::vector<TesselStoreBackup> backups;
-    std::error_code ignored;
-    if (!environment.backupRootURL) return backups;
-    for (const auto& entry : fs::directory_iterator(*environment.backupRootURL, ignored)) {
-        if (!entry.is_directory() || !entry.path().filename().string().starts_with(backupFolderPrefix)) continue;
-        TesselStoreBackup backup{entry.path(), {}};
-        for (const auto& file : fs::directory_iterator(entry.path(), ignored)) {
-            backup.copiedFileNames.push_back(file.path().filename().string());
-        }
-        std::sort(backup.copiedFileNames.begin(), backup.copiedFileNames.end());
-        backups.push_back(std::move(backup));
-    }
-    std::sort(backups.begin(), backups.end(),
-              [](const auto& a, const auto& b) { return a.directoryURL < b.directoryURL; });
-    return backups;
+    if (!environment.backupRootURL) return {};
+    return store_backups::list(*environment.backupRootURL, environment.storeURL.filename().string());
+}
+
+std::optional<TesselStoreBackup> newestStoreBackup(const TesselStoreEnvironment& environment) {
+    auto backups = listStoreBackups(environment);
+    if (backups.empty()) return std::nullopt;
+    return std::move(backups.back());
 }
 
 namespace {
@@ -389,6 +398,49 @@ bool applyPendingTestStoreReset(const TesselStoreEnvironment& testEnvironment, c
     return true;
 }
 
+namespace {
+
+// The backup of the store about to be opened, and what the store's metadata says. The newest backup
+// stands when the store has not changed since it was taken; otherwise a new snapshot is taken. A
+// snapshot stays pending until the open is known to go ahead, so a refused open changes no backup.
+struct PreOpenCheck {
+    std::optional<TesselStoreBackup> reused;
+    std::optional<store_backups::PendingBackup> pending;
+    StoreMetadataSummary metadata;
+};
+
+std::variant<PreOpenCheck, Refusal> checkBeforeOpening(const TesselStoreEnvironment& environment, SQLite::Database& db,
+                                                       const std::string& storeFingerprint) {
+    const std::string storeFileName = environment.storeURL.filename().string();
+    PreOpenCheck check;
+    if (!environment.backupRootURL) {
+        check.metadata = inspectStoreMetadata(environment.storeURL);
+        return check;
+    }
+    if (auto newest = store_backups::unchangedBackup(*environment.backupRootURL, storeFileName, storeFingerprint)) {
+        check.metadata = readMetadataInPlace(newest->directoryURL / storeFileName);
+        if (!check.metadata.readError) {
+            check.reused = std::move(newest);
+            return check;
+        }
+    }
+    try {
+        check.pending.emplace(
+            store_backups::PendingBackup::take(*environment.backupRootURL, db.getHandle(), storeFileName, storeFingerprint));
+    } catch (const store_backups::SnapshotError& error) {
+        // A file SQLite cannot read as a database is refused for what it is, with no backup of it made.
+        if (error.notADatabase()) {
+            return Refusal{Case::storeOpenFailed, std::string(messages::storeOpenFailed),
+                           StoreMetadataSummary{std::string(error.what()), {}, {}, {}, false}};
+        }
+        return Refusal{Case::backupFailed, std::string(messages::backupFailed), std::nullopt};
+    }
+    check.metadata = readMetadataInPlace(check.pending->storeCopy());
+    return check;
+}
+
+}  // namespace
+
 TesselStoreStartupResult openTesselStore(const TesselStoreEnvironment& environment) {
     if (environment.kind == TesselStoreEnvironmentKind::debugUnavailable) {
         return TesselUnavailableStoreState{environment.storeURL, environment.backupRootURL,
@@ -409,9 +461,9 @@ TesselStoreStartupResult openTesselStore(const TesselStoreEnvironment& environme
         legacyResult = inspection.result;
         if (inspection.refusal) return unavailable(environment, *inspection.refusal);
         try {
-            if (inspection.adopt) {
-                copyStoreFiles(environment.legacyStoreURL, environment.storeURL.parent_path());
-                fs::rename(environment.storeURL.parent_path() / environment.legacyStoreURL.filename(), environment.storeURL);
+            if (inspection.adopt()) {
+                adoptLegacyStore(inspection.copiedStore(environment.legacyStoreURL), environment.storeURL);
+                storeExists = true;
             } else {
                 createStore(environment.storeURL);
             }
@@ -420,27 +472,36 @@ TesselStoreStartupResult openTesselStore(const TesselStoreEnvironment& environme
         }
     }
 
+    std::unique_ptr<SQLite::Database> db;
     std::optional<TesselStoreBackup> backup;
-    if (storeExists || legacyResult.starts_with(legacy::recognised)) {
-        try {
-            backup = makePreOpenBackup(environment);
-        } catch (const std::exception&) {
-            return unavailable(environment, {Case::backupFailed, std::string(messages::backupFailed), {}});
+    std::optional<StoreMetadataSummary> metadata;
+    // Taken before anything reads the store: a change after this point makes the next open back up again.
+    const std::string storeFingerprint = store_backups::fingerprint(environment.storeURL);
+    try {
+        db = std::make_unique<SQLite::Database>(environment.storeURL.string(), SQLite::OPEN_READWRITE);
+        configureConnection(*db);
+    } catch (const std::exception& error) {
+        return unavailable(environment, {Case::storeOpenFailed, std::string(messages::storeOpenFailed), std::nullopt, error.what()});
+    }
+    try {
+        if (storeExists) {
+            auto check = checkBeforeOpening(environment, *db, storeFingerprint);
+            if (const auto* refusal = std::get_if<Refusal>(&check)) return unavailable(environment, *refusal);
+            auto& passed = std::get<PreOpenCheck>(check);
+            metadata = passed.metadata;
+            if (const auto refusal = refusalFor(*metadata)) return unavailable(environment, *refusal);
+            backup = passed.pending ? passed.pending->commit() : std::move(passed.reused);
+            if (environment.backupRootURL) store_backups::prune(*environment.backupRootURL, std::chrono::system_clock::now());
         }
-        const StoreMetadataSummary metadata =
-            backup ? readMetadataInPlace(backup->directoryURL / environment.storeURL.filename())
-                   : inspectStoreMetadata(environment.storeURL);
-        if (const auto refusal = refusalFor(metadata)) return unavailable(environment, *refusal);
+    } catch (const std::exception& error) {
+        return unavailable(environment, {Case::backupFailed, std::string(messages::backupFailed), std::nullopt, error.what()});
     }
 
     try {
-        auto db = std::make_unique<SQLite::Database>(environment.storeURL.string(), SQLite::OPEN_READWRITE);
-        configureConnection(*db);
         migrate(*db);
         return std::make_unique<TesselStore>(environment, std::move(db), std::move(backup), legacyResult);
     } catch (const std::exception& error) {
-        return unavailable(environment, {Case::storeOpenFailed, std::string(messages::storeOpenFailed),
-                                         StoreMetadataSummary{std::string(error.what()), {}, {}, {}, false}});
+        return unavailable(environment, {Case::storeOpenFailed, std::string(messages::storeOpenFailed), metadata, error.what()});
     }
 }
 

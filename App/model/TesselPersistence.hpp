@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "App/model/ModelContext.hpp"
+#include "App/model/StoreBackups.hpp"
 
 namespace tessel {
 
@@ -42,11 +43,6 @@ fs::path defaultApplicationDataRoot();
 enum class TesselPersistenceErrorCase { backupFailed, legacyStoreConflict, storePreparationFailed, storeOpenFailed };
 
 std::string_view toRawValue(TesselPersistenceErrorCase errorCase) noexcept;
-
-struct TesselStoreBackup {
-    fs::path directoryURL;
-    std::vector<std::string> copiedFileNames;
-};
 
 // What the store's own metadata says, read from an isolated copy and never from the store in place.
 struct StoreMetadataSummary {
@@ -127,13 +123,13 @@ using TesselStoreStartupResult = std::variant<std::unique_ptr<TesselStore>, Tess
 // refusing (with every store file left as it was) when it cannot be opened safely.
 TesselStoreStartupResult openTesselStore(const TesselStoreEnvironment& environment);
 
-// The pre-open backups of the environment, oldest first.
+// The complete pre-open backups of the environment, oldest first.
 std::vector<TesselStoreBackup> listStoreBackups(const TesselStoreEnvironment& environment);
+// The newest complete pre-open backup, if any.
+std::optional<TesselStoreBackup> newestStoreBackup(const TesselStoreEnvironment& environment);
 
 // Reads a store's metadata on an isolated copy; the store itself is not opened.
 StoreMetadataSummary inspectStoreMetadata(const fs::path& storeURL);
-
-inline constexpr std::size_t keptStoreBackups = 5;
 
 inline constexpr std::string_view resetTestStoreTitle = "Reset Test Store?";
 inline constexpr std::string_view resetTestStoreExplanation =

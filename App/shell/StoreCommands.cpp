@@ -49,7 +49,8 @@ int storeInfo(CommandSession& session) {
     }
     Json backups = Json::array();
     const auto listed = listStoreBackups(environment);
-    text << "Pre-open backups (" << listed.size() << ", the newest " << keptStoreBackups << " are kept):\n";
+    text << "Pre-open backups (" << listed.size() << "; the newest " << store_backups::keptNewest
+         << " and the newest of each of the last " << store_backups::keptDays << " days are kept):\n";
     for (const auto& backup : listed) {
         backups.push_back(Json{{"directory", backup.directoryURL.string()}, {"files", backup.copiedFileNames}});
         text << "  " << backup.directoryURL.string() << "\n";

@@ -2,6 +2,8 @@
 
 #include <SQLiteCpp/Database.h>
 #include <csignal>
+#include <set>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -51,14 +53,111 @@ TEST_F(StoreOpening, CreatesAFreshStoreAtTheCurrentSchema) {
     EXPECT_EQ(store->database().execAndGet("PRAGMA foreign_keys").getInt(), 1);
 }
 
-TEST_F(StoreOpening, BacksUpBeforeEveryOpenAndKeepsTheFiveNewest) {
+void addProduction(TesselStore& store, const std::string& name) {
+    store.perform([&](ModelContext& context) { production_repository::create(context, name, {}, someInstant); });
+}
+
+std::size_t productionsIn(const fs::path& storeFile) {
+    SQLite::Database db(storeFile.string(), SQLite::OPEN_READONLY);
+    return static_cast<std::size_t>(db.execAndGet("SELECT COUNT(*) FROM Production").getInt());
+}
+
+TEST_F(StoreOpening, BacksUpAChangedStoreOnceAndReusesThatBackupWhileNothingChanges) {
+    addProduction(*open(environment), "First");
+    const auto first = open(environment)->preOpenBackup();
+    ASSERT_TRUE(first);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(open(environment)->preOpenBackup()->directoryURL, first->directoryURL);
+    EXPECT_EQ(listStoreBackups(environment).size(), 1u);
+
+    addProduction(*open(environment), "Second");
+    const auto second = open(environment)->preOpenBackup();
+    EXPECT_NE(second->directoryURL, first->directoryURL);
+    EXPECT_EQ(listStoreBackups(environment).size(), 2u);
+    EXPECT_EQ(productionsIn(second->directoryURL / "Tessel.store"), 2u);
+}
+
+// A backup must hold what another process committed but has not yet moved out of its write-ahead log,
+// and must open on its own, without the log beside it.
+TEST_F(StoreOpening, TheBackupHoldsTransactionsStillInAnotherProcesssLogAndOpensAlone) {
     open(environment).reset();
-    for (int i = 0; i < 7; ++i) {
+    SQLite::Database writer(environment.storeURL.string(), SQLite::OPEN_READWRITE);
+    writer.exec("PRAGMA wal_autocheckpoint = 0");
+    writer.exec("INSERT INTO Production (id, name, createdAt) VALUES ('0F8C2B1E-3C47-4D2A-9E61-6B1F5A0C9D11', 'In the log', "
+                "'2026-11-02T09:00:00Z')");
+    const auto backup = open(environment)->preOpenBackup();
+    ASSERT_TRUE(backup);
+    const fs::path alone = folder.path() / "alone" / "Tessel.store";
+    fs::create_directories(alone.parent_path());
+    fs::copy_file(backup->directoryURL / "Tessel.store", alone);
+    EXPECT_EQ(productionsIn(alone), 1u);
+    EXPECT_EQ(backup->copiedFileNames, std::vector<std::string>{"Tessel.store"});
+}
+
+TEST_F(StoreOpening, RefusedOpensLeaveEveryGoodBackupInPlace) {
+    addProduction(*open(environment), "Kept");
+    open(environment).reset();
+    const auto before = listStoreBackups(environment);
+    ASSERT_EQ(before.size(), 1u);
+    writeFile(environment.storeURL, "damaged beyond reading");
+    fs::remove(fs::path(environment.storeURL.string() + "-wal"));
+    for (int i = 0; i < 7; ++i) refused(environment);
+    const auto after = listStoreBackups(environment);
+    ASSERT_EQ(after.size(), 1u);
+    EXPECT_EQ(after.front().directoryURL, before.front().directoryURL);
+    EXPECT_EQ(productionsIn(after.front().directoryURL / "Tessel.store"), 1u);
+    EXPECT_EQ(fs::directory_iterator(*environment.backupRootURL)->path(), before.front().directoryURL);
+}
+
+// A backup that cannot be written whole (here, a file-size limit standing in for a full disk) is
+// refused and leaves no folder that could pass for a backup.
+TEST_F(StoreOpening, AFailedBackupLeavesNoFolderBehind) {
+    {
         auto store = open(environment);
-        ASSERT_TRUE(store && store->preOpenBackup());
-        EXPECT_TRUE(fs::exists(store->preOpenBackup()->directoryURL / "Tessel.store"));
+        for (int i = 0; i < 400; ++i) addProduction(*store, "Production " + std::to_string(i) + std::string(200, 'x'));
     }
-    EXPECT_EQ(listStoreBackups(environment).size(), keptStoreBackups);
+    const pid_t child = fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit{16 * 1024, 16 * 1024};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        auto result = openTesselStore(environment);
+        const auto* state = std::get_if<TesselUnavailableStoreState>(&result);
+        _exit(state && state->errorCase == TesselPersistenceErrorCase::backupFailed ? 0 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the open was not refused as a failed backup";
+    EXPECT_TRUE(fs::is_empty(*environment.backupRootURL));
+}
+
+TEST_F(StoreOpening, FoldersThatHoldNoWholeBackupAreNotListed) {
+    open(environment).reset();
+    fs::create_directories(*environment.backupRootURL / "pre-open-backup-20260101T000000.000Z");
+    fs::create_directories(*environment.backupRootURL / "incomplete-1-abcdef");
+    EXPECT_TRUE(listStoreBackups(environment).empty());
+}
+
+TEST(StoreBackupRetention, KeepsTheFiveNewestAndTheNewestOfEachOfTheLastSevenDays) {
+    TemporaryFolder root;
+    const auto made = [&](const std::string& stamp) {
+        writeFile(root.path() / ("pre-open-backup-" + stamp) / "Tessel.store", "backup");
+        return "pre-open-backup-" + stamp;
+    };
+    std::set<std::string> expected;
+    for (int i = 0; i < 8; ++i) {
+        const std::string name = made("20261122T0" + std::to_string(i) + "0000.000Z");
+        if (i >= 3) expected.insert(name);  // the five newest
+    }
+    for (int day = 21; day >= 12; --day) {
+        made("202611" + std::to_string(day) + "T080000.000Z");
+        const std::string newestOfDay = made("202611" + std::to_string(day) + "T200000.000Z");
+        if (day >= 15) expected.insert(newestOfDay);  // the six days before today, and the last one before the week
+    }
+    store_backups::prune(root.path(), std::chrono::sys_days(std::chrono::November / 22 / 2026) + std::chrono::hours(12));
+    std::set<std::string> kept;
+    for (const auto& entry : fs::directory_iterator(root.path())) kept.insert(entry.path().filename().string());
+    EXPECT_EQ(kept, expected);
 }
 
 TEST_F(StoreOpening, MigratesAStoreWrittenAtTheEarlierGeneration) {
@@ -168,18 +267,37 @@ TEST_F(StoreOpening, RefusingTheForeignLegacyStoreCreatesNothing) {
     EXPECT_FALSE(fs::exists(environment.storeURL));
 }
 
-TEST_F(StoreOpening, AdoptsATesselStoreFromTheFormerPathAndLeavesItUnchanged) {
-    {
-        auto store = open(environment);
-        store->perform([](ModelContext& context) { production_repository::create(context, "Kept", {}, someInstant); });
+// The former store's last transactions may still be in its write-ahead log, as a killed process leaves it.
+TEST_F(StoreOpening, AdoptsATesselStoreFromTheFormerPathWithItsLogAndLeavesItUnchanged) {
+    addProduction(*open(environment), "Checkpointed");
+    const pid_t child = fork();
+    ASSERT_NE(child, -1);
+    if (child == 0) {
+        SQLite::Database writer(environment.storeURL.string(), SQLite::OPEN_READWRITE);
+        writer.exec("PRAGMA wal_autocheckpoint = 0");
+        writer.exec("INSERT INTO Production (id, name, createdAt) VALUES ('0F8C2B1E-3C47-4D2A-9E61-6B1F5A0C9D11', "
+                    "'Only in the log', '2026-11-02T09:00:00Z')");
+        raise(SIGKILL);
     }
-    fs::rename(environment.storeURL, environment.legacyStoreURL);
-    const auto legacyBytes = snapshotFiles(environment.rootURL)["default.store"];
+    waitpid(child, nullptr, 0);
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        if (fs::exists(environment.storeURL.string() + suffix)) {
+            fs::rename(environment.storeURL.string() + suffix, environment.legacyStoreURL.string() + suffix);
+        }
+    }
+    ASSERT_TRUE(fs::exists(environment.legacyStoreURL.string() + "-wal"));
+    const auto legacyFiles = [&] {
+        auto files = snapshotFiles(environment.rootURL);
+        std::erase_if(files, [](const auto& file) { return !file.first.starts_with("default.store"); });
+        return files;
+    };
+    const auto before = legacyFiles();
+
     auto store = open(environment);
     ASSERT_TRUE(store);
     EXPECT_TRUE(store->legacyStoreInspectionResult().starts_with("Recognizable Tessel store."));
-    EXPECT_EQ(production_repository::list(store->context()).at(0).name, "Kept");
-    EXPECT_EQ(snapshotFiles(environment.rootURL)["default.store"], legacyBytes);
+    EXPECT_EQ(production_repository::list(store->context()).size(), 2u);
+    EXPECT_EQ(legacyFiles(), before);
 }
 
 TEST_F(StoreOpening, TheDebugFixtureIsAlwaysUnavailable) {

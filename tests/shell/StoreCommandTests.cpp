@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "../support/CommandRun.hpp"
 
@@ -94,6 +96,37 @@ TEST_F(StoreCommands, RebuildingRegroupsASundayIntoTheWeekItNowStarts) {
     ASSERT_EQ(run({"week", "start-weekday", "1"}).status, 0);
     EXPECT_EQ(run({"week", "rebuild"}).out, "Rebuilt Payroll Weeks: 1 DTS or activity regrouped, 1 week created, 1 emptied week removed.\n");
     EXPECT_EQ(run({"week", "list", "--json"}).json()["payrollWeeks"][0]["startDate"], "2026-11-08");
+}
+
+// Sixteen separate processes changing one store at once each wait their turn; none finds the store
+// unavailable while another one backs it up, opens it or closes it.
+TEST_F(StoreCommands, SixteenProcessesAddingCrewAtOnceAllSucceed) {
+    ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
+    int gate[2];
+    ASSERT_EQ(pipe(gate), 0);
+    std::vector<pid_t> children;
+    for (int i = 0; i < 16; ++i) {
+        const pid_t child = fork();
+        ASSERT_NE(child, -1);
+        if (child == 0) {
+            close(gate[1]);
+            char ignored;
+            (void)!read(gate[0], &ignored, 1);  // every process starts when the gate closes
+            const auto outcome = run({"crew", "add", "Person " + std::to_string(i), "--from", "2026-11-02"});
+            testing::writeFile(folder.path() / ("child-" + std::to_string(i) + ".err"), outcome.err);
+            _exit(outcome.status);
+        }
+        children.push_back(child);
+    }
+    close(gate[0]);
+    close(gate[1]);
+    for (std::size_t i = 0; i < children.size(); ++i) {
+        int status = 0;
+        waitpid(children[i], &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0)
+            << testing::readFile(folder.path() / ("child-" + std::to_string(i) + ".err"));
+    }
+    EXPECT_EQ(run({"crew", "list", "--json"}).json()["crew"].size(), 16u);
 }
 
 }  // namespace
