@@ -348,6 +348,25 @@ TesselStore::TesselStore(TesselStoreEnvironment environment, std::unique_ptr<SQL
       preOpenBackup_(std::move(preOpenBackup)),
       legacyStoreInspectionResult_(std::move(legacyStoreInspectionResult)) {}
 
+void TesselStore::afterCommit(std::function<void()> work) {
+    if (performing_) {
+        afterCommit_.push_back(std::move(work));
+    } else {
+        work();
+    }
+}
+
+void TesselStore::PerformingScope::committed() {
+    store_.performing_ = false;
+    auto work = std::exchange(store_.afterCommit_, {});
+    for (auto& step : work) step();
+}
+
+TesselStore::PerformingScope::~PerformingScope() {
+    store_.performing_ = false;
+    store_.afterCommit_.clear();
+}
+
 std::string TesselStore::schemaVersion() const { return readSchemaVersion(*database_); }
 
 StoreMetadataSummary inspectStoreMetadata(const fs::path& storeURL) {

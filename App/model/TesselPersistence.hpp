@@ -4,6 +4,7 @@
 #include <SQLiteCpp/Transaction.h>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -93,15 +94,18 @@ public:
     // of the store itself arrives as a StoreActionError.
     template <typename Action>
     auto perform(Action&& action) -> decltype(action(std::declval<ModelContext&>())) {
+        PerformingScope scope(*this);
         try {
             context_.finishReads();
             SQLite::Transaction transaction(*database_, SQLite::TransactionBehavior::IMMEDIATE);
             if constexpr (std::is_void_v<decltype(action(context_))>) {
                 action(context_);
                 transaction.commit();
+                scope.committed();
             } else {
                 auto result = action(context_);
                 transaction.commit();
+                scope.committed();
                 return result;
             }
         } catch (const SQLite::Exception& error) {
@@ -109,7 +113,27 @@ public:
         }
     }
 
+    // Whether a user action is being performed now (its transaction is open).
+    bool isPerforming() const noexcept { return performing_; }
+    // Work that may only happen once the action being performed is saved, such as telling the user it
+    // was done: it runs right after the commit and is dropped when the action is refused or the commit
+    // fails. Outside an action it runs at once.
+    void afterCommit(std::function<void()> work);
+
 private:
+    // Marks the action under way and runs its after-commit work once it is saved.
+    class PerformingScope {
+    public:
+        explicit PerformingScope(TesselStore& store) : store_(store) { store_.performing_ = true; }
+        void committed();
+        ~PerformingScope();
+
+    private:
+        TesselStore& store_;
+    };
+
+    bool performing_ = false;
+    std::vector<std::function<void()>> afterCommit_;
     TesselStoreEnvironment environment_;
     std::unique_ptr<SQLite::Database> database_;
     ModelContext context_;  // after the database: its statements are finalised first

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cstdlib>
 #include <fstream>
+#include <limits>
+#include <unistd.h>
 
 namespace tessel {
 namespace {
@@ -20,6 +22,25 @@ const UserSettingsKey& keyNamed(std::string_view key) {
     throw UserSettingsError("There is no setting named \u201C" + std::string(key) + "\u201D.");
 }
 
+// A currency code as a new production takes it: three capital letters, typed in any case.
+std::optional<json> currencyFromText(const std::string& text) {
+    std::string code = text;
+    for (char& c : code) c = (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c;
+    return json(code);
+}
+
+bool isCurrencyCode(const json& value) {
+    if (!value.is_string()) return false;
+    const std::string code = value.get<std::string>();
+    return code.size() == 3 && std::all_of(code.begin(), code.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+}
+
+bool isToleranceText(const json& value) {
+    if (!value.is_string()) return false;
+    const auto tolerance = Decimal::parse(value.get<std::string>());
+    return tolerance && !tolerance->isNaN() && !tolerance->isNegative();
+}
+
 // Whether a stored value may stand as the key's value; anything else reads as the default.
 bool acceptable(const UserSettingsKey& key, const json& value) {
     switch (key.type) {
@@ -32,7 +53,8 @@ bool acceptable(const UserSettingsKey& key, const json& value) {
             return !key.integerRange || (value.get<std::int64_t>() >= key.integerRange->first &&
                                          value.get<std::int64_t>() <= key.integerRange->second);
         case Type::boolean: return value.is_boolean();
-        case Type::decimal: return value.is_string() && Decimal::parse(value.get<std::string>()).has_value();
+        case Type::tolerance: return isToleranceText(value);
+        case Type::currencyCode: return isCurrencyCode(value);
         case Type::uuid: return value.is_string() && Uuid::parse(value.get<std::string>()).has_value();
         case Type::textSet:
             if (!value.is_array()) return false;
@@ -49,11 +71,13 @@ std::string expectation(const UserSettingsKey& key) {
             for (auto allowed : key.allowedTexts) choices += (choices.empty() ? "\u201C" : ", \u201C") + std::string(allowed) + "\u201D";
             return "one of " + choices;
         }
-        case Type::integer:
-            return "a whole number from " + std::to_string(key.integerRange->first) + " to " +
-                   std::to_string(key.integerRange->second);
+        case Type::integer: {
+            const auto range = key.settableRange ? *key.settableRange : *key.integerRange;
+            return "a whole number from " + std::to_string(range.first) + " to " + std::to_string(range.second);
+        }
         case Type::boolean: return "true or false";
-        case Type::decimal: return "a decimal number such as \u201C0.01\u201D";
+        case Type::tolerance: return "a decimal amount of zero or more, such as \u201C0.01\u201D";
+        case Type::currencyCode: return "a three-letter currency code, such as \u201CUSD\u201D";
         case Type::uuid: return "a production identifier, or nothing";
         case Type::textSet: return "a comma-separated list";
     }
@@ -74,7 +98,8 @@ std::optional<json> fromText(const UserSettingsKey& key, const std::string& text
             if (text == "true") return json(true);
             if (text == "false") return json(false);
             return std::nullopt;
-        case Type::decimal: return json(text);
+        case Type::tolerance: return json(text);
+        case Type::currencyCode: return currencyFromText(text);
         case Type::uuid:
             if (text.empty()) return json(nullptr);
             if (const auto id = Uuid::parse(text)) return json(id->text());
@@ -94,12 +119,26 @@ std::optional<json> fromText(const UserSettingsKey& key, const std::string& text
     return std::nullopt;
 }
 
-json readFile(const std::filesystem::path& path) {
+struct ReadSettings {
+    json values = json::object();
+    bool unreadable = false;  // the file is there but is not a settings object we can read
+};
+
+ReadSettings readFile(const std::filesystem::path& path) {
+    std::error_code missing;
+    if (!std::filesystem::exists(path, missing)) return {};
     std::ifstream in(path);
-    if (!in) return json::object();
-    const json parsed = json::parse(in, nullptr, false);
-    return parsed.is_object() ? parsed : json::object();
+    if (!in) return {json::object(), true};
+    json parsed = json::parse(in, nullptr, false);
+    if (!parsed.is_object()) return {json::object(), true};
+    return {std::move(parsed), false};
 }
+
+std::string unreadableSentence(const std::filesystem::path& path) {
+    return "The settings file \u201C" + path.string() +
+           "\u201D could not be read, so Tessel left it as it is and uses the default settings for now.";
+}
+
 
 }  // namespace
 
@@ -110,8 +149,10 @@ const std::vector<UserSettingsKey>& userSettingsKeys() {
          "start weekday of a new production's first work week (1 = Sunday)"},
         {"userSettings.newProductionDTSTimeDisplay", Type::text, "payrollDecimal", {"payrollDecimal", "clockTime"}, {},
          "how a new production shows DTS times"},
+        // Read: zero or less reads as 1800, any longer lunch stands. Set: a lunch of at most a day.
         {"userSettings.newProductionLunchDurationSeconds", Type::integer, 1800, {},
-         std::pair<std::int64_t, std::int64_t>{1, 86400}, "a new production's default lunch length"},
+         std::pair<std::int64_t, std::int64_t>{1, std::numeric_limits<std::int64_t>::max()},
+         "a new production's default lunch length", std::pair<std::int64_t, std::int64_t>{1, 86400}},
         {"userSettings.showMonetaryDetails", Type::boolean, true, {}, {}, "whether reviews show money amounts"},
         {"userSettings.mostRecentlyUsedProductionID", Type::uuid, nullptr, {}, {}, "the production opened at start"},
         {"userSettings.straightTimeLabel", Type::text, "payrollAbbreviation", {"payrollAbbreviation", "multiplier"}, {},
@@ -120,8 +161,8 @@ const std::vector<UserSettingsKey>& userSettingsKeys() {
          "how the overtime category is labelled"},
         {"userSettings.doubleTimeLabel", Type::text, "payrollAbbreviation", {"payrollAbbreviation", "multiplier"}, {},
          "how the double-time category is labelled"},
-        {"userSettings.newProductionCurrencyCode", Type::text, "USD", {}, {}, "a new production's currency"},
-        {"userSettings.newProductionRoundingTolerance", Type::decimal, "0.01", {}, {},
+        {"userSettings.newProductionCurrencyCode", Type::currencyCode, "USD", {}, {}, "a new production's currency"},
+        {"userSettings.newProductionRoundingTolerance", Type::tolerance, "0.01", {}, {},
          "a new production's pay-comparison rounding tolerance"},
         {"userSettings.defaultDepartment", Type::text, "", {}, {}, "a new production's department"},
         {"userSettings.developerToolsEnabled", Type::boolean, false, {}, {}, "whether developer actions are shown"},
@@ -152,10 +193,12 @@ std::filesystem::path UserSettingsStore::settingsPath(TesselStoreEnvironmentKind
 
 UserSettingsStore UserSettingsStore::load(TesselStoreEnvironmentKind environment, const std::filesystem::path& configRoot) {
     const auto path = settingsPath(environment, configRoot);
-    UserSettingsStore store(path, readFile(path));
+    ReadSettings read = readFile(path);
+    UserSettingsStore store(path, std::move(read.values));
+    if (read.unreadable) store.readProblem_ = unreadableSentence(path);
     // The earlier preferences belong to the normal environment; the test store never takes them.
-    if (environment == TesselStoreEnvironmentKind::normal && !store.value(migratedMarker).get<bool>()) {
-        const json legacy = readFile(legacyPreferencesPath(configRoot));
+    if (!store.readProblem_ && environment == TesselStoreEnvironmentKind::normal && !store.value(migratedMarker).get<bool>()) {
+        const json legacy = readFile(legacyPreferencesPath(configRoot)).values;
         for (const auto& key : userSettingsKeys()) {
             const std::string name(key.key);
             if (name != migratedMarker && legacy.contains(name) && !store.stored_.contains(name)) {
@@ -181,8 +224,12 @@ json UserSettingsStore::value(std::string_view name) const {
 
 void UserSettingsStore::set(std::string_view name, const std::string& text) {
     const UserSettingsKey& key = keyNamed(name);
+    if (readProblem_) throw UserSettingsSaveError(*readProblem_);
     const auto parsed = fromText(key, text);
-    if (!parsed || (!parsed->is_null() && !acceptable(key, *parsed))) {
+    const bool settable = !key.settableRange || !parsed || !parsed->is_number_integer() ||
+                          (parsed->get<std::int64_t>() >= key.settableRange->first &&
+                           parsed->get<std::int64_t>() <= key.settableRange->second);
+    if (!parsed || (!parsed->is_null() && (!acceptable(key, *parsed) || !settable))) {
         throw UserSettingsError("The setting \u201C" + std::string(name) + "\u201D takes " + expectation(key) + ".");
     }
     json updated = stored_;
@@ -200,17 +247,33 @@ void UserSettingsStore::set(std::string_view name, const std::string& text) {
     }
 }
 
-// Writes beside the file and renames over it, so the file is always either the old or the new settings.
+// Writes beside the file and renames over it, so the file is always either the old or the new settings;
+// the file written beside it is this process's own, so two Tessel processes saving at once cannot mix.
+// A file that could not be read is the user's and is never written over.
 void UserSettingsStore::save() const {
-    std::filesystem::create_directories(path_.parent_path());
-    std::filesystem::path temporary = path_;
-    temporary += ".saving";
+    if (readProblem_) throw UserSettingsSaveError(*readProblem_);
+    const auto failed = [&] { return UserSettingsSaveError("The settings file \u201C" + path_.string() + "\u201D could not be saved."); };
+    std::error_code error;
+    std::filesystem::create_directories(path_.parent_path(), error);
+    if (error) throw failed();
+    std::string temporary = path_.string() + ".saving-XXXXXX";
+    const int descriptor = ::mkstemp(temporary.data());
+    if (descriptor < 0) throw failed();
+    ::close(descriptor);
     {
         std::ofstream out(temporary, std::ios::trunc);
         out << stored_.dump(2) << '\n';
-        if (!out) throw UserSettingsError("The settings could not be saved.");
+        out.close();
+        if (!out) {
+            std::filesystem::remove(temporary, error);
+            throw failed();
+        }
     }
-    std::filesystem::rename(temporary, path_);
+    std::filesystem::rename(temporary, path_, error);
+    if (error) {
+        std::filesystem::remove(temporary, error);
+        throw failed();
+    }
 }
 
 PayrollCategoryLabelPreferences UserSettingsStore::categoryLabels() const {

@@ -20,16 +20,22 @@ class UserSettingsError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
+// The settings file could not be written (or could not be read, and so is left alone); nothing changed.
+class UserSettingsSaveError : public UserSettingsError {
+public:
+    using UserSettingsError::UserSettingsError;
+};
 
 // One settings key: its type, its default, and the rule applied when it is read.
 struct UserSettingsKey {
-    enum class Type { text, integer, boolean, decimal, uuid, textSet };
+    enum class Type { text, integer, boolean, tolerance, currencyCode, uuid, textSet };
     std::string_view key;
     Type type;
     nlohmann::json defaultValue;  // null: absent by default
     std::vector<std::string_view> allowedTexts;  // for enumerations stored as raw values
     std::optional<std::pair<std::int64_t, std::int64_t>> integerRange;  // out-of-range stored values read as the default
     std::string_view meaning;
+    std::optional<std::pair<std::int64_t, std::int64_t>> settableRange = std::nullopt;  // narrower than read, when set
 };
 
 const std::vector<UserSettingsKey>& userSettingsKeys();
@@ -66,6 +72,9 @@ public:
     static std::filesystem::path settingsPath(TesselStoreEnvironmentKind environment, const std::filesystem::path& configRoot);
 
     const std::filesystem::path& path() const noexcept { return path_; }
+    // Set when the settings file is there but could not be read: the one sentence that says so. Such a
+    // file is never written over; every setting reads as its default for this run and changes are refused.
+    const std::optional<std::string>& readProblem() const noexcept { return readProblem_; }
 
     // The effective value of a key, as JSON (defaults and range rules applied); throws UserSettingsError
     // for an unknown key.
@@ -98,6 +107,7 @@ private:
 
     std::filesystem::path path_;
     nlohmann::json stored_;
+    std::optional<std::string> readProblem_;
 };
 
 }  // namespace tessel

@@ -68,6 +68,7 @@ UserSettingsStore& CommandSession::settings() {
         prepareEnvironment();
         settings_ = UserSettingsStore::load(options_.testStore ? TesselStoreEnvironmentKind::test : TesselStoreEnvironmentKind::normal,
                                             UserSettingsStore::defaultConfigRoot());
+        if (settings_->readProblem()) streams_.err << *settings_->readProblem() << '\n';
     }
     return *settings_;
 }
@@ -132,7 +133,21 @@ int CommandSession::refuseWithTitle(std::string_view errorCase, const std::strin
     return refuse(errorCase, message);
 }
 
+std::optional<std::string> CommandSession::rememberProduction(const std::optional<Uuid>& productionID) {
+    try {
+        settings().setMostRecentlyUsedProductionID(productionID);
+        return std::nullopt;
+    } catch (const std::exception& error) {
+        return std::string(error.what());
+    }
+}
+
 void CommandSession::answer(const Json& json, const std::string& text) {
+    // An answer given inside an action waits for its commit: a failed save then says only that it failed.
+    if (store_ && store_->isPerforming()) {
+        store_->afterCommit([this, json, text] { answer(json, text); });
+        return;
+    }
     if (options_.json) {
         streams_.out << decimal_json::dump(json, 2) << '\n';
     } else {

@@ -53,6 +53,10 @@ public:
     // refusal and returns nothing when there is none.
     std::optional<Production> production();
 
+    // Marks the production as the most recently used one. The action that chose it has already been
+    // saved, so a settings file that cannot be written is not a failure of that action: the sentence
+    // saying so is returned for the caller to add to its answer.
+    std::optional<std::string> rememberProduction(const std::optional<Uuid>& productionID);
     // Writes a refusal: {"error", …, "message"} with --json, else the sentence; returns exitRefused.
     int refuse(std::string_view errorCase, const std::string& message, const Json& payload = Json::object());
     // A refusal the window shows as an alert: the title is the first line of the text, "title" in JSON.

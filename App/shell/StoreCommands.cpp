@@ -93,8 +93,14 @@ int createProduction(CommandSession& session, const std::string& name) {
         const Production created = store->perform([&](ModelContext& context) {
             return ProductionSetup::createProduction(context, name, defaults, now());
         });
-        session.settings().setMostRecentlyUsedProductionID(created.id);
-        session.answer(productionJSON(created), "Created production \u201C" + created.name + "\u201D (" + created.id.text() + ").\n");
+        Json json = productionJSON(created);
+        std::string text = "Created production \u201C" + created.name + "\u201D (" + created.id.text() + ").\n";
+        if (const auto problem = session.rememberProduction(created.id)) {
+            const std::string warning = "It could not be remembered as the most recently used production: " + *problem;
+            json["warning"] = warning;
+            session.streams().err << warning << '\n';
+        }
+        session.answer(json, text);
         return exitSuccess;
     } catch (const ModelValidationError& error) {
         return session.refuse("invalidProduction", error.what());
@@ -176,7 +182,7 @@ int deleteProduction(CommandSession& session, const std::string& idOrName) {
     if (!production) return exitRefused;
     session.store()->perform([&](ModelContext& context) { production_repository::remove(context, production->id); });
     if (session.settings().mostRecentlyUsedProductionID() == production->id) {
-        session.settings().setMostRecentlyUsedProductionID(std::nullopt);
+        if (const auto problem = session.rememberProduction(std::nullopt)) session.streams().err << *problem << '\n';
     }
     session.answer(Json{{"deleted", production->id.text()}},
                    "Deleted production \u201C" + production->name + "\u201D and everything it held.\n");
@@ -306,9 +312,11 @@ int setSetting(CommandSession& session, const std::string& key, const std::strin
         const Json stored = Json::parse(session.settings().value(key).dump());
         session.answer(Json{{"key", key}, {"value", stored}}, key + " = " + (stored.is_string() ? stored.get<std::string>() : stored.dump()) + "\n");
         return exitSuccess;
+    } catch (const UserSettingsSaveError& error) {
+        return session.refuse("settingsNotSaved", error.what());
     } catch (const UserSettingsError& error) {
         return session.refuse("invalidSetting", error.what());
-    } catch (const std::exception& error) {
+    } catch (const std::exception&) {
         return session.refuse("settingsNotSaved", "The settings could not be saved.");
     }
 }

@@ -59,5 +59,26 @@ TEST_F(StoreConcurrency, AStoreFailureInsideAnActionWritesNothingAndSaysSo) {
     EXPECT_TRUE(production_repository::list(context).empty());
 }
 
+// What tells the user an action was done waits for its commit: a commit that fails (here a row whose
+// DTS does not exist, checked only at commit) leaves nothing saved and nothing said.
+TEST_F(StoreConcurrency, WorkAfterTheCommitIsDroppedWhenTheCommitFails) {
+    std::vector<std::string> said;
+    EXPECT_THROW(store->perform([&](ModelContext& c) {
+        c.database().exec("PRAGMA defer_foreign_keys = ON");
+        production_repository::create(c, "Never Saved", {}, someInstant);
+        c.database().exec("INSERT INTO CrewDailyEntry (id, workdayID) VALUES ('E', 'NO-SUCH-DTS')");
+        store->afterCommit([&] { said.push_back("Created"); });
+    }), StoreActionError);
+    EXPECT_TRUE(said.empty());
+    EXPECT_TRUE(production_repository::list(context).empty());
+
+    store->perform([&](ModelContext& c) {
+        production_repository::create(c, "Saved", {}, someInstant);
+        store->afterCommit([&] { said.push_back("Created " + production_repository::list(context).at(0).name); });
+        EXPECT_TRUE(said.empty());
+    });
+    EXPECT_EQ(said, std::vector<std::string>{"Created Saved"});
+}
+
 }  // namespace
 }  // namespace tessel

@@ -67,6 +67,80 @@ TEST_F(StoreCommands, SettingsAreReadAndWrittenWithTheirRules) {
     EXPECT_EQ(all["userSettings.newProductionCurrencyCode"], "CAD");
 }
 
+TEST_F(StoreCommands, ASettingsFileThatCannotBeReadIsNeverWrittenOver) {
+    const auto file = folder.path() / "config" / "Tessel" / "settings.json";
+    testing::writeFile(file, "{\"userSettings.newProductionCurrencyCode\": \"CAD\",");  // cut short
+    const std::string sentence = "The settings file \u201C" + file.string() +
+                                 "\u201D could not be read, so Tessel left it as it is and uses the default settings for now.\n";
+    const auto listed = run({"production", "list"});
+    EXPECT_EQ(listed.status, 0);
+    EXPECT_EQ(listed.err, sentence);
+    const auto created = run({"production", "create", "Night Harbor", "--json"});
+    EXPECT_EQ(created.status, 0);
+    EXPECT_EQ(created.json()["currencyCode"], "USD");
+    const auto set = run({"settings", "set", "userSettings.defaultDepartment", "Grip"});
+    EXPECT_EQ(set.status, 1);
+    EXPECT_EQ(set.err, sentence + sentence);
+    EXPECT_EQ(testing::readFile(file), "{\"userSettings.newProductionCurrencyCode\": \"CAD\",");
+}
+
+// The production is saved before the most-recently-used marker; a marker that cannot be written is
+// reported beside the production, which stays created.
+TEST_F(StoreCommands, CreatingAProductionSaysSoEvenWhenTheSettingsCannotBeSaved) {
+    testing::writeFile(folder.path() / "config" / "Tessel", "a file where the settings folder belongs");
+    const auto created = run({"production", "create", "Night Harbor"});
+    EXPECT_EQ(created.status, 0);
+    EXPECT_TRUE(created.out.starts_with("Created production \u201CNight Harbor\u201D")) << created.out;
+    EXPECT_NE(created.err.find("could not be remembered as the most recently used production"), std::string::npos) << created.err;
+    EXPECT_EQ(run({"production", "list", "--json"}).json()["productions"].size(), 1u);
+}
+
+struct SettingEntry {
+    const char* key;
+    const char* typed;
+    bool accepted;
+    const char* stored;  // what the key then reads as
+};
+
+class SettingValidation : public testing::CommandTest, public ::testing::WithParamInterface<SettingEntry> {};
+
+TEST_P(SettingValidation, RefusesWhatANewProductionCouldNotUse) {
+    const auto& entry = GetParam();
+    const auto set = run({"settings", "set", entry.key, entry.typed});
+    EXPECT_EQ(set.status, entry.accepted ? 0 : 1) << set.err;
+    if (!entry.accepted) {
+        EXPECT_TRUE(set.err.starts_with(std::string("The setting \u201C") + entry.key + "\u201D takes ")) << set.err;
+    }
+    EXPECT_EQ(run({"settings", "get", entry.key}).out, std::string(entry.stored) + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Settings, SettingValidation,
+    ::testing::Values(SettingEntry{"userSettings.newProductionCurrencyCode", "", false, "USD"},
+                      SettingEntry{"userSettings.newProductionCurrencyCode", "dollars", false, "USD"},
+                      SettingEntry{"userSettings.newProductionCurrencyCode", "cad", true, "CAD"},
+                      SettingEntry{"userSettings.newProductionRoundingTolerance", "-5", false, "0.01"},
+                      SettingEntry{"userSettings.newProductionRoundingTolerance", "ten", false, "0.01"},
+                      SettingEntry{"userSettings.newProductionRoundingTolerance", "0", true, "0"},
+                      SettingEntry{"userSettings.newProductionLunchDurationSeconds", "0", false, "1800"},
+                      SettingEntry{"userSettings.newProductionLunchDurationSeconds", "2700", true, "2700"}));
+
+TEST_F(StoreCommands, StoredSettingsAProductionCouldNotUseReadAsTheirDefaults) {
+    testing::writeFile(folder.path() / "config" / "Tessel" / "settings.json",
+                       R"({"userSettings.newProductionCurrencyCode": "", "userSettings.newProductionRoundingTolerance": "-5",
+                           "userSettings.newProductionLunchDurationSeconds": -60, "userSettings.newProductionWorkweekWeekday": 8,
+                           "userSettings.migratedLegacyBundleDefaults": true})");
+    const auto all = run({"settings", "get", "--json"}).json();
+    EXPECT_EQ(all["userSettings.newProductionCurrencyCode"], "USD");
+    EXPECT_EQ(all["userSettings.newProductionRoundingTolerance"], "0.01");
+    EXPECT_EQ(all["userSettings.newProductionLunchDurationSeconds"], 1800);
+    EXPECT_EQ(all["userSettings.newProductionWorkweekWeekday"], 2);
+    testing::writeFile(folder.path() / "config" / "Tessel" / "settings.json", R"({"userSettings.newProductionLunchDurationSeconds": 90000})");
+    EXPECT_EQ(run({"settings", "get", "userSettings.newProductionLunchDurationSeconds"}).out, "90000\n");
+    testing::writeFile(folder.path() / "config" / "Tessel" / "settings.json", R"({"userSettings.newProductionCurrencyCode": ""})");
+    EXPECT_EQ(run({"production", "create", "Night Harbor", "--json"}).json()["currencyCode"], "USD");
+}
+
 TEST_F(StoreCommands, AnUnavailableStoreShowsTitleMessageAndDetails) {
     testing::writeFile(folder.path() / "data" / "canonical-store" / "Tessel.store", "not a database");
     const auto human = run({"store", "info"});
