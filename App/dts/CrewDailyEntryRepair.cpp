@@ -8,10 +8,16 @@
 namespace tessel {
 namespace {
 
+// Whose row it is: the person the row names, else the person of its engagement. A row keeps its person
+// when its engagement is removed, so two people's rows are never taken for one person's duplicates.
+constexpr std::string_view personColumn =
+    "COALESCE(crewMemberID, (SELECT crewMemberID FROM ProductionEngagement WHERE id = CrewDailyEntry.engagementID))";
+
 struct Row {
     Uuid id;
     std::optional<Uuid> workdayID;
     std::optional<Uuid> engagementID;
+    std::optional<Uuid> personID;  // the row's crew member, else its engagement's
     std::int64_t displayOrder;
     std::tuple<std::optional<std::string>, std::optional<std::string>, std::optional<std::string>,
                std::optional<std::string>, bool, bool>
@@ -20,15 +26,17 @@ struct Row {
 
 std::vector<Row> allRows(ModelContext& context) {
     auto& statement = context.prepare(
-        "SELECT id, workdayID, engagementID, displayOrder, callOverride, lunchOutOverride, lunchInOverride, wrapOverride, "
-        "callOverrideWasAutofilled, wrapOverrideWasAutofilled FROM CrewDailyEntry ORDER BY displayOrder, id");
+        "SELECT id, workdayID, engagementID, " + std::string(personColumn) + ", displayOrder, callOverride, lunchOutOverride, "
+        "lunchInOverride, wrapOverride, callOverrideWasAutofilled, wrapOverrideWasAutofilled FROM CrewDailyEntry "
+        "ORDER BY displayOrder, id");
     std::vector<Row> rows;
     while (statement.executeStep()) {
         rows.push_back({columns::uuid(statement.getColumn(0)), columns::optionalUuid(statement.getColumn(1)),
-                        columns::optionalUuid(statement.getColumn(2)), columns::integer(statement.getColumn(3)),
-                        {columns::optionalText(statement.getColumn(4)), columns::optionalText(statement.getColumn(5)),
-                         columns::optionalText(statement.getColumn(6)), columns::optionalText(statement.getColumn(7)),
-                         columns::boolean(statement.getColumn(8)), columns::boolean(statement.getColumn(9))}});
+                        columns::optionalUuid(statement.getColumn(2)), columns::optionalUuid(statement.getColumn(3)),
+                        columns::integer(statement.getColumn(4)),
+                        {columns::optionalText(statement.getColumn(5)), columns::optionalText(statement.getColumn(6)),
+                         columns::optionalText(statement.getColumn(7)), columns::optionalText(statement.getColumn(8)),
+                         columns::boolean(statement.getColumn(9)), columns::boolean(statement.getColumn(10))}});
     }
     return rows;
 }
@@ -36,24 +44,27 @@ std::vector<Row> allRows(ModelContext& context) {
 }  // namespace
 
 bool CrewDailyEntryRepair::hasDuplicateRows(ModelContext& context) {
-    // GROUP BY puts rows missing the DTS or engagement together, as the repair's grouping does.
-    auto& statement = context.prepare("SELECT 1 FROM CrewDailyEntry GROUP BY workdayID, engagementID HAVING COUNT(*) > 1 LIMIT 1");
+    auto& statement = context.prepare("SELECT 1 FROM CrewDailyEntry WHERE workdayID IS NOT NULL AND " + std::string(personColumn) +
+                                      " IS NOT NULL GROUP BY workdayID, " + std::string(personColumn) + " HAVING COUNT(*) > 1 LIMIT 1");
     const bool found = statement.executeStep();
     statement.reset();
     return found;
 }
 
 CrewDailyEntryRepair::Report CrewDailyEntryRepair::run(ModelContext& context) {
-    // Rows are grouped by DTS and engagement; a row missing either is compared with the rows missing the same.
-    std::map<std::pair<std::optional<Uuid>, std::optional<Uuid>>, std::vector<Row>> groups;
-    for (auto& row : allRows(context)) groups[{row.workdayID, row.engagementID}].push_back(std::move(row));
+    // Rows are grouped by DTS and person. A row whose DTS or person is unknown cannot be anyone's
+    // duplicate and is left alone.
+    std::map<std::pair<Uuid, Uuid>, std::vector<Row>> groups;
+    for (auto& row : allRows(context)) {
+        if (row.workdayID && row.personID) groups[{*row.workdayID, *row.personID}].push_back(std::move(row));
+    }
 
     Report report;
     for (const auto& [key, rows] : groups) {
         if (rows.size() < 2) continue;
         const bool identical = std::all_of(rows.begin(), rows.end(), [&](const Row& row) { return row.facts == rows.front().facts; });
         if (!identical) {
-            Conflict conflict{key.first, key.second, {}};
+            Conflict conflict{key.first, rows.front().engagementID, {}};
             for (const auto& row : rows) conflict.entryIDs.push_back(row.id);
             report.conflicts.push_back(std::move(conflict));
             continue;

@@ -147,13 +147,19 @@ PayrollWeekRebuildSummary ProductionWeekCalendars::rebuild(ModelContext& context
     }
     if (moving.empty()) return {};
 
+    // The moved records and the existing weeks that receive them must share one work-week snapshot.
+    std::map<Instant, const PayrollWeek*> weekByStart;
+    for (const auto& week : allWeeks) weekByStart[week.startDate] = &week;
     std::set<Snapshot> snapshots;
-    for (const auto& [record, target] : moving) snapshots.insert(snapshotOf(record.week));
+    for (const auto& [record, target] : moving) {
+        snapshots.insert(snapshotOf(record.week));
+        if (const auto destination = weekByStart.find(target); destination != weekByStart.end()) {
+            snapshots.insert(snapshotOf(*destination->second));
+        }
+    }
     if (snapshots.size() > 1) throw Error(Error::Case::historicalWorkWeek);
 
     // A week with confirmed Actual Pay may neither lose nor gain records.
-    std::map<Instant, const PayrollWeek*> weekByStart;
-    for (const auto& week : allWeeks) weekByStart[week.startDate] = &week;
     for (const auto& [record, target] : moving) {
         const auto destination = weekByStart.find(target);
         if (weekHasConfirmedPay(context, record.week.id) ||

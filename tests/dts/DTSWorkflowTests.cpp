@@ -288,6 +288,30 @@ TEST_F(DTSWorkflow, RepairRemovesIdenticalDuplicatesAndReportsConflicts) {
               "those groups was removed. Contact support before editing those rows.");
 }
 
+// Rows whose engagement was removed keep their person: two people's rows are never merged.
+TEST_F(DTSWorkflow, RepairNeverTakesTwoPeoplesRowsWithoutEngagementForDuplicates) {
+    const Workday workday = DailyTimeSheets::create(context, production.id, dtsDate);
+    const auto engagementless = [&](const CrewDailyEntry& row) {
+        store->database().exec("UPDATE CrewDailyEntry SET engagementID = NULL, callOverride = NULL, wrapOverride = NULL, "
+                               "callOverrideWasAutofilled = 0, wrapOverrideWasAutofilled = 0 WHERE id = '" + row.id.text() + "'");
+    };
+    const CrewDailyEntry rowanRow = rowOf(workday, rowan);
+    engagementless(rowanRow);
+    engagementless(rowOf(workday, ada));
+    EXPECT_FALSE(CrewDailyEntryRepair::hasDuplicateRows(context));
+    const auto report = CrewDailyEntryRepair::run(context);
+    EXPECT_TRUE(report.removedEntryIDs.empty());
+    EXPECT_TRUE(report.conflicts.empty());
+    EXPECT_EQ(weeks::entries(context, workday.id).size(), 2u);
+
+    CrewDailyEntry copy = weeks::entries(context, workday.id).at(0);
+    copy.id = Uuid::generate();
+    weeks::createEntry(context, copy);  // the same person twice, still without an engagement
+    EXPECT_TRUE(CrewDailyEntryRepair::hasDuplicateRows(context));
+    EXPECT_EQ(CrewDailyEntryRepair::run(context).removedEntryIDs.size(), 1u);
+    EXPECT_EQ(weeks::entries(context, workday.id).size(), 2u);
+}
+
 }  // namespace
 }  // namespace tessel
 

@@ -323,6 +323,24 @@ INSTANTIATE_TEST_SUITE_P(Refusals, RebuildRefusal,
                                            RebuildRefusalCase{"confirmedPay", PayrollWeekRebuildError::Case::confirmedAuthority}),
                          [](const auto& info) { return std::string(info.param.name); });
 
+// Records moved into a week that already exists take that week's work-week snapshot, so its snapshot
+// counts among those that must agree.
+TEST_F(Model, ARebuildIntoAnExistingWeekWithAnotherWorkWeekIsRefused) {
+    const auto member = crew_repository::createCrewMember(context, production.id, "Rowan Vale");
+    const auto engagement = crew_repository::createEngagement(context, production.id, member.id, day(2));
+    const Day sunday = dayWithRow(production.id, day(8), member, engagement);
+    weeks::createWeek(context, {Uuid::generate(), production.id, Instant(sys_days(day(8))),
+                                sunday.week.workweekSourceDefinitionID, 4, 0, 0});
+    ProductionWeekCalendars::setPayrollStartWeekday(context, production.id, 1);
+    try {
+        store->perform([&](ModelContext& c) { ProductionWeekCalendars::rebuild(c, production.id); });
+        FAIL() << "rebuild accepted";
+    } catch (const PayrollWeekRebuildError& error) {
+        EXPECT_EQ(error.errorCase(), PayrollWeekRebuildError::Case::historicalWorkWeek);
+    }
+    EXPECT_EQ(weeks::workdays(context, sunday.week.id).size(), 1u);
+}
+
 TEST_F(Model, ADuplicateRefusalSaysSo) {
     const PayrollWeekRebuildError error(PayrollWeekRebuildError::Case::duplicatePeriods);
     EXPECT_EQ(error.description(), "Resolve duplicate Payroll Week start dates before rebuilding. No data was changed.");
