@@ -14,7 +14,13 @@ TurnaroundEvaluationResult TurnaroundEvaluator::evaluate(const std::optional<Tur
     result.trace.requiredRest = rule->requiredRest;
     if (!input.priorWrap) return result.status.kind = Case::incompleteMissingPriorWrap, result;
 
-    const Instant earliest = *input.priorWrap + std::chrono::seconds(rule->requiredRest.seconds());
+    // A required rest so long that the earliest call is beyond any representable instant is refused,
+    // not wrapped around into a wrong status.
+    std::int64_t earliestSeconds = 0;
+    if (__builtin_add_overflow(input.priorWrap->time_since_epoch().count(), rule->requiredRest.seconds(), &earliestSeconds)) {
+        throw WorkDurationValidationError(WorkDurationValidationError::Case::arithmeticOverflow);
+    }
+    const Instant earliest{std::chrono::seconds(earliestSeconds)};
     result.trace.earliestNextCall = earliest;
     if (!input.nextCall) return result.status.kind = Case::noNextCall, result;
 

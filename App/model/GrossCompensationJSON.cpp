@@ -152,8 +152,8 @@ std::vector<WeeklyPayrollDay> weeklyPayrollDays(const Json& days, const std::str
         for (std::size_t k = 0; k < components.size(); ++k) {
             decoded.push_back(compensationComponent(components[k], elementPath(childPath(dayPath, "components"), k)));
         }
-        const auto index = integer(member(day, "dayIndex", dayPath), childPath(dayPath, "dayIndex"));
-        result.push_back({static_cast<int>(index),
+        const int index = boundedInteger(member(day, "dayIndex", dayPath), childPath(dayPath, "dayIndex"), 0, 999, "a day number");
+        result.push_back({index,
                           WorkDuration(integer(member(day, "actualWorkedDurationSeconds", dayPath),
                                                childPath(dayPath, "actualWorkedDurationSeconds"))),
                           std::move(decoded),

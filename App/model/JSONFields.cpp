@@ -54,6 +54,15 @@ std::int64_t integer(const Json& value, const std::string& path) {
     refuse(path, "a whole number");
 }
 
+int boundedInteger(const Json& value, const std::string& path, int lowest, int highest, std::string_view noun) {
+    const std::int64_t number = integer(value, path);
+    if (number < lowest || number > highest) {
+        throw MalformedInputError("The field \u201C" + path + "\u201D must be " + std::string(noun) + " from " +
+                                  std::to_string(lowest) + " to " + std::to_string(highest) + ".");
+    }
+    return static_cast<int>(number);
+}
+
 std::string string(const Json& value, const std::string& path) {
     if (!value.is_string()) refuse(path, "text");
     return value.get<std::string>();

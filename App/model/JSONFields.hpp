@@ -33,6 +33,8 @@ const Json& member(const Json& object, std::string_view key, const std::string& 
 const Json* optionalMember(const Json& object, std::string_view key);
 
 std::int64_t integer(const Json& value, const std::string& path);
+// A whole number from `lowest` to `highest`; anything else is refused naming the field and the `noun`.
+int boundedInteger(const Json& value, const std::string& path, int lowest, int highest, std::string_view noun);
 std::string string(const Json& value, const std::string& path);
 Decimal decimal(const Json& value, const std::string& path);
 bool boolean(const Json& value, const std::string& path);

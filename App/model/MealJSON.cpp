@@ -31,20 +31,26 @@ std::optional<MealTimelineEvent> optionalEvent(const Json& parent, std::string_v
                              instant(member(*value, "timestamp", eventPath), childPath(eventPath, "timestamp"))};
 }
 
-MealPeriodOrdinal ordinal(const Json& parent, std::string_view key, const std::string& path) {
-    const auto value = integer(member(parent, key, path), childPath(path, key));
-    if (value < 1 || value > 100) {
-        throw MalformedInputError("The field \u201C" + childPath(path, key) + "\u201D must be a meal number from 1.");
+std::optional<MealPeriodEvaluationStatus::Case> mealPeriodEvaluationStatusCaseFromRawValue(std::string_view raw) noexcept {
+    using Case = MealPeriodEvaluationStatus::Case;
+    for (const Case kind : {Case::incomplete, Case::invalid, Case::evaluated}) {
+        if (toRawValue(kind) == raw) return kind;
     }
-    return MealPeriodOrdinal{static_cast<int>(value)};
+    return std::nullopt;
+}
+
+MealPeriodOrdinal ordinal(const Json& parent, std::string_view key, const std::string& path) {
+    return MealPeriodOrdinal{boundedInteger(member(parent, key, path), childPath(path, key), 1, 100, "a meal number")};
 }
 
 MealPenaltyOccurrence occurrence(const Json& value, const std::string& path) {
     object(value, path);
     const Json& id = object(member(value, "id", path), childPath(path, "id"));
-    const auto occurrenceOrdinal = integer(member(id, "mealPeriodOccurrenceOrdinal", childPath(path, "id")),
-                                           childPath(childPath(path, "id"), "mealPeriodOccurrenceOrdinal"));
-    return {{ordinal(id, "mealPeriodOrdinal", childPath(path, "id")), static_cast<int>(occurrenceOrdinal)},
+    // A penalty's number within its meal period chooses its amount; there is no penalty number 0.
+    const int occurrenceOrdinal = boundedInteger(member(id, "mealPeriodOccurrenceOrdinal", childPath(path, "id")),
+                                                 childPath(childPath(path, "id"), "mealPeriodOccurrenceOrdinal"), 1, 1000,
+                                                 "a penalty number");
+    return {{ordinal(id, "mealPeriodOrdinal", childPath(path, "id")), occurrenceOrdinal},
             instant(member(value, "intervalStart", path), childPath(path, "intervalStart")),
             instant(member(value, "intervalEnd", path), childPath(path, "intervalEnd"))};
 }
@@ -109,6 +115,16 @@ MealPeriodEvaluationResult mealPeriodResult(const Json& value, const std::string
     const std::string occurrencesPath = childPath(path, "occurrences");
     const Json& occurrences = array(member(value, "occurrences", path), occurrencesPath);
     const Json& trace = object(member(value, "trace", path), childPath(path, "trace"));
+    // Only an evaluated meal period has penalties to price; an incomplete or invalid one is not guessed at.
+    if (const Json* status = optionalMember(value, "status")) {
+        const std::string casePath = childPath(childPath(path, "status"), "case");
+        const auto kind = enumeration(member(object(*status, childPath(path, "status")), "case", childPath(path, "status")),
+                                      casePath, &mealPeriodEvaluationStatusCaseFromRawValue);
+        if (kind != MealPeriodEvaluationStatus::Case::evaluated) {
+            throw MalformedInputError("The meal period at \u201C" + path + "\u201D was not evaluated (\u201C" +
+                                      std::string(toRawValue(kind)) + "\u201D), so it has no penalties to price.");
+        }
+    }
     MealPeriodEvaluationResult result{ordinal(value, "mealPeriodOrdinal", path), MealPeriodEvaluationStatus::evaluated(), {}, {},
                                       MealPeriodEvaluationTrace{RuleID(string(member(trace, "ruleID", childPath(path, "trace")),
                                                                               childPath(childPath(path, "trace"), "ruleID"))),

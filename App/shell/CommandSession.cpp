@@ -7,6 +7,10 @@
 
 namespace tessel {
 
+namespace {
+constexpr std::string_view diagnosticCommand = "tessel store diagnostic";
+}  // namespace
+
 TesselStoreEnvironment CommandSession::environment() const {
     const fs::path root = options_.storeRoot.empty() ? defaultApplicationDataRoot() : fs::path(options_.storeRoot);
     return TesselStoreEnvironment::make(options_.testStore ? TesselStoreEnvironmentKind::test : TesselStoreEnvironmentKind::normal,
@@ -37,6 +41,7 @@ TesselStore* CommandSession::store() {
                   {"storePath", state.storeURL.string()}};
         if (state.backupRootURL) json["backupRoot"] = state.backupRootURL->string();
         json["details"] = state.details;
+        json["diagnosticCommand"] = std::string(diagnosticCommand);
         json["explanation"] = std::string(TesselUnavailableStoreState::message);
         json["message"] = state.errorDescription;
         streams_.out << decimal_json::dump(json, 2) << '\n';
@@ -44,8 +49,10 @@ TesselStore* CommandSession::store() {
         streams_.err << TesselUnavailableStoreState::title << "\n"
                      << TesselUnavailableStoreState::message << "\n"
                      << state.errorDescription << "\n"
-                     << "Store: " << state.storeURL.string() << "\n"
-                     << state.details << "\n";
+                     << "Store: " << state.storeURL.string() << "\n";
+        if (state.backupRootURL) streams_.err << "Backups: " << state.backupRootURL->string() << "\n";
+        streams_.err << state.details << "\n"
+                     << "To send the store to Tessel support, export a diagnostic package with \u201C" << diagnosticCommand << "\u201D.\n";
     }
     return nullptr;
 }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <map>
 #include <sstream>
 
 #include "App/dts/CrewOnDTS.hpp"
@@ -211,11 +212,17 @@ int listWeeks(CommandSession& session) {
     ModelContext& context = session.store()->context();
     Json list = Json::array();
     std::ostringstream text;
-    for (const auto& week : weeks::weeks(context, production->id)) {
+    const auto all = weeks::weeks(context, production->id);
+    std::map<Instant, int> weeksStarting;
+    for (const auto& week : all) ++weeksStarting[week.startDate];
+    for (const auto& week : all) {
         Json json = weekJSON(context, week);
+        const bool duplicate = weeksStarting[week.startDate] > 1;  // a rebuild is refused until it is resolved
+        json["duplicateStartDate"] = duplicate;
         text << json["startDate"].get<std::string>() << " to " << json["endDate"].get<std::string>() << "  DTS: "
              << json["dtsCount"] << "  Non-DTS activities: " << json["activityCount"] << "  Work Week starts "
-             << weekdayNames[static_cast<std::size_t>(std::clamp(week.workweekStartWeekday, 1, 7) - 1)] << "\n";
+             << weekdayNames[static_cast<std::size_t>(std::clamp(week.workweekStartWeekday, 1, 7) - 1)]
+             << (duplicate ? "  " + std::string(ProductionWeekCalendars::duplicateStartDateLabel) : "") << "\n";
         list.push_back(std::move(json));
     }
     if (list.empty()) text << "No Payroll Weeks yet; creating a DTS creates its week.\n";

@@ -17,6 +17,16 @@ const std::string thirtyDollars = R"({"amount":"30.00","currency":"USD"})";
 const std::string mealRule =
     R"({"ruleID":"meal.first.deadline","dueAfterClockStartSeconds":21600,"penaltyIntervalSeconds":1800,"grace":{"protectedExtensionSeconds":720,"retroactiveIfExceeded":false}})";
 
+// A week's meal penalty period whose evaluated result holds one penalty with the given number and status.
+std::string weekWithPenalty(const std::string& occurrenceOrdinal, const std::string& statusCase) {
+    return R"({"days":[],"currency":"USD","mealPenaltyPeriods":[{"sourceDayID":"d1","productionDate":"2026-11-02",
+        "schedule":{"ruleID":"meal.schedule","earlyOrdinalAmounts":[{"amount":"7.50","currency":"USD"}],"repeatingAmount":{"amount":"10.00","currency":"USD"}},
+        "fixedDollarWeeklyLimit":10,
+        "result":{"mealPeriodOrdinal":1,"status":{"case":")" + statusCase + R"("},"trace":{"ruleID":"meal.first.deadline"},
+                  "occurrences":[{"id":{"mealPeriodOrdinal":1,"mealPeriodOccurrenceOrdinal":)" + occurrenceOrdinal + R"(},
+                                  "intervalStart":"2026-11-02T13:00:00Z","intervalEnd":"2026-11-02T13:30:00Z"}]}}]})";
+}
+
 struct CommandCase {
     const char* name;
     std::string command;
@@ -83,6 +93,16 @@ INSTANTIATE_TEST_SUITE_P(
         CommandCase{"turnaroundExact", "turnaround",
                     R"({"rule":{"ruleID":"r","requiredRestSeconds":36000,"valueOrigin":"engagement.turnaround.required-rest"},"priorWrap":"2026-11-02T23:00:00Z","nextCall":"2026-11-03T09:00:00+00:00"})",
                     0, "/status/explanation", "Call exactly at required turnaround"},
+        CommandCase{"turnaroundBeyondAnyInstant", "turnaround",
+                    R"({"rule":{"ruleID":"r","requiredRestSeconds":9223372036854775000,"valueOrigin":"engagement.turnaround.required-rest"},"priorWrap":"2026-11-02T23:00:00Z","nextCall":"2026-11-03T09:00:00Z"})",
+                    1, "/error", "arithmeticOverflow"},
+        CommandCase{"weekPenaltyPriced", "week", weekWithPenalty("1", "evaluated"), 0, "/mealPenalties/fixedDollarSubtotal/amount", "7.50"},
+        CommandCase{"weekPenaltyNumberedZero", "week", weekWithPenalty("0", "evaluated"), 2, "", nullptr},
+        CommandCase{"weekPenaltyNumberBeyondInt", "week", weekWithPenalty("4294967297", "evaluated"), 2, "", nullptr},
+        CommandCase{"weekMealNotEvaluated", "week", weekWithPenalty("1", "incomplete"), 2, "", nullptr},
+        CommandCase{"weekDayIndexBeyondInt", "week",
+                    R"({"currency":"USD","days":[{"dayIndex":4294967296,"actualWorkedDurationSeconds":60,"components":[],"compensationAmount":{"amount":"0","currency":"USD"}}]})",
+                    2, "", nullptr},
         CommandCase{"turnaroundUnconfigured", "turnaround", R"({"priorWrap":"2026-11-02T23:00:00Z"})", 0, "/status/case",
                     "incompleteUnconfiguredRequiredRest"},
         CommandCase{"weekInconsistentMultiplier", "week",

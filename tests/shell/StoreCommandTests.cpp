@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <SQLiteCpp/Database.h>
+
+#include <algorithm>
 #include <cstdlib>
 #include <sstream>
 #include <sys/wait.h>
@@ -147,11 +150,15 @@ TEST_F(StoreCommands, AnUnavailableStoreShowsTitleMessageAndDetails) {
     EXPECT_EQ(human.status, 1);
     EXPECT_TRUE(human.err.starts_with("Tessel Data Store Unavailable\nTessel could not safely open or migrate its data "
                                       "store. Your existing store was preserved and no automatic reset was attempted.\n"));
+    EXPECT_NE(human.err.find("\nBackups: " + (folder.path() / "data" / "Tessel Store Backups").string() + "\n"), std::string::npos)
+        << human.err;
+    EXPECT_NE(human.err.find("\u201Ctessel store diagnostic\u201D"), std::string::npos);
     const auto json = run({"store", "info", "--json"});
     EXPECT_EQ(json.status, 1);
     EXPECT_EQ(json.json()["error"], "storeOpenFailed");
     EXPECT_EQ(json.json()["title"], "Tessel Data Store Unavailable");
     EXPECT_TRUE(json.json()["details"].get<std::string>().starts_with("Expected Tessel schema: 40.2.0"));
+    EXPECT_EQ(json.json()["diagnosticCommand"], "tessel store diagnostic");
 }
 
 TEST_F(StoreCommands, WeekStartDayAppliesToNewWeeks) {
@@ -170,6 +177,23 @@ TEST_F(StoreCommands, RebuildingRegroupsASundayIntoTheWeekItNowStarts) {
     ASSERT_EQ(run({"week", "start-weekday", "1"}).status, 0);
     EXPECT_EQ(run({"week", "rebuild"}).out, "Rebuilt Payroll Weeks: 1 DTS or activity regrouped, 1 week created, 1 emptied week removed.\n");
     EXPECT_EQ(run({"week", "list", "--json"}).json()["payrollWeeks"][0]["startDate"], "2026-11-08");
+}
+
+TEST_F(StoreCommands, WeekListLabelsWeeksThatShareAStartDate) {
+    ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
+    ASSERT_EQ(run({"dts", "create", "2026-11-03"}).status, 0);
+    {
+        SQLite::Database db((folder.path() / "data" / "canonical-store" / "Tessel.store").string(), SQLite::OPEN_READWRITE);
+        db.exec("INSERT INTO PayrollWeek SELECT 'F0000000-0000-4000-8000-000000000001', productionID, startDate, "
+                "workweekSourceDefinitionID, workweekStartWeekday, workweekStartHour, workweekStartMinute FROM PayrollWeek");
+    }
+    const auto listed = run({"week", "list"});
+    EXPECT_EQ(std::count(listed.out.begin(), listed.out.end(), '\n'), 2);
+    const std::string label = "  Duplicate start date\n";
+    EXPECT_NE(listed.out.find(label), std::string::npos) << listed.out;
+    EXPECT_NE(listed.out.find(label), listed.out.rfind(label)) << "both weeks are labelled";
+    EXPECT_EQ(run({"week", "list", "--json"}).json()["payrollWeeks"][0]["duplicateStartDate"], true);
+    EXPECT_EQ(run({"week", "rebuild"}).err, "Resolve duplicate Payroll Week start dates before rebuilding. No data was changed.\n");
 }
 
 // Sixteen separate processes changing one store at once each wait their turn; none finds the store
