@@ -384,6 +384,32 @@ StoreMetadataSummary inspectStoreMetadata(const fs::path& storeURL) {
     return summary;
 }
 
+std::string metadataSummaryText(const StoreMetadataSummary& metadata) {
+    if (metadata.readError) return "Store metadata could not be read: " + *metadata.readError + ".";
+    return "Store model identifiers: " + join(metadata.modelIdentifiers) + ". Store entities: " + join(metadata.entityNames) + ".";
+}
+
+StoreEnvironmentFacts describeStoreEnvironment(const TesselStoreEnvironment& environment) {
+    StoreEnvironmentFacts facts;
+    std::error_code ignored;
+    facts.currentStoreExists = fs::exists(environment.storeURL, ignored);
+    facts.legacyStoreExists = fs::exists(environment.legacyStoreURL, ignored);
+    const LegacyInspection legacyInspection = inspectLegacyStore(environment.legacyStoreURL);
+    facts.legacyStoreInspectionResult = legacyInspection.result;
+    facts.legacyMetadata = legacyInspection.metadata;
+    for (const fs::path& file : storeFiles(environment.storeURL)) facts.storeFiles.push_back(file);
+    facts.newestBackup = newestStoreBackup(environment);
+    if (environment.kind == TesselStoreEnvironmentKind::debugUnavailable) {
+        facts.storeOpenError = std::string(description(environment.kind));
+    } else if (facts.currentStoreExists) {
+        facts.currentMetadata = inspectStoreMetadata(environment.storeURL);
+        if (const auto refusal = refusalFor(*facts.currentMetadata)) facts.storeOpenError = refusal->message;
+    } else if (legacyInspection.refusal) {
+        facts.storeOpenError = legacyInspection.refusal->message;
+    }
+    return facts;
+}
+
 std::vector<TesselStoreBackup> listStoreBackups(const TesselStoreEnvironment& environment) {
     if (!environment.backupRootURL) return {};
     return store_backups::list(*environment.backupRootURL, environment.storeURL.filename().string());

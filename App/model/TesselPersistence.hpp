@@ -154,6 +154,22 @@ std::optional<TesselStoreBackup> newestStoreBackup(const TesselStoreEnvironment&
 
 // Reads a store's metadata on an isolated copy; the store itself is not opened.
 StoreMetadataSummary inspectStoreMetadata(const fs::path& storeURL);
+// "Store model identifiers: …. Store entities: …." or why the metadata could not be read.
+std::string metadataSummaryText(const StoreMetadataSummary& metadata);
+
+// What support needs to know about an environment's store, gathered from isolated copies without
+// opening, creating or changing any store file.
+struct StoreEnvironmentFacts {
+    bool currentStoreExists = false;
+    bool legacyStoreExists = false;
+    std::string legacyStoreInspectionResult;
+    std::optional<StoreMetadataSummary> legacyMetadata;  // when the former store's metadata was read
+    std::optional<StoreMetadataSummary> currentMetadata;  // absent when there is no store
+    std::string storeOpenError;                           // why an open would be refused; empty when it would not
+    std::vector<fs::path> storeFiles;                     // the store file and the companion files beside it
+    std::optional<TesselStoreBackup> newestBackup;
+};
+StoreEnvironmentFacts describeStoreEnvironment(const TesselStoreEnvironment& environment);
 
 inline constexpr std::string_view resetTestStoreTitle = "Reset Test Store?";
 inline constexpr std::string_view resetTestStoreExplanation =

@@ -7,6 +7,7 @@
 #include "App/shell/CommandSession.hpp"
 #include "App/shell/CrewCommands.hpp"
 #include "App/shell/DTSCommands.hpp"
+#include "App/shell/DiagnosticCommands.hpp"
 #include "App/shell/ReviewCommands.hpp"
 #include "App/shell/RulesCommands.hpp"
 #include "App/shell/StoreCommands.hpp"
@@ -34,8 +35,10 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     DTSCommandArguments dtsArguments;
     RulesCommandArguments rulesArguments;
     ReviewCommandArguments reviewArguments;
+    DiagnosticCommandArguments diagnosticArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
+    addDiagnosticCommands(*app.get_subcommand("store"), session, diagnosticArguments, exitStatus);
     addCrewCommands(app, session, crewArguments, exitStatus);
     addDTSCommands(app, session, dtsArguments, exitStatus);
     addRulesCommands(app, session, rulesArguments, exitStatus);

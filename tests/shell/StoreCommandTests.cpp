@@ -10,6 +10,8 @@
 
 #include "../support/CommandRun.hpp"
 
+namespace fs = std::filesystem;
+
 namespace tessel {
 namespace {
 
@@ -177,6 +179,26 @@ TEST_F(StoreCommands, RebuildingRegroupsASundayIntoTheWeekItNowStarts) {
     ASSERT_EQ(run({"week", "start-weekday", "1"}).status, 0);
     EXPECT_EQ(run({"week", "rebuild"}).out, "Rebuilt Payroll Weeks: 1 DTS or activity regrouped, 1 week created, 1 emptied week removed.\n");
     EXPECT_EQ(run({"week", "list", "--json"}).json()["payrollWeeks"][0]["startDate"], "2026-11-08");
+}
+
+TEST_F(StoreCommands, TheDiagnosticPackageIsWrittenForAStoreThatCannotOpenAndReadBack) {
+    testing::writeFile(folder.path() / "data" / "canonical-store" / "Tessel.store", "not a database");
+    const auto file = folder.path() / "support.tesseldiagnostic";
+    const auto written = run({"store", "diagnostic", "--output", file.string()});
+    EXPECT_EQ(written.status, 0) << written.err;
+    EXPECT_TRUE(written.err.starts_with("This package can contain your Tessel productions, crew, pay rates, time entries, "
+                                        "payroll rules, and other payroll data. Share it only with someone you trust for Tessel support.\n"));
+    EXPECT_EQ(run({"store", "diagnostic", "--output", file.string()}).status, 1);  // never over an existing file
+
+    const auto inspected = run({"store", "inspect-diagnostic", file.string(), "--json"});
+    ASSERT_EQ(inspected.status, 0) << inspected.err;
+    EXPECT_EQ(inspected.json()["entries"], (Json{"manifest.json", "canonical-store/Tessel.store"}));
+    fs::remove_all(inspected.json()["folder"].get<std::string>());
+
+    testing::writeFile(folder.path() / "forged.tesseldiagnostic", "PK not really");
+    const auto refused = run({"store", "inspect-diagnostic", (folder.path() / "forged.tesseldiagnostic").string()});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_TRUE(refused.err.starts_with("The diagnostic package is invalid. ")) << refused.err;
 }
 
 TEST_F(StoreCommands, WeekListLabelsWeeksThatShareAStartDate) {
