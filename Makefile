@@ -2,7 +2,12 @@
 BUILD_DIR ?= build
 JOBS ?= $(shell nproc)
 
-.PHONY: deps configure build demo test bench clean
+SANITIZE_DIR ?= build-sanitize
+FUZZ_DIR ?= build-fuzz
+FUZZ_SECONDS ?= 60
+FUZZ_TARGETS := fuzz-decimal-time fuzz-decimal fuzz-calc-json fuzz-rules-json fuzz-diagnostic-package
+
+.PHONY: deps configure build demo test bench check-sanitize fuzz clean
 
 deps:
 	@scripts/install-deps
@@ -22,5 +27,23 @@ test: build
 bench: build
 	@$(BUILD_DIR)/bench/tessel-bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
 
+# The whole suite under AddressSanitizer and UndefinedBehaviorSanitizer, in a build folder of its own.
+check-sanitize: deps
+	@test -f $(SANITIZE_DIR)/build.ninja || cmake -S . -B $(SANITIZE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DTESSEL_SANITIZE=ON -DTESSEL_BUILD_BENCH=OFF
+	@cmake --build $(SANITIZE_DIR) -j $(JOBS)
+	@ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+		ctest --test-dir $(SANITIZE_DIR) --output-on-failure -j $(JOBS)
+
+# Each libFuzzer target for FUZZ_SECONDS, starting from the seeds kept in fuzz/corpus/. What a run adds
+# to the corpus stays in the build folder; a crash is left there as crash-* for its regression test.
+fuzz: deps
+	@test -f $(FUZZ_DIR)/build.ninja || CXX=clang++ cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTESSEL_FUZZ=ON
+	@cmake --build $(FUZZ_DIR) -j $(JOBS) --target $(FUZZ_TARGETS)
+	@for target in $(FUZZ_TARGETS); do \
+		mkdir -p $(FUZZ_DIR)/corpus/$$target && cp -n fuzz/corpus/$$target/* $(FUZZ_DIR)/corpus/$$target/ 2>/dev/null; \
+		echo "== $$target for $(FUZZ_SECONDS) s"; \
+		(cd $(FUZZ_DIR) && ./fuzz/$$target -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 corpus/$$target) || exit 1; \
+	done
+
 clean:
-	@rm -rf $(BUILD_DIR)
+	@rm -rf $(BUILD_DIR) $(SANITIZE_DIR) $(FUZZ_DIR)

@@ -2,6 +2,9 @@
 
 #include <cstdlib>
 
+#include <SQLiteCpp/Database.h>
+
+#include "App/exchange/DiagnosticPackage.hpp"
 #include "Season.hpp"
 
 namespace tessel {
@@ -37,20 +40,62 @@ const fs::path& seasonStore() {
     return folder.path();
 }
 
-void openTheSeasonStoreWithItsBackup(benchmark::State& state) {
+// The common command: the store has not changed since its newest backup, which stands.
+void openTheUnchangedSeasonStore(benchmark::State& state) {
     const fs::path& root = seasonStore();
+    openStore(root).reset();  // its backup exists
     for (auto _ : state) {
         benchmark::DoNotOptimize(openStore(root));
     }
 }
-BENCHMARK(openTheSeasonStoreWithItsBackup)->Unit(benchmark::kMillisecond);
+BENCHMARK(openTheUnchangedSeasonStore)->Unit(benchmark::kMillisecond);
+
+// The same store opened with no backup logic at all: the connection, its settings, the schema check.
+void openTheSeasonStoreWithoutBackupLogic(benchmark::State& state) {
+    const auto environment = TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, seasonStore());
+    for (auto _ : state) {
+        SQLite::Database db(environment.storeURL.string(), SQLite::OPEN_READWRITE);
+        db.exec("PRAGMA foreign_keys = ON");
+        db.setBusyTimeout(15000);
+        benchmark::DoNotOptimize(db.execAndGet("SELECT value FROM TesselStoreMetadata WHERE key = 'schemaVersion'").getString());
+    }
+}
+BENCHMARK(openTheSeasonStoreWithoutBackupLogic)->Unit(benchmark::kMillisecond);
+
+// After a change, the open takes a consistent snapshot of the store first.
+void openTheChangedSeasonStoreWithItsSnapshot(benchmark::State& state) {
+    const fs::path& root = seasonStore();
+    for (auto _ : state) {
+        state.PauseTiming();
+        openStore(root)->database().exec("UPDATE TesselStoreMetadata SET value = value WHERE key = 'schemaVersion'");
+        state.ResumeTiming();
+        benchmark::DoNotOptimize(openStore(root));
+    }
+}
+BENCHMARK(openTheChangedSeasonStoreWithItsSnapshot)->Unit(benchmark::kMillisecond)->Iterations(10);
+
+void writeTheSeasonStoresDiagnosticPackage(benchmark::State& state) {
+    const auto environment = TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, seasonStore());
+    const BenchFolder target;
+    const fs::path file = target.path() / "support.tesseldiagnostic";
+    for (auto _ : state) {
+        fs::remove(file);
+        diagnostic_package::write(environment, {"bench", "bench"}, file, std::chrono::system_clock::now());
+    }
+    state.counters["packageBytes"] = static_cast<double>(fs::file_size(file));
+}
+BENCHMARK(writeTheSeasonStoresDiagnosticPackage)->Unit(benchmark::kMillisecond);
 
 void copyTheSeasonStoreFiles(benchmark::State& state) {
     const auto environment = TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, seasonStore());
     const BenchFolder target;
     state.counters["storeBytes"] = static_cast<double>(fs::file_size(environment.storeURL));
     for (auto _ : state) {
+        // What the package holds: the store files and the newest backup's.
         fs::copy_file(environment.storeURL, target.path() / "Tessel.store", fs::copy_options::overwrite_existing);
+        if (const auto backup = newestStoreBackup(environment)) {
+            fs::copy_file(backup->directoryURL / "Tessel.store", target.path() / "Backup.store", fs::copy_options::overwrite_existing);
+        }
     }
 }
 BENCHMARK(copyTheSeasonStoreFiles)->Unit(benchmark::kMillisecond);

@@ -195,7 +195,6 @@ void Writer::finish() {
     put32(end, directoryOffset);
     put16(end, 0);
     write(directory + end);
-    if (::fsync(descriptor_) != 0) throw std::filesystem::filesystem_error("fsync", std::error_code(errno, std::generic_category()));
 }
 
 std::vector<Entry> read(std::string_view archive) {

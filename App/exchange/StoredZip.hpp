@@ -20,7 +20,9 @@ public:
 };
 
 // Writes entries one after another to a file; finish() writes the central directory. Sizes, offsets,
-// names and the entry count are checked against the format's limits before anything is written.
+// names and the entry count are checked against the format's limits before anything is written. The
+// file is not flushed to disk: an archive cut short by a crash fails its own checks when read, and the
+// files it packs are still where they were.
 class Writer {
 public:
     explicit Writer(const std::filesystem::path& file);

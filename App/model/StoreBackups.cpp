@@ -168,9 +168,19 @@ std::vector<TesselStoreBackup> list(const fs::path& backupRoot, std::string_view
 
 std::optional<TesselStoreBackup> unchangedBackup(const fs::path& backupRoot, std::string_view storeFileName,
                                                  const std::string& storeFingerprint) {
-    const auto backups = list(backupRoot, storeFileName);
-    if (backups.empty() || readFingerprint(backups.back().directoryURL) != storeFingerprint) return std::nullopt;
-    return backups.back();
+    // Only the newest whole backup matters: the folder names sort as their instants do.
+    std::vector<fs::path> folders;
+    std::error_code ignored;
+    for (const auto& entry : fs::directory_iterator(backupRoot, ignored)) {
+        if (isBackupFolder(entry.path())) folders.push_back(entry.path());
+    }
+    std::sort(folders.rbegin(), folders.rend());
+    for (const auto& folder : folders) {
+        if (!fs::exists(folder / storeFileName, ignored)) continue;
+        if (readFingerprint(folder) != storeFingerprint) return std::nullopt;
+        return TesselStoreBackup{folder, {std::string(storeFileName)}};
+    }
+    return std::nullopt;
 }
 
 PendingBackup PendingBackup::take(const fs::path& backupRoot, sqlite3* store, std::string_view storeFileName,

@@ -92,10 +92,26 @@ struct TemporaryDirectory {
     }
 };
 
-StoreMetadataSummary readMetadataInPlace(const fs::path& copy) {
+// An SQLite URI naming a file read as immutable: no lock is taken and no companion file is created.
+std::string immutableURI(const fs::path& file) {
+    std::string uri = "file:";
+    for (const char c : file.string()) {
+        if (c == '%' || c == '?' || c == '#') {
+            static constexpr char hex[] = "0123456789ABCDEF";
+            uri += '%';
+            uri += hex[static_cast<unsigned char>(c) >> 4];
+            uri += hex[static_cast<unsigned char>(c) & 0xF];
+        } else {
+            uri += c;
+        }
+    }
+    return uri + "?immutable=1";
+}
+
+// Reads what the store's own metadata says through a connection that only reads.
+StoreMetadataSummary readMetadata(SQLite::Database& db) {
     StoreMetadataSummary summary;
     try {
-        SQLite::Database db(copy.string(), SQLite::OPEN_READONLY);
         SQLite::Statement tables(db, "SELECT name FROM sqlite_master WHERE type = 'table' ORDER BY name");
         while (tables.executeStep()) summary.entityNames.push_back(tables.getColumn(0).getString());
         const bool hasMetadata = std::find(summary.entityNames.begin(), summary.entityNames.end(),
@@ -116,6 +132,16 @@ StoreMetadataSummary readMetadataInPlace(const fs::path& copy) {
         summary = StoreMetadataSummary{error.what(), {}, {}, {}, false};
     }
     return summary;
+}
+
+StoreMetadataSummary readMetadataInPlace(const fs::path& copy, bool immutable = false) {
+    try {
+        SQLite::Database db(immutable ? immutableURI(copy) : copy.string(),
+                            SQLite::OPEN_READONLY | (immutable ? SQLITE_OPEN_URI : 0));
+        return readMetadata(db);
+    } catch (const std::exception& error) {
+        return StoreMetadataSummary{error.what(), {}, {}, {}, false};
+    }
 }
 
 std::string join(const std::vector<std::string>& items) {
@@ -371,6 +397,12 @@ std::string TesselStore::schemaVersion() const { return readSchemaVersion(*datab
 
 StoreMetadataSummary inspectStoreMetadata(const fs::path& storeURL) {
     if (!fs::exists(storeURL)) return {std::string("no store exists at this path"), {}, {}, {}, false};
+    // A store with no journal beside it is wholly in its one file, which is then read as immutable, in
+    // place and without a copy; a journal means a writer may be at work, and the files are copied first.
+    if (storeFiles(storeURL).size() == 1) {
+        StoreMetadataSummary summary = readMetadataInPlace(storeURL, true);
+        if (!summary.readError) return summary;
+    }
     fs::path copy;
     try {
         copy = newTemporaryDirectory(inspectionFolderPrefix);
@@ -463,7 +495,9 @@ std::variant<PreOpenCheck, Refusal> checkBeforeOpening(const TesselStoreEnvironm
         return check;
     }
     if (auto newest = store_backups::unchangedBackup(*environment.backupRootURL, storeFileName, storeFingerprint)) {
-        check.metadata = readMetadataInPlace(newest->directoryURL / storeFileName);
+        // The store is what its newest backup holds, so its metadata is read through the connection
+        // that is open anyway: the common open costs no second one.
+        check.metadata = readMetadata(db);
         if (!check.metadata.readError) {
             check.reused = std::move(newest);
             return check;
@@ -535,8 +569,12 @@ TesselStoreStartupResult openTesselStore(const TesselStoreEnvironment& environme
             auto& passed = std::get<PreOpenCheck>(check);
             metadata = passed.metadata;
             if (const auto refusal = refusalFor(*metadata)) return unavailable(environment, *refusal);
-            backup = passed.pending ? passed.pending->commit() : std::move(passed.reused);
-            if (environment.backupRootURL) store_backups::prune(*environment.backupRootURL, std::chrono::system_clock::now());
+            if (passed.pending) {
+                backup = passed.pending->commit();
+                store_backups::prune(*environment.backupRootURL, std::chrono::system_clock::now());
+            } else {
+                backup = std::move(passed.reused);
+            }
         }
     } catch (const std::exception& error) {
         return unavailable(environment, {Case::backupFailed, std::string(messages::backupFailed), std::nullopt, error.what()});
