@@ -108,7 +108,15 @@ std::optional<Decimal> Decimal::parse(std::string_view posixText) noexcept {
 
 std::optional<Decimal> Decimal::parseJSONNumber(std::string_view token) noexcept {
     if (!isDecimalText(token, true)) return std::nullopt;
-    return fromCheckedText(token);
+    // An exponent can reach values (1E79) whose plain text holds more digits than a Decimal keeps; such
+    // a value could be written but never read back, so it is refused here.
+    auto value = fromCheckedText(token);
+    try {
+        if (value && !isDecimalText(value->toString(), false)) return std::nullopt;
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+    return value;
 }
 
 std::optional<Decimal> Decimal::fromCheckedText(std::string_view checked) noexcept {

@@ -62,7 +62,8 @@ CrewDailyEntryRepair::Report CrewDailyEntryRepair::run(ModelContext& context) {
     Report report;
     for (const auto& [key, rows] : groups) {
         if (rows.size() < 2) continue;
-        const bool identical = std::all_of(rows.begin(), rows.end(), [&](const Row& row) { return row.facts == rows.front().facts; });
+        const auto& facts = rows.front().facts;
+        const bool identical = std::all_of(rows.begin(), rows.end(), [&facts](const Row& row) { return row.facts == facts; });
         if (!identical) {
             Conflict conflict{key.first, rows.front().engagementID, {}};
             for (const auto& row : rows) conflict.entryIDs.push_back(row.id);

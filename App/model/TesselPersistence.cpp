@@ -518,6 +518,30 @@ std::variant<PreOpenCheck, Refusal> checkBeforeOpening(const TesselStoreEnvironm
     return check;
 }
 
+// Makes sure a store file is at the store path: the existing one, the former shared store adopted, or a
+// new one. True when the store holds earlier data (and so is backed up and checked before it is opened).
+std::variant<bool, Refusal> placeStoreFile(const TesselStoreEnvironment& environment, std::string& legacyResult) {
+    try {
+        fs::create_directories(environment.storeURL.parent_path());
+        if (fs::exists(environment.storeURL)) return true;
+    } catch (const std::exception&) {
+        return Refusal{Case::storePreparationFailed, std::string(messages::storePreparationFailed), {}};
+    }
+    const LegacyInspection inspection = inspectLegacyStore(environment.legacyStoreURL);
+    legacyResult = inspection.result;
+    if (inspection.refusal) return *inspection.refusal;
+    try {
+        if (inspection.adopt()) {
+            adoptLegacyStore(inspection.copiedStore(environment.legacyStoreURL), environment.storeURL);
+            return true;
+        }
+        createStore(environment.storeURL);
+        return false;
+    } catch (const std::exception&) {
+        return Refusal{Case::storePreparationFailed, std::string(messages::storePreparationFailed), {}};
+    }
+}
+
 }  // namespace
 
 TesselStoreStartupResult openTesselStore(const TesselStoreEnvironment& environment) {
@@ -526,30 +550,10 @@ TesselStoreStartupResult openTesselStore(const TesselStoreEnvironment& environme
                                            std::string(description(environment.kind)), std::nullopt,
                                            detailsText(std::nullopt)};
     }
-    bool storeExists = false;
-    try {
-        fs::create_directories(environment.storeURL.parent_path());
-        storeExists = fs::exists(environment.storeURL);
-    } catch (const std::exception&) {
-        return unavailable(environment, {Case::storePreparationFailed, std::string(messages::storePreparationFailed), {}});
-    }
-
     std::string legacyResult(legacy::none);
-    if (!storeExists) {
-        const LegacyInspection inspection = inspectLegacyStore(environment.legacyStoreURL);
-        legacyResult = inspection.result;
-        if (inspection.refusal) return unavailable(environment, *inspection.refusal);
-        try {
-            if (inspection.adopt()) {
-                adoptLegacyStore(inspection.copiedStore(environment.legacyStoreURL), environment.storeURL);
-                storeExists = true;
-            } else {
-                createStore(environment.storeURL);
-            }
-        } catch (const std::exception&) {
-            return unavailable(environment, {Case::storePreparationFailed, std::string(messages::storePreparationFailed), {}});
-        }
-    }
+    const auto placed = placeStoreFile(environment, legacyResult);
+    if (const auto* refusal = std::get_if<Refusal>(&placed)) return unavailable(environment, *refusal);
+    const bool storeExists = std::get<bool>(placed);
 
     std::unique_ptr<SQLite::Database> db;
     std::optional<TesselStoreBackup> backup;

@@ -331,7 +331,14 @@ int setSetting(CommandSession& session, const std::string& key, const std::strin
 }  // namespace
 
 void addStoreCommands(CLI::App& app, CommandSession& session, StoreCommandArguments& arguments, int& exitStatus) {
-    auto& [name, idOrName, whichWeek, allWeeks, weekday, key, value] = arguments;
+    // Named references rather than a structured binding: the callbacks capture them, which older Clang refuses.
+    std::string& name = arguments.name;
+    std::string& idOrName = arguments.idOrName;
+    std::string& whichWeek = arguments.week;
+    bool& allWeeks = arguments.allWeeks;
+    int& weekday = arguments.weekday;
+    std::string& key = arguments.key;
+    std::string& value = arguments.value;
     auto* store = app.add_subcommand("store", "The data store")->require_subcommand(1);
     store->add_subcommand("info", "Where the store is, its schema, what it holds and its backups")
         ->callback([&] { exitStatus = storeInfo(session); });

@@ -106,6 +106,11 @@ TEST(Decimal, ReadsJSONNumberTokensWithExponent) {
     EXPECT_EQ(Decimal::parseJSONNumber("-25E-1"), Decimal("-2.5"));
     EXPECT_FALSE(Decimal::parseJSONNumber("1e").has_value());
     EXPECT_FALSE(Decimal::parseJSONNumber("1e99999").has_value());
+    // Found by fuzzing: 1E79 is 80 digits of plain text, which no Decimal text can hold or read back.
+    EXPECT_FALSE(Decimal::parseJSONNumber("1E79").has_value());
+    const auto largest = Decimal::parseJSONNumber("1E33");
+    ASSERT_TRUE(largest.has_value());
+    EXPECT_EQ(Decimal::parse(largest->toString()), largest);
 }
 
 TEST(Decimal, TakesThePlacesOfAnExemplar) {
