@@ -65,9 +65,11 @@ BENCHMARK(openTheSeasonStoreWithoutBackupLogic)->Unit(benchmark::kMillisecond);
 // After a change, the open takes a consistent snapshot of the store first.
 void openTheChangedSeasonStoreWithItsSnapshot(benchmark::State& state) {
     const fs::path& root = seasonStore();
+    int change = 0;
     for (auto _ : state) {
         state.PauseTiming();
-        openStore(root)->database().exec("UPDATE TesselStoreMetadata SET value = value WHERE key = 'schemaVersion'");
+        openStore(root)->database().exec("INSERT INTO TesselStoreMetadata (key, value) VALUES ('benchChange', '" +
+                                         std::to_string(++change) + "') ON CONFLICT(key) DO UPDATE SET value = excluded.value");
         state.ResumeTiming();
         benchmark::DoNotOptimize(openStore(root));
     }

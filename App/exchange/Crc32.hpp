@@ -5,7 +5,7 @@
 #include <string_view>
 
 // The CRC-32 of ZIP archives: the reflected polynomial 0xEDB88320, initial value all ones, final
-// inversion. Eight bytes are folded per step through eight tables built once on first use, so that
+// inversion. Sixteen bytes are folded per step through sixteen tables built once on first use, so that
 // checking a store of many megabytes costs little next to copying it.
 namespace tessel::crc32 {
 

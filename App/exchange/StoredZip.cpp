@@ -86,8 +86,14 @@ void checkName(const std::string& name) {
 }  // namespace
 
 Writer::Writer(const std::filesystem::path& file) {
-    descriptor_ = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    if (descriptor_ < 0) throw std::filesystem::filesystem_error("open", file, std::error_code(errno, std::generic_category()));
+    // Truncated only when it holds something: truncating makes the file system flush the file on close.
+    descriptor_ = ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0644);
+    struct stat status {};
+    if (descriptor_ < 0 || ::fstat(descriptor_, &status) != 0 || (status.st_size > 0 && ::ftruncate(descriptor_, 0) != 0)) {
+        const std::error_code error(errno, std::generic_category());
+        if (descriptor_ >= 0) ::close(descriptor_);
+        throw std::filesystem::filesystem_error("open", file, error);
+    }
 }
 
 Writer::~Writer() {
@@ -105,14 +111,15 @@ void Writer::write(std::string_view bytes) {
 }
 
 void Writer::add(std::string_view name, std::string_view data) {
-    addChecked(name, data, crc32::of(data));
+    writeHeader(name, data.size(), crc32::of(data));
+    write(data);
 }
 
-void Writer::addChecked(std::string_view name, std::string_view data, std::uint32_t crc) {
-    if (data.size() > limit32 || offset_ > limit32) throw FormatError("An entry is too large.");
+void Writer::writeHeader(std::string_view name, std::size_t dataSize, std::uint32_t crc) {
+    if (dataSize > limit32 || offset_ > limit32) throw FormatError("An entry is too large.");
     if (name.size() > 0xFFFF) throw FormatError("An entry name is too long.");
     if (entries_.size() >= 0xFFFF) throw FormatError("There are too many entries.");
-    const auto size = static_cast<std::uint32_t>(data.size());
+    const auto size = static_cast<std::uint32_t>(dataSize);
     std::string header;
     put32(header, localSignature);
     put16(header, version);
@@ -128,36 +135,54 @@ void Writer::addChecked(std::string_view name, std::string_view data, std::uint3
     header += name;
     entries_.push_back({std::string(name), crc, size, static_cast<std::uint32_t>(offset_)});
     write(header);
-    write(data);
 }
 
+namespace {
+
+// A source file open for reading and mapped, released whatever happens.
+struct MappedFile {
+    int descriptor = -1;
+    void* bytes = MAP_FAILED;
+    std::size_t size = 0;
+
+    explicit MappedFile(const std::filesystem::path& source) {
+        const auto failed = [&](const char* what) {
+            return std::filesystem::filesystem_error(what, source, std::error_code(errno, std::generic_category()));
+        };
+        descriptor = ::open(source.c_str(), O_RDONLY | O_CLOEXEC);
+        if (descriptor < 0) throw failed("open");
+        struct stat status {};
+        if (::fstat(descriptor, &status) != 0) throw failed("stat");
+        size = static_cast<std::size_t>(status.st_size);
+        if (size == 0) return;
+        bytes = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, descriptor, 0);
+        if (bytes == MAP_FAILED) throw failed("mmap");
+        ::madvise(bytes, size, MADV_SEQUENTIAL);
+    }
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+    ~MappedFile() {
+        if (bytes != MAP_FAILED) ::munmap(bytes, size);
+        if (descriptor >= 0) ::close(descriptor);
+    }
+    std::string_view data() const { return size ? std::string_view(static_cast<const char*>(bytes), size) : std::string_view(); }
+};
+
+}  // namespace
+
 void Writer::addFile(std::string_view name, const std::filesystem::path& source) {
-    const int input = ::open(source.c_str(), O_RDONLY | O_CLOEXEC);
-    if (input < 0) throw std::filesystem::filesystem_error("open", source, std::error_code(errno, std::generic_category()));
-    struct stat status {};
-    if (::fstat(input, &status) != 0) {
-        ::close(input);
-        throw std::filesystem::filesystem_error("stat", source, std::error_code(errno, std::generic_category()));
+    const MappedFile file(source);
+    const std::string_view data = file.data();
+    writeHeader(name, data.size(), crc32::update(0, reinterpret_cast<const unsigned char*>(data.data()), data.size()));
+    // The kernel copies the bytes file to file, as a plain copy does; where it cannot, they are written.
+    std::size_t copied = 0;
+    while (copied < data.size()) {
+        const ssize_t step = ::copy_file_range(file.descriptor, nullptr, descriptor_, nullptr, data.size() - copied, 0);
+        if (step <= 0) break;
+        copied += static_cast<std::size_t>(step);
+        offset_ += static_cast<std::uint64_t>(step);
     }
-    const auto size = static_cast<std::size_t>(status.st_size);
-    if (size == 0) {
-        ::close(input);
-        add(name, {});
-        return;
-    }
-    // Mapped rather than read: the bytes are checked and written without a copy of their own.
-    void* mapped = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, input, 0);
-    ::close(input);
-    if (mapped == MAP_FAILED) throw std::filesystem::filesystem_error("mmap", source, std::error_code(errno, std::generic_category()));
-    ::madvise(mapped, size, MADV_SEQUENTIAL);
-    const std::string_view data(static_cast<const char*>(mapped), size);
-    try {
-        addChecked(name, data, crc32::update(0, static_cast<const unsigned char*>(mapped), size));
-    } catch (...) {
-        ::munmap(mapped, size);
-        throw;
-    }
-    ::munmap(mapped, size);
+    write(data.substr(copied));
 }
 
 void Writer::finish() {

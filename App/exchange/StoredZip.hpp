@@ -43,7 +43,7 @@ private:
         std::uint32_t offset;
     };
     void write(std::string_view bytes);
-    void addChecked(std::string_view name, std::string_view data, std::uint32_t crc);
+    void writeHeader(std::string_view name, std::size_t dataSize, std::uint32_t crc);
 
     int descriptor_ = -1;
     std::uint64_t offset_ = 0;
