@@ -1,5 +1,6 @@
 #include "DiagnosticCommands.hpp"
 
+#include <fstream>
 #include <sstream>
 
 #include "App/exchange/DiagnosticPackage.hpp"
@@ -42,6 +43,10 @@ int exportPackage(CommandSession& session, const std::string& output) {
 }
 
 int inspectPackage(CommandSession& session, const std::string& file) {
+    if (!std::ifstream(file, std::ios::binary)) {
+        session.streams().err << "The file \u201C" << file << "\u201D could not be read.\n";
+        return exitUsage;
+    }
     try {
         const auto inspection = package::inspect(fs::path(file));
         std::ostringstream text;
@@ -55,8 +60,7 @@ int inspectPackage(CommandSession& session, const std::string& file) {
         if (session.options().json) return session.refuse(error.caseName(), error.description(), Json{{"detail", error.detail()}});
         return session.refuse(error.caseName(), error.description() + " " + error.detail());
     } catch (const fs::filesystem_error& error) {
-        session.streams().err << "The file \u201C" << file << "\u201D could not be read.\n";
-        return exitUsage;
+        return session.refuse("unpackFailed", "The diagnostic package could not be unpacked (" + error.code().message() + ").");
     }
 }
 
