@@ -228,9 +228,24 @@ void writeNewerSchema(const TesselStoreEnvironment& environment) {
     db.exec("UPDATE TesselStoreMetadata SET value = '41.0.0' WHERE key = 'schemaVersion'");
 }
 
+// An earlier-generation store that its migration cannot bring forward (here a column the step adds is
+// already there): the metadata was read, and it is the open that failed.
+void writeUnmigratableStore(const TesselStoreEnvironment& environment) {
+    fs::create_directories(environment.storeURL.parent_path());
+    SQLite::Database old(environment.storeURL.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    old.exec("PRAGMA application_id = " + std::to_string(store_schema::applicationID));
+    old.exec("CREATE TABLE TesselStoreMetadata (key TEXT PRIMARY KEY NOT NULL, value TEXT NOT NULL)");
+    old.exec(std::string(store_schema::earliestGenerationSchema()));
+    old.exec("ALTER TABLE Production ADD COLUMN currencyCode TEXT");
+    old.exec("INSERT INTO TesselStoreMetadata VALUES ('modelIdentifier', 'app.tessel.model'), ('schemaVersion', '40.1.0')");
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Refusals, StoreRefusal,
     ::testing::Values(
+        RefusalCase{"migrationFails", writeUnmigratableStore, TesselPersistenceErrorCase::storeOpenFailed,
+                    "Tessel could not open or migrate the data store. No automatic reset was attempted.",
+                    ". The store could not be opened: "},
         RefusalCase{"anotherApplicationsDatabase", writeForeignSQLite, TesselPersistenceErrorCase::storeOpenFailed,
                     "The existing store contains a foreign model and was not opened.",
                     "Store model identifiers: none. Store entities: Recipes."},
