@@ -1,5 +1,8 @@
 #include "CalculationDocuments.hpp"
 
+#include <algorithm>
+#include <initializer_list>
+
 #include "App/model/CalculationJSON.hpp"
 #include "PayrollEngine/GrossCompensationCalculator.hpp"
 #include "PayrollEngine/MealPenaltyEvaluator.hpp"
@@ -44,6 +47,25 @@ Json gross(const Json& input) {
     return cj::toJSON(GrossCompensationCalculator::calculate(segments, schedule, guarantees, rate, rounding));
 }
 
+// A meal period belongs to one workday. Its times are refused when they lie more than a week apart,
+// where the penalties counted between them would run into the hundreds of thousands.
+void requireOneWeek(std::initializer_list<std::optional<Instant>> times) {
+    std::optional<Instant> earliest;
+    std::optional<Instant> latest;
+    for (const auto& time : times) {
+        if (!time) continue;
+        earliest = earliest ? std::min(*earliest, *time) : *time;
+        latest = latest ? std::max(*latest, *time) : *time;
+    }
+    if (earliest && *latest - *earliest > std::chrono::days(7)) {
+        throw MalformedInputError("The times of one meal period must lie within seven days of each other.");
+    }
+}
+
+std::optional<Instant> timeOf(const std::optional<MealTimelineEvent>& event) {
+    return event ? std::optional<Instant>(event->timestamp) : std::nullopt;
+}
+
 Json meal(const Json& input) {
     const MealPeriodRule rule = cj::mealPeriodRule(member(input, "rule", ""), "rule");
     const Json* firstMeal = optionalMember(input, "firstMeal");
@@ -51,8 +73,14 @@ Json meal(const Json& input) {
     if ((firstMeal == nullptr) == (period == nullptr)) {
         throw MalformedInputError("Give either \u201CfirstMeal\u201D or \u201Cperiod\u201D, not both or neither.");
     }
-    if (firstMeal) return cj::toJSON(MealPenaltyEvaluator::evaluateFirstMeal(rule, cj::firstMealInput(*firstMeal, "firstMeal")));
-    return cj::toJSON(MealPenaltyEvaluator::evaluatePeriod(rule, cj::mealPeriodInput(*period, "period")));
+    if (firstMeal) {
+        const FirstMealEvaluationInput times = cj::firstMealInput(*firstMeal, "firstMeal");
+        requireOneWeek({times.employeeCall, times.generalCrewCall, times.mealOut});
+        return cj::toJSON(MealPenaltyEvaluator::evaluateFirstMeal(rule, times));
+    }
+    const MealPeriodEvaluationInput times = cj::mealPeriodInput(*period, "period");
+    requireOneWeek({timeOf(times.clockStart), timeOf(times.satisfactionEvent)});
+    return cj::toJSON(MealPenaltyEvaluator::evaluatePeriod(rule, times));
 }
 
 Json turnaround(const Json& input) {
