@@ -8,6 +8,7 @@
 #include "App/shell/CrewCommands.hpp"
 #include "App/shell/DTSCommands.hpp"
 #include "App/shell/DiagnosticCommands.hpp"
+#include "App/shell/LibraryCommands.hpp"
 #include "App/shell/ReviewCommands.hpp"
 #include "App/shell/RulesCommands.hpp"
 #include "App/shell/StoreCommands.hpp"
@@ -36,6 +37,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     RulesCommandArguments rulesArguments;
     ReviewCommandArguments reviewArguments;
     DiagnosticCommandArguments diagnosticArguments;
+    LibraryCommandArguments libraryArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
     addDiagnosticCommands(*app.get_subcommand("store"), session, diagnosticArguments, exitStatus);
@@ -43,6 +45,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     addDTSCommands(app, session, dtsArguments, exitStatus);
     addRulesCommands(app, session, rulesArguments, exitStatus);
     addReviewCommands(app, session, reviewArguments, exitStatus);
+    addLibraryCommands(app, session, libraryArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());

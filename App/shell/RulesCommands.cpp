@@ -9,6 +9,7 @@
 #include "App/model/CalendarText.hpp"
 #include "App/rules/CompensationProvisions.hpp"
 #include "App/rules/ProductionRulesets.hpp"
+#include "App/rules/RulesLibrary.hpp"
 
 namespace tessel {
 namespace {
@@ -37,7 +38,15 @@ void describeSchedule(std::ostringstream& text, const std::string& title, const 
          << "\n";
 }
 
-std::string describe(const PayrollRuleConfiguration& c, const std::string& statusLine) {
+}  // namespace
+
+// A production without a revision (made before rulesets existed) gets the example defaults when its
+// rules are first set.
+std::optional<Uuid> currentRulesetRevision(ModelContext& context, const Production& production) {
+    return ProductionRulesets::currentRevision(context, production.id, today());
+}
+
+std::string describeRules(const PayrollRuleConfiguration& c, const std::string& statusLine) {
     const auto& rules = c.payrollRules;
     std::ostringstream text;
     text << rules.name << " (effective from " << calendar_text::formatDate(rules.effectiveFrom) << ")\n";
@@ -97,6 +106,8 @@ std::string describe(const PayrollRuleConfiguration& c, const std::string& statu
     text << "\n";
     return text.str();
 }
+
+namespace {
 
 Json mealRuleJSON(const MealPeriodRule& rule) {
     Json json{{"ruleID", rule.ruleID().value()},
@@ -183,10 +194,8 @@ std::string sandboxText(const SandboxConfiguration& s) {
     return text.str();
 }
 
-// The production's current revision; a production without one (made before rulesets existed) gets
-// the example defaults when its rules are first set.
 std::optional<Uuid> currentRevision(ModelContext& context, const Production& production) {
-    return ProductionRulesets::currentRevision(context, production.id, today());
+    return currentRulesetRevision(context, production);
 }
 
 int show(CommandSession& session) {
@@ -197,8 +206,12 @@ int show(CommandSession& session) {
         const auto revision = currentRevision(context, *production);
         if (!revision) return session.refuse("noRevision", std::string(ruleset_messages::noRevision));
         const auto configuration = ProductionRulesets::readConfiguration(context, production->id, *revision);
-        const std::string status = ProductionRulesets::setupStatusLine(ProductionRulesets::setupState(context, *revision));
-        session.answer(rules_json::toJSON(configuration), describe(configuration, status));
+        const auto state = ProductionRulesets::setupState(context, *revision);
+        std::string status = ProductionRulesets::setupStatusLine(state);
+        if (state.origin == ProductionRulesetOrigin::savedRulesetCopy && state.sourceSavedRulesetName) {
+            status += "\n" + std::string(rules_library::appliedFromLabel) + " " + *state.sourceSavedRulesetName;
+        }
+        session.answer(rules_json::toJSON(configuration), describeRules(configuration, status));
         return exitSuccess;
     } catch (const RulesPayloadError& error) {
         return session.refuse("invalidRules", error.what());

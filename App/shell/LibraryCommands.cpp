@@ -1,0 +1,184 @@
+#include "LibraryCommands.hpp"
+
+#include <sstream>
+
+#include "App/model/CalendarText.hpp"
+#include "App/rules/ProductionRulesets.hpp"
+#include "App/rules/RulesLibrary.hpp"
+#include "App/shell/RulesCommands.hpp"
+
+namespace tessel {
+namespace {
+
+namespace library = rules_library;
+
+Instant now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
+
+Json itemJSON(const PayrollRulesLibraryItem& item) {
+    Json json{{"id", item.id.text()},
+              {"portableRulesetID", item.portableRulesetID.text()},
+              {"name", item.name},
+              {"provenanceNotes", item.provenanceNotes},
+              {"createdAt", calendar_text::formatInstant(item.createdAt)},
+              {"modifiedAt", calendar_text::formatInstant(item.modifiedAt)}};
+    if (item.importedAt) json["importedAt"] = calendar_text::formatInstant(*item.importedAt);
+    return json;
+}
+
+// Runs one library action in one transaction, reporting a refusal with its sentence.
+template <typename Action>
+int libraryAction(CommandSession& session, Action&& action) {
+    TesselStore* store = session.store();
+    if (!store) return exitRefused;
+    try {
+        return store->perform([&](ModelContext& context) -> int { return action(context); });
+    } catch (const RulesLibraryError& error) {
+        return session.refuse("refused", error.what());
+    } catch (const RulesPayloadError& error) {
+        return session.refuse("unreadableRuleset", error.what());
+    } catch (const DomainError& error) {
+        return session.refuse(error.caseName(), error.description());
+    } catch (const StoreActionError& error) {
+        return session.refuseWithTitle("storeActionFailed", std::string(library::failureTitle), error.what());
+    }
+}
+
+// The production's current rules, or the refusal that it has none.
+PayrollRuleConfiguration productionRules(ModelContext& context, const Production& production) {
+    const auto current = currentRulesetRevision(context, production);
+    if (!current) throw RulesLibraryError(std::string(library::noCurrentRuleset));
+    return ProductionRulesets::readConfiguration(context, production.id, *current);
+}
+
+int list(CommandSession& session) {
+    return libraryAction(session, [&](ModelContext& context) -> int {
+        const auto items = library::list(context);
+        Json json = Json::array();
+        std::ostringstream text;
+        for (const auto& item : items) {
+            json.push_back(itemJSON(item));
+            text << item.name << "  (effective from " << calendar_text::formatDate(item.configuration.payrollRules.effectiveFrom)
+                 << ", saved " << calendar_text::formatDate(CalendarDate(std::chrono::floor<std::chrono::days>(item.modifiedAt)))
+                 << (item.importedAt ? ", imported" : "") << ")\n";
+        }
+        if (items.empty()) text << library::emptyTitle << "\n" << library::emptyMessage << "\n";
+        session.answer(Json{{"savedRulesets", std::move(json)}}, text.str());
+        return exitSuccess;
+    });
+}
+
+int show(CommandSession& session, const std::string& name) {
+    return libraryAction(session, [&](ModelContext& context) -> int {
+        const auto item = library::named(context, name);
+        Json json = itemJSON(item);
+        json["configuration"] = rules_json::toJSON(item.configuration);
+        std::string text = "Saved Ruleset \u201C" + item.name + "\u201D (" + item.portableRulesetID.text() + ")\n";
+        if (!item.provenanceNotes.empty()) text += item.provenanceNotes + "\n";
+        session.answer(json, text + "\n" + describeRules(item.configuration, "Saved in the Ruleset Library."));
+        return exitSuccess;
+    });
+}
+
+int save(CommandSession& session, const std::string& name, const std::string& notes) {
+    const auto production = session.production();
+    if (!production) return exitRefused;
+    return libraryAction(session, [&](ModelContext& context) -> int {
+        const auto configuration = productionRules(context, *production);
+        const auto item = library::save(context, name, notes, configuration, now());
+        session.answer(itemJSON(item), std::string(library::saveExplanation) + "\nSaved \u201C" + item.name +
+                                           "\u201D from " + production->name + " to the Ruleset Library.\n");
+        return exitSuccess;
+    });
+}
+
+// Apply and update replace rules wholesale, so they say what they will do and need --yes.
+int confirmationNeeded(CommandSession& session, std::string_view title, const std::string& question) {
+    if (!session.options().json) session.streams().err << title << '\n' << question << '\n';
+    return session.refuse("confirmationRequired", "Nothing was changed; run the command again with --yes to confirm.",
+                          Json{{"title", std::string(title)}, {"question", question}});
+}
+
+int apply(CommandSession& session, const std::string& name, bool confirmed) {
+    const auto production = session.production();
+    if (!production) return exitRefused;
+    return libraryAction(session, [&](ModelContext& context) -> int {
+        const auto item = library::named(context, name);
+        const std::string question = library::applyQuestion(production->name, item.name);
+        if (!confirmed) return confirmationNeeded(session, library::applyTitle, question);
+        library::applyToProduction(context, item, production->id, currentRulesetRevision(context, *production), now());
+        session.answer(Json{{"applied", item.name}, {"production", production->id.text()}},
+                       question + "\nApplied a copy of \u201C" + item.name + "\u201D to " + production->name + ".\n" +
+                           std::string(library::appliedFromLabel) + " " + item.name + "\n");
+        return exitSuccess;
+    });
+}
+
+int update(CommandSession& session, const std::string& name, bool confirmed) {
+    const auto production = session.production();
+    if (!production) return exitRefused;
+    return libraryAction(session, [&](ModelContext& context) -> int {
+        if (library::list(context).empty()) throw RulesLibraryError(std::string(library::noneToUpdate));
+        const auto item = library::named(context, name);
+        const auto configuration = productionRules(context, *production);
+        const std::string question = library::updateQuestion(item.name);
+        if (!confirmed) return confirmationNeeded(session, library::updateTitle, question);
+        library::update(context, item, configuration, now());
+        session.answer(Json{{"updated", item.name}}, question + "\nUpdated \u201C" + item.name + "\u201D from " + production->name + ".\n");
+        return exitSuccess;
+    });
+}
+
+int rename(CommandSession& session, const std::string& name, const std::string& newName) {
+    return libraryAction(session, [&](ModelContext& context) -> int {
+        const auto item = library::named(context, name);
+        library::rename(context, item, newName, now());
+        const std::string shown = library::validName(newName);
+        session.answer(Json{{"renamed", item.id.text()}, {"name", shown}},
+                       "Renamed \u201C" + item.name + "\u201D to \u201C" + shown + "\u201D.\n");
+        return exitSuccess;
+    });
+}
+
+int remove(CommandSession& session, const std::string& name) {
+    return libraryAction(session, [&](ModelContext& context) -> int {
+        const auto item = library::named(context, name);
+        library::remove(context, item);
+        session.answer(Json{{"deleted", item.id.text()}},
+                       std::string(library::deleteExplanation) + "\nDeleted \u201C" + item.name + "\u201D.\n");
+        return exitSuccess;
+    });
+}
+
+}  // namespace
+
+void addLibraryCommands(CLI::App& app, CommandSession& session, LibraryCommandArguments& a, int& exitStatus) {
+    auto* libraryCommand = app.add_subcommand("library", "What this installation keeps apart from any production")->require_subcommand(1);
+    auto* rules = libraryCommand->add_subcommand("rules", "The Ruleset Library: Saved Rulesets and ruleset files")->require_subcommand(1);
+    rules->add_subcommand("list", "List the Saved Rulesets")->callback([&] { exitStatus = list(session); });
+    rules->add_subcommand("show", "Show a Saved Ruleset (with --json, its configuration)")
+        ->callback([&] { exitStatus = show(session, a.name); })
+        ->add_option("NAME", a.name, "The Saved Ruleset")
+        ->required();
+    auto* saveCommand = rules->add_subcommand("save", "Save the production's current ruleset as a new Saved Ruleset");
+    saveCommand->add_option("NAME", a.name, "The new Saved Ruleset's name")->required();
+    saveCommand->add_option("--notes", a.notes, "Where the rules come from");
+    saveCommand->callback([&] { exitStatus = save(session, a.name, a.notes); });
+    auto* applyCommand = rules->add_subcommand("apply", "Replace the production's current ruleset with a copy of a Saved Ruleset");
+    applyCommand->add_option("NAME", a.name, "The Saved Ruleset")->required();
+    applyCommand->add_flag("--yes", a.yes, "Confirm the replacement");
+    applyCommand->callback([&] { exitStatus = apply(session, a.name, a.yes); });
+    auto* updateCommand = rules->add_subcommand("update", "Replace a Saved Ruleset with the production's current ruleset");
+    updateCommand->add_option("NAME", a.name, "The Saved Ruleset")->required();
+    updateCommand->add_flag("--yes", a.yes, "Confirm the replacement");
+    updateCommand->callback([&] { exitStatus = update(session, a.name, a.yes); });
+    auto* renameCommand = rules->add_subcommand("rename", "Rename a Saved Ruleset");
+    renameCommand->add_option("NAME", a.name, "The Saved Ruleset")->required();
+    renameCommand->add_option("NEW", a.newName, "Its new name")->required();
+    renameCommand->callback([&] { exitStatus = rename(session, a.name, a.newName); });
+    rules->add_subcommand("delete", "Remove a Saved Ruleset from this installation")
+        ->callback([&] { exitStatus = remove(session, a.name); })
+        ->add_option("NAME", a.name, "The Saved Ruleset")
+        ->required();
+}
+
+}  // namespace tessel
