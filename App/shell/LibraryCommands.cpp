@@ -1,10 +1,14 @@
 #include "LibraryCommands.hpp"
 
+#include <fstream>
+#include <iterator>
 #include <sstream>
+#include <unistd.h>
 
 #include "App/model/CalendarText.hpp"
 #include "App/rules/ProductionRulesets.hpp"
 #include "App/rules/RulesLibrary.hpp"
+#include "App/rules/RulesetFile.hpp"
 #include "App/shell/RulesCommands.hpp"
 
 namespace tessel {
@@ -36,6 +40,8 @@ int libraryAction(CommandSession& session, Action&& action) {
         return session.refuse("refused", error.what());
     } catch (const RulesPayloadError& error) {
         return session.refuse("unreadableRuleset", error.what());
+    } catch (const TesselRulesError& error) {
+        return session.refuse(error.caseName(), error.description());
     } catch (const DomainError& error) {
         return session.refuse(error.caseName(), error.description());
     } catch (const StoreActionError& error) {
@@ -149,6 +155,50 @@ int remove(CommandSession& session, const std::string& name) {
     });
 }
 
+int exportFile(CommandSession& session, const std::string& name, const std::string& output) {
+    const fs::path file = output.empty() ? fs::current_path() / ruleset_file::defaultFileName : fs::path(output);
+    return libraryAction(session, [&](ModelContext& context) -> int {
+        const auto item = library::named(context, name);
+        std::error_code ignored;
+        if (fs::exists(file, ignored)) {
+            return session.refuse("fileExists", "The file \u201C" + file.string() + "\u201D already exists; choose another with --output.");
+        }
+        const std::string bytes = ruleset_file::write(item, now(), std::string(TESSEL_VERSION), std::string(TESSEL_BUILD));
+        // Written beside the target and linked into place whole, never over a file that appeared meanwhile.
+        const fs::path building = file.string() + ".exporting";
+        {
+            std::ofstream out(building, std::ios::binary | std::ios::trunc);
+            out << bytes;
+            out.close();
+            if (!out || ::link(building.c_str(), file.c_str()) != 0) {
+                fs::remove(building, ignored);
+                return session.refuse("writeFailed", "The file \u201C" + file.string() + "\u201D could not be written.");
+            }
+        }
+        fs::remove(building, ignored);
+        session.answer(Json{{"file", file.string()}, {"portableRulesetID", item.portableRulesetID.text()}},
+                       "Exported \u201C" + item.name + "\u201D to \u201C" + file.string() + "\u201D.\n");
+        return exitSuccess;
+    });
+}
+
+int importFile(CommandSession& session, const std::string& file) {
+    std::ifstream in(file, std::ios::binary);
+    if (!in) {
+        session.streams().err << "The file \u201C" << file << "\u201D could not be read.\n";
+        return exitUsage;
+    }
+    const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    return libraryAction(session, [&](ModelContext& context) -> int {
+        const auto contents = ruleset_file::read(bytes);
+        const auto item = library::addImported(context, contents.metadata.portableRulesetID, contents.name,
+                                               contents.metadata.provenanceNotes, contents.metadata.createdAt,
+                                               contents.configuration, now());
+        session.answer(itemJSON(item), "Imported \u201C" + item.name + "\u201D into the Ruleset Library.\n");
+        return exitSuccess;
+    });
+}
+
 }  // namespace
 
 void addLibraryCommands(CLI::App& app, CommandSession& session, LibraryCommandArguments& a, int& exitStatus) {
@@ -175,6 +225,14 @@ void addLibraryCommands(CLI::App& app, CommandSession& session, LibraryCommandAr
     renameCommand->add_option("NAME", a.name, "The Saved Ruleset")->required();
     renameCommand->add_option("NEW", a.newName, "Its new name")->required();
     renameCommand->callback([&] { exitStatus = rename(session, a.name, a.newName); });
+    auto* exportCommand = rules->add_subcommand("export", "Write a Saved Ruleset as a ruleset file");
+    exportCommand->add_option("NAME", a.name, "The Saved Ruleset")->required();
+    exportCommand->add_option("--output", a.output, "The file (default: Payroll-Ruleset.tesselrules in this folder)");
+    exportCommand->callback([&] { exitStatus = exportFile(session, a.name, a.output); });
+    rules->add_subcommand("import", "Add the ruleset of a ruleset file to the library")
+        ->callback([&] { exitStatus = importFile(session, a.file); })
+        ->add_option("FILE", a.file, "A .tesselrules file")
+        ->required();
     rules->add_subcommand("delete", "Remove a Saved Ruleset from this installation")
         ->callback([&] { exitStatus = remove(session, a.name); })
         ->add_option("NAME", a.name, "The Saved Ruleset")
