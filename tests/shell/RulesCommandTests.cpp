@@ -17,11 +17,6 @@ protected:
         CommandTest::SetUp();
         ASSERT_EQ(run({"production", "create", "Night Harbor"}).status, 0);
     }
-    std::string write(const Json& document) {
-        const auto path = (folder.path() / "rules.json").string();
-        std::ofstream(path) << document.dump(2);
-        return path;
-    }
 };
 
 TEST_F(RulesCommands, ShowSetShowRoundTrips) {

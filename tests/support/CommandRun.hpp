@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -35,6 +36,13 @@ protected:
     TemporaryFolder folder;
 
     void SetUp() override { setenv("XDG_CONFIG_HOME", (folder.path() / "config").c_str(), 1); }
+
+    // Writes a JSON document to a file in the test's folder, for commands that read one.
+    std::string write(const Json& document, const std::string& name = "rules.json") {
+        const auto path = (folder.path() / name).string();
+        std::ofstream(path) << document.dump(2);
+        return path;
+    }
 
     CommandOutcome run(std::vector<std::string> arguments) {
         arguments.insert(arguments.begin(), {"--store-root", (folder.path() / "data").string()});
