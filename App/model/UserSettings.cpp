@@ -139,7 +139,6 @@ std::string unreadableSentence(const std::filesystem::path& path) {
            "\u201D could not be read, so Tessel left it as it is and uses the default settings for now.";
 }
 
-
 }  // namespace
 
 const std::vector<UserSettingsKey>& userSettingsKeys() {
