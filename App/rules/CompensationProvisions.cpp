@@ -248,9 +248,19 @@ HolidayCompensationRulesDraft CompensationProvisions::holidayRules(ModelContext&
     return {};
 }
 
+void CompensationProvisions::validateHoliday(const HolidayCompensationRulesDraft& rules) {
+    // A zero would pay 0.00 for a holiday that is meant to be paid: refused, as idle refuses it.
+    for (const auto& [context, rule] : rules) {
+        if (rule.compensatedSeconds() <= 0 || rule.rateMultiplier().isNaN() || !(rule.rateMultiplier() > Decimal())) {
+            throw CompensationRuleInputError(std::string(messages::holidayNotPositive));
+        }
+    }
+}
+
 void CompensationProvisions::setHolidayRules(ModelContext& context, const Uuid& revisionID, const HolidayCompensationRulesDraft& rules) {
     const auto& table = satelliteTable("ProductionHolidayCompensationConfiguration");
     if (rules.empty()) return satellites::removeAll(context, table, revisionID);
+    validateHoliday(rules);
     const std::string json = decimal_json::dump(rules_json::toJSON(rules));
     satellites::write(context, table, revisionID, {{"configurationData", std::vector<unsigned char>(json.begin(), json.end())}});
 }

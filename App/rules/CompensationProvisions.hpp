@@ -95,6 +95,8 @@ public:
     static void validateIdle(const IdleCompensationRuleDraft& rule);
     static HolidayCompensationRulesDraft holidayRules(ModelContext& context, const Uuid& revisionID);
     static void setHolidayRules(ModelContext& context, const Uuid& revisionID, const HolidayCompensationRulesDraft& rules);
+    // Every holiday rule pays a duration and a multiplier above zero.
+    static void validateHoliday(const HolidayCompensationRulesDraft& rules);
 
     // The editor's text fields: both empty removes the rule; otherwise both must be positive numbers.
     static std::optional<IdleCompensationRuleDraft> idleFromText(const std::string& hoursText, const std::string& multiplierText);

@@ -343,14 +343,7 @@ PayrollRuleConfiguration ProductionRulesets::readConfiguration(ModelContext& con
 
 void ProductionRulesets::apply(ModelContext& context, const Uuid& productionID, const Uuid& revisionID,
                                const PayrollRuleConfiguration& configuration, Instant now) {
-    validate(configuration);
-    if (configuration.mealPenaltyRules.timingRules) MealPenaltyRules::validateTiming(*configuration.mealPenaltyRules.timingRules);
-    for (auto locality : {RulesLocality::local, RulesLocality::distant}) {
-        for (auto location : {MealWorkLocation::studio, MealWorkLocation::location}) {
-            MealPenaltyRules::engineSchedule(configuration.mealPenaltyRules, locality, location);
-        }
-    }
-    if (configuration.idleCompensation) CompensationProvisions::validateIdle(*configuration.idleCompensation);
+    validateWhole(configuration);
 
     const ProductionRulesetDraft& d = configuration.payrollRules;
     std::string assignments = "name = ?2, sourceNotes = ?3, effectiveFrom = ?4, defaultRulesLocalityRawValue = ?5, modifiedAt = ?6";
@@ -387,6 +380,18 @@ void ProductionRulesets::apply(ModelContext& context, const Uuid& productionID, 
                                                       : state.origin == ProductionRulesetOrigin::savedRulesetCopy ? "savedRulesetCopy"
                                                                                                                   : "legacyUnknown")},
                        {"manuallyReviewedAt", calendar_text::formatInstant(now)}});
+}
+
+void ProductionRulesets::validateWhole(const PayrollRuleConfiguration& configuration) {
+    validate(configuration);
+    if (configuration.mealPenaltyRules.timingRules) MealPenaltyRules::validateTiming(*configuration.mealPenaltyRules.timingRules);
+    for (auto locality : {RulesLocality::local, RulesLocality::distant}) {
+        for (auto location : {MealWorkLocation::studio, MealWorkLocation::location}) {
+            MealPenaltyRules::engineSchedule(configuration.mealPenaltyRules, locality, location);
+        }
+    }
+    if (configuration.idleCompensation) CompensationProvisions::validateIdle(*configuration.idleCompensation);
+    CompensationProvisions::validateHoliday(configuration.holidayCompensation);
 }
 
 ProductionRulesetSetupState ProductionRulesets::setupState(ModelContext& context, const Uuid& revisionID) {

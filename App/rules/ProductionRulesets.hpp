@@ -95,6 +95,9 @@ public:
 
     // Throws ProductionRulesetValidationError, the first failure in the documented order.
     static void validate(const PayrollRuleConfiguration& configuration);
+    // Everything applying a configuration checks: the ruleset, then the meal penalty timing and schedules,
+    // idle and holiday pay (MealPenaltyRulesError, CompensationRuleInputError).
+    static void validateWhole(const PayrollRuleConfiguration& configuration);
 
     // A new revision from the example defaults, with its payloads and "automaticDefault" metadata.
     static Uuid createDefaultRevision(ModelContext& context, const Uuid& productionID, CalendarDate effectiveFrom, Instant now);

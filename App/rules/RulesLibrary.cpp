@@ -88,19 +88,19 @@ PayrollRulesLibraryItem named(ModelContext& context, const std::string& name) {
 
 PayrollRulesLibraryItem save(ModelContext& context, const std::string& name, const std::string& notes,
                              const PayrollRuleConfiguration& configuration, Instant now) {
-    ProductionRulesets::validate(configuration);
+    ProductionRulesets::validateWhole(configuration);
     return insert(context, {Uuid::generate(), Uuid::generate(), validName(name), notes, now, now, std::nullopt, configuration});
 }
 
 PayrollRulesLibraryItem addImported(ModelContext& context, const Uuid& portableRulesetID, const std::string& name,
                                     const std::string& notes, Instant createdAt, const PayrollRuleConfiguration& configuration,
                                     Instant now) {
-    ProductionRulesets::validate(configuration);
+    ProductionRulesets::validateWhole(configuration);
     return insert(context, {Uuid::generate(), portableRulesetID, validName(name), notes, createdAt, now, now, configuration});
 }
 
 void update(ModelContext& context, const PayrollRulesLibraryItem& item, const PayrollRuleConfiguration& configuration, Instant now) {
-    ProductionRulesets::validate(configuration);
+    ProductionRulesets::validateWhole(configuration);
     auto& statement = context.prepare("UPDATE PayrollRulesLibraryItem SET configurationData = ?2, modifiedAt = ?3 WHERE id = ?1");
     columns::bind(statement, 1, item.id);
     columns::bindValue(statement, 2, encoded(configuration));

@@ -5,6 +5,8 @@
 #include "App/model/CalendarText.hpp"
 #include "App/model/DecimalJSON.hpp"
 #include "App/model/EntryText.hpp"
+#include "App/rules/CompensationProvisions.hpp"
+#include "App/rules/MealPenaltyRules.hpp"
 #include "App/rules/ProductionRulesets.hpp"
 
 namespace tessel {
@@ -161,12 +163,16 @@ Contents read(std::string_view bytes) {
         Json document = file["configuration"];
         convert(document, Direction::fromFile, "configuration");
         configuration = rules_json::configuration(document);
-        ProductionRulesets::validate(configuration);
+        ProductionRulesets::validateWhole(configuration);
     } catch (const MalformedInputError& error) {
         throw TesselRulesError::invalid(error.what());
     } catch (const DomainError& error) {
         if (dynamic_cast<const TesselRulesError*>(&error)) throw;
         throw TesselRulesError::invalid(error.description());
+    } catch (const MealPenaltyRulesError& error) {
+        throw TesselRulesError::invalid(error.what());
+    } catch (const CompensationRuleInputError& error) {
+        throw TesselRulesError::invalid(error.what());
     }
     TesselRulesFileMetadata read = readMetadata(metadata);
     std::string name(entry_text::trimmed(read.name));

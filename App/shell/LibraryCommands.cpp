@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include "App/model/CalendarText.hpp"
+#include "App/rules/CompensationProvisions.hpp"
+#include "App/rules/MealPenaltyRules.hpp"
 #include "App/rules/ProductionRulesets.hpp"
 #include "App/rules/RulesLibrary.hpp"
 #include "App/rules/RulesetFile.hpp"
@@ -40,6 +42,10 @@ int libraryAction(CommandSession& session, Action&& action) {
         return session.refuse("refused", error.what());
     } catch (const RulesPayloadError& error) {
         return session.refuse("unreadableRuleset", error.what());
+    } catch (const MealPenaltyRulesError& error) {
+        return session.refuse("invalidMealPenaltyRules", error.what());
+    } catch (const CompensationRuleInputError& error) {
+        return session.refuse("invalidCompensationRule", error.what());
     } catch (const TesselRulesError& error) {
         return session.refuse(error.caseName(), error.description());
     } catch (const DomainError& error) {

@@ -59,6 +59,12 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedRules{"blankName", [](Json& r) { r["payrollRules"]["name"] = " "; }, 1, "Ruleset name is required."},
         RefusedRules{"closedFinalBand", [](Json& r) { r["payrollRules"]["distantSchedule"]["bands"][2]["upperBoundSeconds"] = 50000; }, 1,
                      "The final pay band must be open-ended."},
+        RefusedRules{"zeroHolidayMultiplier",
+                     [](Json& r) {
+                         r["holidayCompensation"] = Json{{"dailyLocal", Json{{"formula", "fixedStraightTimeDuration"},
+                                                                             {"compensatedSeconds", 28800}, {"rateMultiplier", "0"}}}};
+                     },
+                     1, "Holiday compensated hours and multiplier must be greater than zero."},
         RefusedRules{"deletedSchedule", [](Json& r) { r["mealPenaltyRules"]["schedules"].erase(1); }, 1, "Meal Penalty Rules are incomplete."},
         RefusedRules{"zeroInterval",
                      [](Json& r) {
