@@ -18,7 +18,9 @@ PayrollReviewIssue issue(PayrollReviewIssue::Kind kind, std::string message, Pay
 }
 
 std::vector<MealPeriodEvaluationResult> evaluateMeals(const DTSCalculationInput& s, const SandboxConfiguration& rules) {
-    if (!rules.mealPenaltyTimingRules || s.workMode != CrewDailyWorkMode::timed) return {};
+    // The work mode chooses only the daily minimum's eligibility: a worked or prep day with times has
+    // its meals counted like any other; one without times has no meal to count.
+    if (!rules.mealPenaltyTimingRules || (s.workMode != CrewDailyWorkMode::timed && !s.call)) return {};
     // Without a meal, the count runs until wrap.
     const FirstMealEvaluationInput first{s.call, s.generalCrewCall, s.lunchOut ? s.lunchOut : s.wrap, s.nonDeductibleBreakfast,
                                          s.firstMealGraceWasCalled};

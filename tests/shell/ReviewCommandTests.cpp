@@ -10,7 +10,7 @@ namespace {
 
 using Outcome = testing::CommandOutcome;
 
-class ReviewCommands : public testing::CommandTest {
+class ReviewCommandsBase : public testing::CommandTest {
 protected:
     void SetUp() override {
         CommandTest::SetUp();
@@ -20,8 +20,9 @@ protected:
         ASSERT_EQ(run({"dts", "create", "2026-11-03"}).status, 0);
         ASSERT_EQ(run({"dts", "set", "2026-11-03", "--call", "7.0", "--lunch-out", "13.0", "--lunch-in", "13.5", "--wrap", "19.0"}).status, 0);
     }
-
 };
+
+class ReviewCommands : public ReviewCommandsBase {};
 
 TEST_F(ReviewCommands, AWeekReviewCoversEveryCrewMemberWithTheirCategories) {
     const auto outcome = run({"review", "week", "2026-11-05", "--json"});
@@ -161,6 +162,26 @@ TEST_F(ReviewCommands, CalcDayPricesAStandaloneDayUnderTheProductionsRules) {
     EXPECT_EQ(day["categories"][0]["compensation"]["amount"], "320.00");
     EXPECT_EQ(day["mealPeriods"][0]["occurrences"].size(), 4u);
 }
+
+}  // namespace
+}  // namespace tessel
+
+namespace tessel {
+namespace {
+
+// The work mode chooses only which days the daily minimum pays for; meal penalties follow the times
+// entered, whatever the mode.
+class MealPenaltiesInEveryWorkMode : public ReviewCommandsBase, public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(MealPenaltiesInEveryWorkMode, ALateLunchPaysItsPenalties) {
+    ASSERT_EQ(run({"dts", "set", "2026-11-03", "--lunch-out", "15.1", "--lunch-in", "15.6"}).status, 0);
+    ASSERT_EQ(run({"dts", "row", "2026-11-03", "Rowan Vale", "--mode", GetParam()}).status, 0);
+    const auto outcome = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale", "--json"});
+    ASSERT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.json()["weeklyReviews"][0]["mealPenalties"]["occurrences"].size(), 5u) << outcome.out;
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, MealPenaltiesInEveryWorkMode, ::testing::Values("timed", "worked", "prep"));
 
 }  // namespace
 }  // namespace tessel
