@@ -399,7 +399,8 @@ struct ExpectedPayrollReview::Session {
                                                              : (weekly ? HolidayRuleContext::weeklyLocal : HolidayRuleContext::dailyLocal);
         const auto rule = configuration->holidayCompensation.find(*holiday.context);
         if (rule == configuration->holidayCompensation.end()) {
-            holiday.words = std::string(review_words::holidayMissingContextPrefix) + " " + std::string(toRawValue(*holiday.context)) + ".";
+            holiday.words = std::string(review_words::holidayMissingContextPrefix) + " " +
+                            std::string(review_words::holidayContextWords(*holiday.context)) + ".";
         } else if (!hourly) {
             holiday.status = Status::missingRate;
             holiday.words = std::string(review_words::holidayMissingRate);

@@ -32,6 +32,16 @@ inline constexpr std::string_view idleMissingRate = "No applicable straight-time
 inline constexpr std::string_view holidayCalculated = "Holiday Pay calculated";
 inline constexpr std::string_view holidayNotConfigured = "Unworked Holiday Pay is not configured.";
 inline constexpr std::string_view holidayMissingContextPrefix = "This Ruleset does not define Unworked Holiday Pay for";
+// The context a holiday rule is defined for, as the missing-rule sentence names it.
+inline std::string_view holidayContextWords(HolidayRuleContext context) noexcept {
+    switch (context) {
+        case HolidayRuleContext::dailyLocal: return "local daily hires";
+        case HolidayRuleContext::weeklyLocal: return "local weekly hires";
+        case HolidayRuleContext::dailyDistant: return "distant daily hires";
+        case HolidayRuleContext::weeklyDistant: return "distant weekly hires";
+    }
+    return {};
+}
 inline constexpr std::string_view holidayMissingRate = "No applicable straight-time hourly rate for Unworked Holiday Pay.";
 inline constexpr std::string_view holidayMissingEngagement = "No engagement is assigned to this Holiday activity.";
 inline constexpr std::string_view travelNotConfigured = "Travel compensation not yet configured";

@@ -185,3 +185,23 @@ INSTANTIATE_TEST_SUITE_P(Modes, MealPenaltiesInEveryWorkMode, ::testing::Values(
 
 }  // namespace
 }  // namespace tessel
+
+namespace tessel {
+namespace {
+
+// A holiday rule missing for the person's kind of hire is named in words, not by its stored value.
+TEST_F(ReviewCommandsBase, AMissingHolidayRuleNamesTheKindOfHireInWords) {
+    Json rules = run({"rules", "show", "--json"}).json();
+    rules["holidayCompensation"] = Json{{"dailyDistant", Json{{"formula", "fixedStraightTimeDuration"}, {"compensatedSeconds", 28800},
+                                                              {"rateMultiplier", "1"}}}};
+    ASSERT_EQ(run({"rules", "set", write(rules)}).status, 0);
+    ASSERT_EQ(run({"activity", "add", "2026-11-04", "holiday", "Rowan Vale"}).status, 0);
+    const auto review = run({"review", "week", "2026-11-04", "--crew", "Rowan Vale"});
+    ASSERT_EQ(review.status, 0) << review.err;
+    EXPECT_NE(review.out.find("This Ruleset does not define Unworked Holiday Pay for local daily hires."), std::string::npos)
+        << review.out;
+    EXPECT_EQ(review.out.find("dailyLocal"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tessel
