@@ -103,6 +103,7 @@ DailyPayrollReview DailyReviewCalculator::calculate(const DailyReviewInputs& inp
                               .workdaySequence = inputs.sequence, .source = s};
     review.rulesLocality = rules.rulesLocality;
     review.dayKind = std::string(toRawValue(rules.dayKind));
+    review.scheduleDayKind = std::string(toRawValue(rules.scheduleDayKind));
     review.mealPenaltySchedule = rules.mealPenaltySchedule;
     review.mealPenaltyFixedDollarWeeklyLimit = static_cast<int>(rules.mealPenaltyFixedDollarWeeklyLimit);
     review.rateResolution = inputs.rate;

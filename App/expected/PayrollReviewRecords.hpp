@@ -170,6 +170,7 @@ struct DailyPayrollReview {
     std::optional<GoldenHourTarget> goldenHourTarget{};
     RulesLocality rulesLocality = RulesLocality::local;
     std::string dayKind = "ordinary";
+    std::string scheduleDayKind = "ordinary";  // the schedule that paid the day: the day kind's own, or the ordinary one
     std::vector<PayrollReviewIssue> issues{};
 };
 

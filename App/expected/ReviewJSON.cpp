@@ -117,6 +117,7 @@ Json toJSON(const DailyPayrollReview& r) {
                                        {"classification", toRawValue(r.workdaySequence->classification())}};
     }
     json["dayKind"] = r.dayKind;
+    json["scheduleDayKind"] = r.scheduleDayKind;
     json["rulesLocality"] = toRawValue(r.rulesLocality);
     json["source"] = sourceJSON(r.source);
     Json status{{"case", toRawValue(r.status.kind)}};

@@ -451,6 +451,7 @@ SandboxConfiguration ProductionRulesets::sandboxFor(const PayrollRuleConfigurati
 
     SandboxConfiguration sandbox{revisionID, draft.name, draft.sourceNotes, draft.effectiveFrom, chosen, day,
                                  engineSchedule(schedule)};
+    sandbox.scheduleDayKind = draft.scheduleDayKind(chosen, day);
     if (schedule.dailyMinimumEnabled && schedule.dailyMinimumSeconds > 0) {
         sandbox.configuredDailyMinimumGuarantee =
             DailyMinimumGuarantee(RuleID(schedule.dailyMinimumRuleID), WorkDuration(schedule.dailyMinimumSeconds));

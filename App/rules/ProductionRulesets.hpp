@@ -73,6 +73,7 @@ struct SandboxConfiguration {
     RulesLocality rulesLocality = RulesLocality::local;
     DayKind dayKind = DayKind::ordinary;
     PayBandSchedule schedule;
+    DayKind scheduleDayKind = DayKind::ordinary;  // whose schedule pays the day: its own, or the ordinary one
     std::optional<DailyMinimumGuarantee> configuredDailyMinimumGuarantee{};
     std::vector<MinimumBandGuarantee> bandGuarantees{};
     RoundingRule moneyRoundingRule = RoundingRule::cents();

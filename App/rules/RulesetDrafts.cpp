@@ -20,6 +20,13 @@ const OrdinaryDayScheduleDraft& ProductionRulesetDraft::schedule(RulesLocality l
     return distant ? distantSchedule : localSchedule;
 }
 
+DayKind ProductionRulesetDraft::scheduleDayKind(RulesLocality locality, DayKind day) const noexcept {
+    const bool distant = locality == RulesLocality::distant;
+    if (day == DayKind::sixthDay && (distant ? distantSixthDaySchedule : localSixthDaySchedule)) return day;
+    if (day == DayKind::seventhDay && (distant ? distantSeventhDaySchedule : localSeventhDaySchedule)) return day;
+    return DayKind::ordinary;
+}
+
 std::string_view toRawValue(DayKind kind) noexcept {
     return kind == DayKind::ordinary ? "ordinary" : kind == DayKind::sixthDay ? "sixthDay" : "seventhDay";
 }

@@ -82,6 +82,8 @@ struct ProductionRulesetDraft {
 
     // The schedule of a locality and day kind: the alternate-day one when set, else the ordinary one.
     const OrdinaryDayScheduleDraft& schedule(RulesLocality locality, DayKind day) const noexcept;
+    // The day kind whose schedule that is: the day's own when one is configured, else ordinary.
+    DayKind scheduleDayKind(RulesLocality locality, DayKind day) const noexcept;
     bool operator==(const ProductionRulesetDraft&) const = default;
 };
 

@@ -97,7 +97,14 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d, const Revie
     text << "\n";
     text << "      ";
     if (d.workdaySequence) text << "Day " << d.workdaySequence->ordinal << " of the workweek, ";
-    text << scheduleWords(d.dayKind) << " schedule, " << toRawValue(d.rulesLocality);
+    if (d.dayKind != d.scheduleDayKind) {
+        // A sixth or seventh day with no schedule of its own is paid under the ordinary one.
+        std::string day = scheduleWords(d.dayKind);
+        day.replace(day.find('-'), 1, " ");
+        text << day << ", " << scheduleWords(d.scheduleDayKind) << " schedule, " << toRawValue(d.rulesLocality);
+    } else {
+        text << scheduleWords(d.dayKind) << " schedule, " << toRawValue(d.rulesLocality);
+    }
     if (d.durations) text << "; worked " << hours(d.durations->worked) << " of " << hours(d.durations->elapsed);
     text << "\n";
     if (d.status.kind == DailyPayrollStatus::Case::incomplete) {
@@ -163,7 +170,7 @@ void writeActivity(std::ostringstream& text, const NonDTSPayrollActivityReview& 
 std::string scheduleOf(const WeeklyCrewPayrollReview& r, const PayrollReviewCategory& category) {
     for (const auto& day : r.days) {
         for (const auto& c : day.categories) {
-            if (c.ruleID == category.ruleID) return day.dayKind;
+            if (c.ruleID == category.ruleID) return day.scheduleDayKind;
         }
     }
     return "ordinary";

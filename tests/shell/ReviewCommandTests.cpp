@@ -205,3 +205,24 @@ TEST_F(ReviewCommandsBase, AMissingHolidayRuleNamesTheKindOfHireInWords) {
 
 }  // namespace
 }  // namespace tessel
+
+namespace tessel {
+namespace {
+
+// A sixth day with no schedule of its own is paid under the ordinary one, and the review says so.
+TEST_F(ReviewCommandsBase, ASixthDayWithoutItsOwnScheduleSaysItIsPaidUnderTheOrdinaryOne) {
+    for (const char* date : {"2026-11-02", "2026-11-04", "2026-11-05", "2026-11-06", "2026-11-07"}) {
+        ASSERT_EQ(run({"dts", "create", date}).status, 0);
+        ASSERT_EQ(run({"dts", "set", date, "--call", "7.0", "--lunch-out", "13.0", "--lunch-in", "13.5", "--wrap", "17.0"}).status, 0);
+    }
+    const auto review = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
+    ASSERT_EQ(review.status, 0) << review.err;
+    EXPECT_NE(review.out.find("Day 6 of the workweek, sixth day, ordinary schedule, local"), std::string::npos) << review.out;
+    EXPECT_EQ(review.out.find("sixth-day schedule"), std::string::npos) << review.out;
+    EXPECT_EQ(review.out.find("Sixth-day schedule:"), std::string::npos) << review.out;
+    EXPECT_EQ(run({"review", "week", "2026-11-03", "--crew", "Rowan Vale", "--json"}).json()["weeklyReviews"][0]["days"][5]["scheduleDayKind"],
+              "ordinary");
+}
+
+}  // namespace
+}  // namespace tessel
