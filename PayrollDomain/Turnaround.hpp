@@ -47,6 +47,7 @@ namespace turnaround_words {
 inline constexpr std::string_view earliestNextCall = "Earliest next call";
 inline constexpr std::string_view actualNextCall = "Actual next call";
 inline constexpr std::string_view weekendNotCalculated = "Weekend turnaround is not currently calculated.";
+inline constexpr std::string_view noCallNextDay = "No call on the following day, so turnaround was not evaluated.";
 }  // namespace turnaround_words
 
 struct TurnaroundEvaluationTrace {

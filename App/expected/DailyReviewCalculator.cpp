@@ -114,7 +114,10 @@ DailyPayrollReview DailyReviewCalculator::calculate(const DailyReviewInputs& inp
     review.turnaround = TurnaroundPayrollReview{inputs.nextWorkdayID, inputs.nextWorkdayDate,
                                                 TurnaroundEvaluator::evaluate(inputs.turnaroundRule, {s.wrap, inputs.nextCall})};
     if (review.turnaround->result.status.kind == TurnaroundEvaluationStatus::Case::noNextCall && !inputs.nextWorkdayID) {
-        review.turnaround->note = std::string(turnaround_words::weekendNotCalculated);
+        // Only the following calendar day's call is compared; the note says which gap that leaves out.
+        const weekday following{sys_days(s.calendarDate) + days(1)};
+        const bool weekend = following == Saturday || following == Sunday;
+        review.turnaround->note = std::string(weekend ? turnaround_words::weekendNotCalculated : turnaround_words::noCallNextDay);
     }
     if (rules.mealPenaltyProblem) {
         review.issues.push_back(issue(PayrollReviewIssue::Kind::calculationFailure, *rules.mealPenaltyProblem,

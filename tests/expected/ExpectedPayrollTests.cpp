@@ -248,12 +248,15 @@ TEST_F(ExpectedPayroll, TurnaroundLooksAtTheNextDaysCall) {
     const auto rowan = hire("Rowan Vale", "45.00");
     dts(0, "7.0", "13.0", "13.5", "23.0");
     dts(1, "8.0", "14.0", "14.5", "19.0");
+    dts(4, "8.0", "14.0", "14.5", "19.0");
     const auto week = weekOf(rowan);
     const auto& status = week.days[0].turnaround->result.status;
     EXPECT_EQ(status.kind, TurnaroundEvaluationStatus::Case::shortfall);
     EXPECT_EQ(status.shortfallDuration, WorkDuration::hours(1));
+    // Tuesday: no call on Wednesday; Friday: the weekend follows.
     EXPECT_EQ(week.days[1].turnaround->result.status.kind, TurnaroundEvaluationStatus::Case::noNextCall);
-    EXPECT_EQ(week.days[1].turnaround->note, "Weekend turnaround is not currently calculated.");
+    EXPECT_EQ(week.days[1].turnaround->note, "No call on the following day, so turnaround was not evaluated.");
+    EXPECT_EQ(week.days[2].turnaround->note, "Weekend turnaround is not currently calculated.");
     EXPECT_FALSE(week.days[0].turnaround->note.has_value());
 }
 
