@@ -578,6 +578,12 @@ struct ExpectedPayrollReview::Session {
             const auto resolved = provision(*engagementID, CompensationProvisionKind::vacationPay, day.calendarDate,
                                             provisionDayKind(day.source.workMode));
             if (!resolved) continue;
+            // A day priced without a rate leaves the basis unknown: no figure rather than one too low.
+            if (!review.missingRateDates.empty()) {
+                review.issues.push_back({PayrollReviewIssue::Kind::missingRate, std::string(review_words::vacationBasisUnknown),
+                                         PayrollReviewIssue::DestinationKind::crewMember, review.crewMemberID});
+                return std::nullopt;
+            }
             const auto result = SupplementalCompensationCalculator::percentage(CompensationPercentage(resolved->amount), straightTime,
                                                                                RoundingRule::cents());
             AdditionalCompensationReview item{CompensationProvisionKind::vacationPay, result.compensation,

@@ -31,6 +31,8 @@ inline constexpr std::string_view idleMissingRule =
 inline constexpr std::string_view idleMissingRate = "No applicable straight-time rate for Idle";
 inline constexpr std::string_view holidayCalculated = "Holiday Pay calculated";
 inline constexpr std::string_view holidayNotConfigured = "Unworked Holiday Pay is not configured.";
+inline constexpr std::string_view vacationBasisUnknown =
+    "Vacation Pay is unavailable: the week's straight-time earnings are not known without the missing hourly rate.";
 inline constexpr std::string_view holidayMissingContextPrefix = "This Ruleset does not define Unworked Holiday Pay for";
 // The context a holiday rule is defined for, as the missing-rule sentence names it.
 inline std::string_view holidayContextWords(HolidayRuleContext context) noexcept {

@@ -277,6 +277,19 @@ TEST_F(ExpectedPayroll, IdleAndVacationPayJoinTheWeek) {
     EXPECT_FALSE(week.estimatedGrossIsPartial);
 }
 
+TEST_F(ExpectedPayroll, VacationPayOnStraightTimeThatIsNotKnownIsUnavailableNotZero) {
+    changeRules([](auto& c) { c.additionalCompensation.push_back({"vacationPay", true, Decimal("4"), "USD", true, true, true, true, true, true, true}); });
+    const auto ada = hire("Ada Quill", nullptr);
+    dts(0, "7.0", "12.0", "12.5", "15.5");
+    const auto week = weekOf(ada);
+    EXPECT_TRUE(std::none_of(week.additionalCompensation.begin(), week.additionalCompensation.end(),
+                             [](const auto& item) { return item.kind == CompensationProvisionKind::vacationPay; }));
+    EXPECT_TRUE(week.estimatedGrossIsPartial);
+    EXPECT_TRUE(std::any_of(week.issues.begin(), week.issues.end(), [](const auto& issue) {
+        return issue.message == "Vacation Pay is unavailable: the week's straight-time earnings are not known without the missing hourly rate.";
+    }));
+}
+
 TEST_F(ExpectedPayroll, AnIdleDayWithoutARateLeavesTheGrossPartial) {
     changeRules([](auto& c) { c.idleCompensation = IdleCompensationRuleDraft{28800, Decimal(1)}; });
     const auto ada = hire("Ada Quill", nullptr);
