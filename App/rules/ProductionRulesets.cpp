@@ -462,12 +462,22 @@ SandboxConfiguration ProductionRulesets::sandboxFor(const PayrollRuleConfigurati
                                             RuleID(schedule.bandMinimumTargetRuleID.value_or(enabled.back().ruleID)),
                                             WorkDuration(schedule.finalBandMinimumSeconds));
     }
-    static const std::array<std::pair<const char*, PayComparisonConcept>, 3> bandWords{{{"Straight Time", PayComparisonConcept::straight},
-                                                                                        {"Time and a Half", PayComparisonConcept::overtime},
-                                                                                        {"Double Time", PayComparisonConcept::doubleTime}}};
-    for (std::size_t i = 0; i < enabled.size() && i < bandWords.size(); ++i) {
-        sandbox.labelsByRuleID[enabled[i].ruleID] = bandWords[i].first;
-        sandbox.comparisonConceptsByRuleID[enabled[i].ruleID] = bandWords[i].second;
+    // A band is named and compared by what it pays, not by its place: a sixth day whose first band pays
+    // x1.5 is time and a half, never straight time (which is also the vacation basis).
+    for (const auto& band : enabled) {
+        if (band.multiplier == Decimal(1)) {
+            sandbox.labelsByRuleID[band.ruleID] = "Straight Time";
+            sandbox.comparisonConceptsByRuleID[band.ruleID] = PayComparisonConcept::straight;
+        } else if (band.multiplier == Decimal("1.5")) {
+            sandbox.labelsByRuleID[band.ruleID] = "Time and a Half";
+            sandbox.comparisonConceptsByRuleID[band.ruleID] = PayComparisonConcept::overtime;
+        } else if (band.multiplier == Decimal(2)) {
+            sandbox.labelsByRuleID[band.ruleID] = "Double Time";
+            sandbox.comparisonConceptsByRuleID[band.ruleID] = PayComparisonConcept::doubleTime;
+        } else {
+            // Another premium has no standard payroll line to pair with; it is shown by its multiplier.
+            sandbox.labelsByRuleID[band.ruleID] = band.multiplier.toString() + "x Pay";
+        }
     }
     // Guaranteed time is paid inside the bands, so the guarantees have labels for their traces but no
     // comparison concept of their own.

@@ -206,14 +206,19 @@ TEST_F(ExpectedPayroll, TheSixthDayUsesTheSixthDaySchedule) {
         c.payrollRules.localSixthDaySchedule = ProductionRulesets::exampleSchedule(RulesLocality::local);
         for (auto& band : c.payrollRules.localSixthDaySchedule->bands) band.ruleID.replace(0, std::string("production").size(), "production.sixth-day");
         c.payrollRules.localSixthDaySchedule->bands[0].multiplier = Decimal("1.5");
+        c.additionalCompensation.push_back({"vacationPay", true, Decimal("4"), "USD", true, true, true, true, true, true, true});
     });
     const auto rowan = hire("Rowan Vale", "40.00");
     for (int d = 0; d < 6; ++d) dts(d, "7.0", "12.0", "12.5", "15.5");
     const auto week = weekOf(rowan);
     EXPECT_EQ(week.days[4].workdaySequence->classification(), CrewWorkdaySequencePosition::Classification::ordinary);
     EXPECT_EQ(week.days[5].dayKind, "sixthDay");
-    EXPECT_EQ(amounts(week.days[5]), (std::vector<std::string>{"Straight Time 480.00"}));
-    EXPECT_EQ(week.estimatedGross->amount().toString(), "2080.00");
+    // The sixth day's first band pays x1.5: time and a half, never straight time, and so not in the
+    // vacation basis (five days of 8 h at 40.00).
+    EXPECT_EQ(amounts(week.days[5]), (std::vector<std::string>{"Time and a Half 480.00"}));
+    EXPECT_EQ(week.days[5].categories.at(0).comparisonConcept, PayComparisonConcept::overtime);
+    EXPECT_EQ(week.additionalCompensation.back().compensation.amount().toString(), "64.00");
+    EXPECT_EQ(week.estimatedGross->amount().toString(), "2144.00");
 }
 
 TEST_F(ExpectedPayroll, ADistantEngagementIsPaidUnderTheDistantSchedule) {

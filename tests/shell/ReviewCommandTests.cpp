@@ -101,7 +101,7 @@ TEST_F(ReviewCommands, TheWeekShowsSixthDayHoursUnderTheirOwnSchedule) {
                               "    ST      40.0 h   x1    1800.00\n"
                               "    OT      9.5 h    x1.5  641.25\n"
                               "    Sixth-day schedule:\n"
-                              "    ST      8.0 h    x1.5  540.00\n"
+                              "    OT      8.0 h    x1.5  540.00\n"
                               "    OT      1.5 h    x1.5  101.25\n"),
               std::string::npos)
         << weekText();
