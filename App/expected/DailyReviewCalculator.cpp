@@ -51,7 +51,8 @@ std::vector<PayrollReviewCategory> categoriesOf(const GrossCompensationResult& g
                               money,
                               priced ? rate : std::nullopt,
                               {{source.workdayID, source.calendarDate, c.actualAllocatedDuration, c.guaranteedAdditionalDuration,
-                                c.paidDuration, money}}});
+                                c.paidDuration, money}},
+                              rules.rulesLocality});
     }
     return categories;
 }

@@ -81,6 +81,7 @@ struct PayrollReviewCategory {
     std::optional<Money> compensation{};
     std::optional<Money> baseHourlyRate{};
     std::vector<PayrollReviewCategoryContributor> contributors{};
+    RulesLocality rulesLocality = RulesLocality::local;  // the schedule the band belongs to
 };
 
 // How the applicable hourly rate was found. Only the engagement's own dated (over-scale) rate exists

@@ -41,6 +41,7 @@ Json categoryJSON(const PayrollReviewCategory& c) {
     if (c.comparisonConcept) json["comparisonConcept"] = toRawValue(*c.comparisonConcept);
     json["ruleID"] = c.ruleID.value();
     json["label"] = c.label;
+    json["rulesLocality"] = toRawValue(c.rulesLocality);
     json["multiplier"] = c.multiplier.value().toString();
     json["actualDurationSeconds"] = c.actualDuration.seconds();
     json["guaranteedDurationSeconds"] = c.guaranteedDuration.seconds();

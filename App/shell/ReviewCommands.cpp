@@ -56,8 +56,13 @@ std::string datedHeading(CalendarDate date) {
 
 void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCategory>& categories, const std::string& indent,
                      const ReviewTextStyle& style) {
+    // A week with local and distant days has a straight-time line of each: the locality tells them apart.
+    const bool bothLocalities = std::any_of(categories.begin(), categories.end(), [&](const auto& c) {
+        return c.rulesLocality != categories.front().rulesLocality;
+    });
     for (const auto& c : categories) {
-        std::string line = indent + padded(displayLabel(c, style.labels), 8) + padded(hours(c.paidDuration), 9) + "x" +
+        const std::string label = displayLabel(c, style.labels) + (bothLocalities ? " " + std::string(toRawValue(c.rulesLocality)) : "");
+        std::string line = indent + padded(label, bothLocalities ? 16 : 8) + padded(hours(c.paidDuration), 9) + "x" +
                            padded(c.multiplier.value().toString(), 5);
         if (style.showMoney) line += padded(amount(c.compensation), 10);
         if (c.guaranteedDuration > WorkDuration()) line += " (" + hours(c.guaranteedDuration) + " guaranteed)";

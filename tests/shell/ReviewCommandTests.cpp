@@ -226,3 +226,21 @@ TEST_F(ReviewCommandsBase, ASixthDayWithoutItsOwnScheduleSaysItIsPaidUnderTheOrd
 
 }  // namespace
 }  // namespace tessel
+
+namespace tessel {
+namespace {
+
+// A week of local and distant days pays a straight-time line under each schedule; each says which.
+TEST_F(ReviewCommandsBase, LocalAndDistantLinesOfOneWeekAreToldApart) {
+    ASSERT_EQ(run({"dts", "create", "2026-11-04"}).status, 0);
+    ASSERT_EQ(run({"dts", "set", "2026-11-04", "--call", "7.0", "--lunch-out", "13.0", "--lunch-in", "13.5", "--wrap", "15.0"}).status, 0);
+    ASSERT_EQ(run({"dts", "row", "2026-11-04", "Rowan Vale", "--locality", "distant"}).status, 0);
+    const auto review = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
+    ASSERT_EQ(review.status, 0) << review.err;
+    const std::string week = review.out.substr(review.out.find("  Week:"));
+    EXPECT_NE(week.find("    ST local        8.0 h    x1    360.00\n"), std::string::npos) << week;
+    EXPECT_NE(week.find("    ST distant      8.0 h    x1    360.00"), std::string::npos) << week;  // 0.5 h of it guaranteed
+}
+
+}  // namespace
+}  // namespace tessel
