@@ -105,7 +105,10 @@ DayKind dayKindOf(const CrewWorkdaySequencePosition& position) {
 // Adds one day's categories into the week's, by rule in order of first appearance.
 void addCategories(std::vector<PayrollReviewCategory>& week, const std::vector<PayrollReviewCategory>& day) {
     for (const auto& category : day) {
-        auto found = std::find_if(week.begin(), week.end(), [&](const auto& c) { return c.ruleID == category.ruleID; });
+        // One line per rule and rate, so that hours x rate x multiplier gives the amount on every line
+        // of a week whose rate changed.
+        auto found = std::find_if(week.begin(), week.end(),
+                                  [&](const auto& c) { return c.ruleID == category.ruleID && c.baseHourlyRate == category.baseHourlyRate; });
         if (found == week.end()) {
             week.push_back(category);
             continue;

@@ -60,9 +60,14 @@ void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCa
     const bool bothLocalities = std::any_of(categories.begin(), categories.end(), [&](const auto& c) {
         return c.rulesLocality != categories.front().rulesLocality;
     });
+    // A rate that changed within the week splits a rule's line in two: each names its rate.
+    const auto sharesItsRule = [&](const PayrollReviewCategory& c) {
+        return std::count_if(categories.begin(), categories.end(), [&](const auto& other) { return other.ruleID == c.ruleID; }) > 1;
+    };
     for (const auto& c : categories) {
-        const std::string label = displayLabel(c, style.labels) + (bothLocalities ? " " + std::string(toRawValue(c.rulesLocality)) : "");
-        std::string line = indent + padded(label, bothLocalities ? 16 : 8) + padded(hours(c.paidDuration), 9) + "x" +
+        std::string label = displayLabel(c, style.labels) + (bothLocalities ? " " + std::string(toRawValue(c.rulesLocality)) : "");
+        if (sharesItsRule(c) && c.baseHourlyRate && style.showMoney) label += " at " + c.baseHourlyRate->amount().toString();
+        std::string line = indent + padded(label, std::max<std::size_t>(bothLocalities ? 16 : 8, label.size() + 2)) + padded(hours(c.paidDuration), 9) + "x" +
                            padded(c.multiplier.value().toString(), 5);
         if (style.showMoney) line += padded(amount(c.compensation), 10);
         if (c.guaranteedDuration > WorkDuration()) line += " (" + hours(c.guaranteedDuration) + " guaranteed)";

@@ -244,3 +244,30 @@ TEST_F(ReviewCommandsBase, LocalAndDistantLinesOfOneWeekAreToldApart) {
 
 }  // namespace
 }  // namespace tessel
+
+namespace tessel {
+namespace {
+
+// A raise on Thursday splits the week's lines by rate, so that hours times rate gives each amount.
+TEST_F(ReviewCommandsBase, ARateChangedWithinTheWeekSplitsItsLinesByRate) {
+    for (const char* date : {"2026-11-05", "2026-11-06"}) {
+        ASSERT_EQ(run({"dts", "create", date}).status, 0);
+        ASSERT_EQ(run({"dts", "set", date, "--call", "7.0", "--lunch-out", "13.0", "--lunch-in", "13.5", "--wrap", "15.5"}).status, 0);
+    }
+    ASSERT_EQ(run({"crew", "rate", "Rowan Vale", "50.00", "--from", "2026-11-05"}).status, 0);
+    const auto review = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale", "--json"});
+    ASSERT_EQ(review.status, 0) << review.err;
+    std::vector<std::pair<std::string, std::string>> straight;  // rate, amount
+    const Json answer = review.json();
+    for (const auto& category : answer["weeklyReviews"][0]["categories"]) {
+        if (category["label"] == "Straight Time") {
+            straight.emplace_back(category["baseHourlyRate"]["amount"], category["compensation"]["amount"]);
+        }
+    }
+    EXPECT_EQ(straight, (std::vector<std::pair<std::string, std::string>>{{"45.00", "360.00"}, {"50.00", "800.00"}}));
+    const auto text = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"}).out;
+    EXPECT_NE(text.find("    ST at 50.00  16.0 h   x1    800.00\n"), std::string::npos) << text;
+}
+
+}  // namespace
+}  // namespace tessel
