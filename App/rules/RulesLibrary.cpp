@@ -75,13 +75,16 @@ std::vector<PayrollRulesLibraryItem> list(ModelContext& context) {
 }
 
 PayrollRulesLibraryItem named(ModelContext& context, const std::string& name) {
+    const auto id = Uuid::parse(name);
     std::vector<PayrollRulesLibraryItem> found;
     for (auto& item : list(context)) {
+        if (id && item.id == *id) return item;
         if (item.name == name) found.push_back(std::move(item));
     }
     if (found.empty()) throw RulesLibraryError("There is no Saved Ruleset named \u201C" + name + "\u201D.");
     if (found.size() > 1) {
-        throw RulesLibraryError("More than one Saved Ruleset is named \u201C" + name + "\u201D; rename one to tell them apart.");
+        throw RulesLibraryError("More than one Saved Ruleset is named \u201C" + name +
+                                "\u201D; give one of them by its identifier (library rules list --json) to rename it.");
     }
     return found.front();
 }

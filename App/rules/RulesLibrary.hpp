@@ -56,7 +56,7 @@ std::string validName(std::string_view name);
 
 // Every saved ruleset, by name.
 std::vector<PayrollRulesLibraryItem> list(ModelContext& context);
-// The one saved ruleset with the name; refuses none or several.
+// The saved ruleset with the identifier, or the one with the name; refuses none or several.
 PayrollRulesLibraryItem named(ModelContext& context, const std::string& name);
 
 // Saves a copy of the configuration as a new item with a new portable identity.

@@ -108,6 +108,8 @@ TEST_F(RulesetFiles, ExportThenImportGivesTheSameRulesDigitForDigit) {
     EXPECT_EQ(items[0]["portableRulesetID"], items[1]["portableRulesetID"]);
     EXPECT_NE(items[0]["id"], items[1]["id"]);
     EXPECT_EQ(run({"library", "rules", "rename", "Union Basic", "Union Copy"}).status, 1);  // two share the name
+    ASSERT_EQ(run({"library", "rules", "rename", items[1]["id"].get<std::string>(), "Union Copy"}).status, 0);
+    EXPECT_EQ(run({"library", "rules", "show", "Union Copy", "--json"}).json()["id"], items[1]["id"]);
 }
 
 TEST_F(RulesetFiles, AFileWrittenByHandWithItsOwnConventionsImports) {
