@@ -163,7 +163,9 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d, const Revie
         text << "      " << label(a.kind) << " " << a.compensation.amount().toString() << (a.presentationDetail ? " (" + *a.presentationDetail + ")" : "") << "\n";
     }
     if (d.boxRentalCompensation) text << "      Box / kit rental " << d.boxRentalCompensation->amount().toString() << "\n";
-    text << "      Day total: " << (d.compensation ? d.compensation->amount().toString() : std::string(review_words::noApplicablePayRate)) << "\n";
+    // The day's own total is its banded pay; allowances above and meal penalties are totalled in the week.
+    text << "      Day total (hours in the pay bands): "
+         << (d.compensation ? d.compensation->amount().toString() : std::string(review_words::noApplicablePayRate)) << "\n";
 }
 
 void writeActivity(std::ostringstream& text, const NonDTSPayrollActivityReview& a, const ReviewTextStyle& style) {

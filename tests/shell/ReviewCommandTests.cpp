@@ -44,7 +44,7 @@ TEST_F(ReviewCommands, TheTextReviewNamesTheDayAndItsTotal) {
     const auto outcome = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
     ASSERT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("Rowan Vale, week of 2026-11-02"), std::string::npos) << outcome.out;
-    EXPECT_NE(outcome.out.find("Day total: 596.25"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("Day total (hours in the pay bands): 596.25"), std::string::npos) << outcome.out;
     EXPECT_EQ(outcome.out.find("Ada Quill"), std::string::npos);
     ASSERT_EQ(run({"crew", "add", "Bo Park", "--from", "2026-11-04"}).status, 0);
     EXPECT_NE(run({"review", "week", "2026-11-03", "--crew", "Bo Park"}).out.find("  No DTS row or activity in this Payroll Week.\n"),
