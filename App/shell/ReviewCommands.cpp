@@ -64,14 +64,21 @@ void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCa
     const auto sharesItsRule = [&](const PayrollReviewCategory& c) {
         return std::count_if(categories.begin(), categories.end(), [&](const auto& other) { return other.ruleID == c.ruleID; }) > 1;
     };
+    std::vector<std::string> labels;
     for (const auto& c : categories) {
         std::string label = displayLabel(c, style.labels) + (bothLocalities ? " " + std::string(toRawValue(c.rulesLocality)) : "");
         if (sharesItsRule(c) && c.baseHourlyRate && style.showMoney) label += " at " + c.baseHourlyRate->amount().toString();
-        std::string line = indent + padded(label, std::max<std::size_t>(bothLocalities ? 16 : 8, label.size() + 2)) + padded(hours(c.paidDuration), 9) + "x" +
-                           padded(c.multiplier.value().toString(), 5);
+        labels.push_back(std::move(label));
+    }
+    // One label column for every line of the list, so that hours, multipliers and amounts line up.
+    std::size_t width = bothLocalities ? 16 : 8;
+    for (const auto& label : labels) width = std::max(width, label.size() + 2);
+    for (std::size_t i = 0; i < categories.size(); ++i) {
+        const auto& c = categories[i];
+        std::string line = indent + padded(labels[i], width) + padded(hours(c.paidDuration), 9) + "x" + padded(c.multiplier.value().toString(), 5);
         if (style.showMoney) line += padded(amount(c.compensation), 10);
-        if (c.guaranteedDuration > WorkDuration()) line += " (" + hours(c.guaranteedDuration) + " guaranteed)";
         line.erase(line.find_last_not_of(' ') + 1);  // the padding of the last column
+        if (c.guaranteedDuration > WorkDuration()) line += "  (" + hours(c.guaranteedDuration) + " guaranteed)";
         text << line << "\n";
     }
 }
