@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "App/exchange/StoredZip.hpp"
+#include "App/model/NewFile.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/StoreSchema.hpp"
 
@@ -195,11 +196,7 @@ json write(const TesselStoreEnvironment& environment, const ApplicationIdentity&
     if (facts.storeFiles.empty()) throw TesselDiagnosticPackageError::noStoreFiles();
     const json packageManifest = manifest(environment, facts, application, now);
 
-    const fs::path folder = output.has_parent_path() ? output.parent_path() : fs::path(".");
-    std::string building = (folder / ("." + output.filename().string() + "-XXXXXX")).string();
-    const int descriptor = ::mkstemp(building.data());
-    if (descriptor < 0) throw fs::filesystem_error("mkstemp", folder, std::error_code(errno, std::generic_category()));
-    ::close(descriptor);
+    const fs::path building = new_file::beside(output);
     try {
         stored_zip::Writer zip(building);
         zip.add(manifestEntry, packageManifest.dump(2) + "\n");
@@ -210,17 +207,14 @@ json write(const TesselStoreEnvironment& environment, const ApplicationIdentity&
             }
         }
         zip.finish();
-        // Never over a file that appeared meanwhile: the link fails rather than replace it.
-        if (::link(building.c_str(), output.c_str()) != 0) {
-            throw fs::filesystem_error("link", output, std::error_code(errno, std::generic_category()));
-        }
     } catch (...) {
         std::error_code ignored;
         fs::remove(building, ignored);
         throw;
     }
-    std::error_code ignored;
-    fs::remove(building, ignored);
+    if (!new_file::place(building, output)) {
+        throw fs::filesystem_error("link", output, std::make_error_code(std::errc::file_exists));
+    }
     return packageManifest;
 }
 

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "App/model/CalendarText.hpp"
+#include "App/model/NewFile.hpp"
 #include "App/model/StoreSchema.hpp"
 
 namespace tessel {
@@ -203,18 +204,6 @@ void migrate(SQLite::Database& db) {
     }
 }
 
-// Puts a finished store file at the store path unless one is already there. The link either happens
-// whole or not at all, so two Tessel processes starting at once never replace each other's store.
-// False when another process put its store there first.
-bool placeStore(const fs::path& finished, const fs::path& storeURL) {
-    const bool placed = ::link(finished.c_str(), storeURL.c_str()) == 0;
-    const int error = errno;
-    std::error_code ignored;
-    fs::remove(finished, ignored);
-    if (!placed && error != EEXIST) throw fs::filesystem_error("link", storeURL, std::error_code(error, std::generic_category()));
-    return placed;
-}
-
 // A file name beside the store that no other process uses.
 fs::path buildingPath(const fs::path& storeURL, std::string_view purpose) {
     fs::path building = storeURL;
@@ -240,7 +229,7 @@ void createStore(const fs::path& storeURL) {
         transaction.commit();
         migrate(db);
     }
-    placeStore(building, storeURL);
+    new_file::place(building, storeURL);  // another process may have put its store there first
 }
 
 // Brings a Tessel store from the former shared path into the canonical place through a consistent
@@ -253,7 +242,7 @@ void adoptLegacyStore(const fs::path& isolatedCopy, const fs::path& storeURL) {
         SQLite::Database db(building.string(), SQLite::OPEN_READWRITE);
         db.exec("PRAGMA journal_mode = WAL");
     }
-    placeStore(building, storeURL);
+    new_file::place(building, storeURL);  // another process may have put its store there first
 }
 
 // Decides from the metadata whether the store may be opened: ours, and at a version the plan reaches.

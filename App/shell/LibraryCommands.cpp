@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "App/model/CalendarText.hpp"
+#include "App/model/NewFile.hpp"
 #include "App/rules/CompensationProvisions.hpp"
 #include "App/rules/MealPenaltyRules.hpp"
 #include "App/rules/ProductionRulesets.hpp"
@@ -31,12 +32,16 @@ Json itemJSON(const PayrollRulesLibraryItem& item) {
     return json;
 }
 
-// Runs one library action in one transaction, reporting a refusal with its sentence.
+enum class Access { read, write };
+
+// Runs one library action, a change in one transaction, reporting a refusal with its sentence. A read
+// takes no write lock, so listing the library never waits for another Tessel process.
 template <typename Action>
-int libraryAction(CommandSession& session, Action&& action) {
+int libraryAction(CommandSession& session, Action&& action, Access access = Access::write) {
     TesselStore* store = session.store();
     if (!store) return exitRefused;
     try {
+        if (access == Access::read) return action(store->context());
         return store->perform([&](ModelContext& context) -> int { return action(context); });
     } catch (const RulesLibraryError& error) {
         return session.refuse("refused", error.what());
@@ -76,7 +81,7 @@ int list(CommandSession& session) {
         if (items.empty()) text << library::emptyTitle << "\n" << library::emptyMessage << "\n";
         session.answer(Json{{"savedRulesets", std::move(json)}}, text.str());
         return exitSuccess;
-    });
+    }, Access::read);
 }
 
 int show(CommandSession& session, const std::string& name) {
@@ -88,7 +93,7 @@ int show(CommandSession& session, const std::string& name) {
         if (!item.provenanceNotes.empty()) text += item.provenanceNotes + "\n";
         session.answer(json, text + "\n" + describeRules(item.configuration, "Saved in the Ruleset Library."));
         return exitSuccess;
-    });
+    }, Access::read);
 }
 
 int save(CommandSession& session, const std::string& name, const std::string& notes) {
@@ -170,22 +175,24 @@ int exportFile(CommandSession& session, const std::string& name, const std::stri
             return session.refuse("fileExists", "The file \u201C" + file.string() + "\u201D already exists; choose another with --output.");
         }
         const std::string bytes = ruleset_file::write(item, now(), std::string(TESSEL_VERSION), std::string(TESSEL_BUILD));
-        // Written beside the target and linked into place whole, never over a file that appeared meanwhile.
-        const fs::path building = file.string() + ".exporting";
-        {
+        const auto failed = [&] { return session.refuse("writeFailed", "The file \u201C" + file.string() + "\u201D could not be written."); };
+        try {
+            const fs::path building = new_file::beside(file);
             std::ofstream out(building, std::ios::binary | std::ios::trunc);
             out << bytes;
             out.close();
-            if (!out || ::link(building.c_str(), file.c_str()) != 0) {
+            if (!out) {
                 fs::remove(building, ignored);
-                return session.refuse("writeFailed", "The file \u201C" + file.string() + "\u201D could not be written.");
+                return failed();
             }
+            if (!new_file::place(building, file)) return failed();
+        } catch (const fs::filesystem_error&) {
+            return failed();
         }
-        fs::remove(building, ignored);
         session.answer(Json{{"file", file.string()}, {"portableRulesetID", item.portableRulesetID.text()}},
                        "Exported \u201C" + item.name + "\u201D to \u201C" + file.string() + "\u201D.\n");
         return exitSuccess;
-    });
+    }, Access::read);
 }
 
 int importFile(CommandSession& session, const std::string& file) {

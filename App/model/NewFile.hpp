@@ -1,0 +1,17 @@
+#pragma once
+
+#include <filesystem>
+
+// Files the program writes for the user (a store, a support package, a ruleset file) are built beside
+// their final name and put in place whole, and never over a file that is already there.
+namespace tessel::new_file {
+
+// A new, empty file in the target's folder, named after the target, for building it.
+std::filesystem::path beside(const std::filesystem::path& target);
+
+// Links the finished file to the target name unless something is there already, then removes the
+// finished file's own name. True when placed, false when the target exists; throws a filesystem error
+// for any other failure.
+bool place(const std::filesystem::path& finished, const std::filesystem::path& target);
+
+}  // namespace tessel::new_file
