@@ -141,13 +141,6 @@ void writeWhole(const fs::path& file, std::string_view bytes) {
     if (!out) throw fs::filesystem_error("write", file, std::error_code(EIO, std::generic_category()));
 }
 
-std::string readWhole(const fs::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in) throw fs::filesystem_error("open", file, std::error_code(ENOENT, std::generic_category()));
-    std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-    if (in.bad()) throw fs::filesystem_error("read", file, std::error_code(EIO, std::generic_category()));
-    return bytes;
-}
 
 }  // namespace
 
@@ -240,7 +233,6 @@ Inspection inspect(std::string_view packageBytes) {
     return inspection;
 }
 
-Inspection inspect(const fs::path& package) { return inspect(std::string_view(readWhole(package))); }
 
 }  // namespace diagnostic_package
 }  // namespace tessel

@@ -72,8 +72,6 @@ struct Inspection {
 
 // Checks the whole package, then unpacks it. Anything that is not a well-formed package of this layout
 // is refused as a malformed archive, and a refused package leaves no folder.
-Inspection inspect(const std::filesystem::path& package);
-// The same for package bytes already in memory.
 Inspection inspect(std::string_view packageBytes);
 // Checks package bytes as inspect() does, without unpacking them; returns the manifest.
 nlohmann::json check(std::string_view packageBytes);

@@ -1,6 +1,8 @@
 #include "CommandSession.hpp"
 
+#include <fstream>
 #include <iostream>
+#include <sstream>
 
 #include "App/dts/CrewDailyEntryRepair.hpp"
 #include "App/model/ProductionRepository.hpp"
@@ -138,6 +140,18 @@ int CommandSession::refuseWithTitle(std::string_view errorCase, const std::strin
     if (options_.json) return refuse(errorCase, message, Json{{"title", title}});
     streams_.err << title << '\n';
     return refuse(errorCase, message);
+}
+
+std::optional<std::string> CommandSession::readInputFile(const std::string& path) {
+    std::error_code error;
+    // A folder opens as a stream on Linux but fails on its first read; it is refused here instead.
+    if (fs::is_regular_file(path, error)) {
+        std::ifstream in(path, std::ios::binary);
+        std::ostringstream bytes;
+        if (in && bytes << in.rdbuf() && !in.bad()) return std::move(bytes).str();
+    }
+    streams_.err << "The file \u201C" << path << "\u201D could not be read.\n";
+    return std::nullopt;
 }
 
 std::optional<std::string> CommandSession::rememberProduction(const std::optional<Uuid>& productionID) {

@@ -61,6 +61,9 @@ public:
     int refuse(std::string_view errorCase, const std::string& message, const Json& payload = Json::object());
     // A refusal the window shows as an alert: the title is the first line of the text, "title" in JSON.
     int refuseWithTitle(std::string_view errorCase, const std::string& title, const std::string& message);
+    // The bytes of a file the user named (a rules document, a ruleset file, a support package); when it
+    // is not a readable file, writes "The file “…” could not be read." and returns nothing.
+    std::optional<std::string> readInputFile(const std::string& path);
     // Writes an answer: the JSON with --json, else the text.
     void answer(const Json& json, const std::string& text);
 

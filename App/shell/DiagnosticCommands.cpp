@@ -43,12 +43,10 @@ int exportPackage(CommandSession& session, const std::string& output) {
 }
 
 int inspectPackage(CommandSession& session, const std::string& file) {
-    if (!std::ifstream(file, std::ios::binary)) {
-        session.streams().err << "The file \u201C" << file << "\u201D could not be read.\n";
-        return exitUsage;
-    }
+    const auto bytes = session.readInputFile(file);
+    if (!bytes) return exitUsage;
     try {
-        const auto inspection = package::inspect(fs::path(file));
+        const auto inspection = package::inspect(std::string_view(*bytes));
         std::ostringstream text;
         text << "Unpacked the diagnostic package into \u201C" << inspection.folder.string() << "\u201D.\n"
              << decimal_json::dump(Json::parse(inspection.manifest.dump()), 2) << '\n';

@@ -196,12 +196,9 @@ int exportFile(CommandSession& session, const std::string& name, const std::stri
 }
 
 int importFile(CommandSession& session, const std::string& file) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in) {
-        session.streams().err << "The file \u201C" << file << "\u201D could not be read.\n";
-        return exitUsage;
-    }
-    const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const auto read = session.readInputFile(file);
+    if (!read) return exitUsage;
+    const std::string& bytes = *read;
     return libraryAction(session, [&](ModelContext& context) -> int {
         const auto contents = ruleset_file::read(bytes);
         const auto item = library::addImported(context, contents.metadata.portableRulesetID, contents.name,

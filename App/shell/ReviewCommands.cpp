@@ -412,12 +412,9 @@ int calcDay(CommandSession& session, const ReviewCommandArguments& a) {
         Uuid revisionID = Uuid::generate();
         std::optional<PayrollRuleConfiguration> configuration;
         if (!a.rulesFile.empty()) {
-            std::ifstream in(a.rulesFile, std::ios::binary);
-            if (!in) {
-                session.streams().err << "The file \u201C" << a.rulesFile << "\u201D could not be read.\n";
-                return exitUsage;
-            }
-            configuration = rules_json::configuration(decimal_json::parse<Json>(std::string{std::istreambuf_iterator<char>(in), {}}));
+            const auto text = session.readInputFile(a.rulesFile);
+            if (!text) return exitUsage;
+            configuration = rules_json::configuration(decimal_json::parse<Json>(*text));
             ProductionRulesets::validate(*configuration);
         } else {
             configuration = productionRules(session, date, revisionID);

@@ -219,12 +219,9 @@ int show(CommandSession& session) {
 }
 
 int set(CommandSession& session, const std::string& file) {
-    std::ifstream in(file, std::ios::binary);
-    if (!in) {
-        session.streams().err << "The file \u201C" << file << "\u201D could not be read.\n";
-        return exitUsage;
-    }
-    const std::string text{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    const auto read = session.readInputFile(file);
+    if (!read) return exitUsage;
+    const std::string& text = *read;
     const auto production = session.production();
     if (!production) return exitRefused;
     try {

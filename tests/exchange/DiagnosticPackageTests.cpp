@@ -84,7 +84,7 @@ TEST_F(DiagnosticPackage, StandardToolsListAndExtractItsEntriesUnchanged) {
     ASSERT_EQ(status, 0) << output;
     EXPECT_EQ(readFile(extracted), readFile(environment.storeURL));
 
-    const auto inspection = package::inspect(file);
+    const auto inspection = package::inspect(readFile(file));
     EXPECT_TRUE(inspection.folder.filename().string().starts_with("Tessel-Diagnostic-Inspection-"));
     EXPECT_EQ(readFile(inspection.folder / "canonical-store" / "Tessel.store"), readFile(environment.storeURL));
     EXPECT_EQ(inspection.manifest["backupDirectoryName"], listStoreBackups(environment).back().directoryURL.filename().string());
@@ -95,7 +95,7 @@ TEST_F(DiagnosticPackage, StandardToolsListAndExtractItsEntriesUnchanged) {
 
 TEST_F(DiagnosticPackage, AStoreWithoutBackupsHasNoBackupEntriesAndNoBackupName) {
     openTesselStore(environment);  // created, never backed up
-    const auto manifest = package::inspect(writePackage()).manifest;
+    const auto manifest = package::inspect(readFile(writePackage())).manifest;
     EXPECT_FALSE(manifest.contains("backupDirectoryName"));
     EXPECT_EQ(manifest["backupFiles"], nlohmann::json::array());
 }
@@ -103,7 +103,7 @@ TEST_F(DiagnosticPackage, AStoreWithoutBackupsHasNoBackupEntriesAndNoBackupName)
 // The package's main use: the store cannot be opened, and support needs it as it is.
 TEST_F(DiagnosticPackage, PackagesAStoreThatCannotBeOpenedAndSaysWhy) {
     writeFile(environment.storeURL, "damaged beyond reading");
-    const auto inspection = package::inspect(writePackage());
+    const auto inspection = package::inspect(readFile(writePackage()));
     EXPECT_EQ(inspection.manifest["storeOpenError"], "Tessel could not open or migrate the data store. No automatic reset was attempted.");
     EXPECT_TRUE(inspection.manifest["storedMetadataSummary"].get<std::string>().starts_with("Store metadata could not be read:"));
     EXPECT_EQ(readFile(inspection.folder / "canonical-store" / "Tessel.store"), "damaged beyond reading");

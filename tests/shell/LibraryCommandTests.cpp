@@ -191,3 +191,28 @@ INSTANTIATE_TEST_SUITE_P(
 
 }  // namespace
 }  // namespace tessel
+
+namespace tessel {
+namespace {
+
+// A folder given where a file belongs opens as a stream but cannot be read: one sentence, exit 2.
+class FolderGivenAsFile : public RulesLibraryCommands, public ::testing::WithParamInterface<std::vector<std::string>> {};
+
+TEST_P(FolderGivenAsFile, IsRefusedInOneSentence) {
+    std::vector<std::string> arguments = GetParam();
+    for (auto& argument : arguments) {
+        if (argument == "FOLDER") argument = folder.path().string();
+    }
+    const auto refused = run(arguments);
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.err, "The file \u201C" + folder.path().string() + "\u201D could not be read.\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Commands, FolderGivenAsFile,
+                         ::testing::Values(std::vector<std::string>{"rules", "set", "FOLDER"},
+                                           std::vector<std::string>{"library", "rules", "import", "FOLDER"},
+                                           std::vector<std::string>{"store", "inspect-diagnostic", "FOLDER"},
+                                           std::vector<std::string>{"calc", "day", "--call", "7.0", "--wrap", "19.0", "--rules", "FOLDER"}));
+
+}  // namespace
+}  // namespace tessel
