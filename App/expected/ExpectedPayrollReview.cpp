@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "App/dts/DailyTimeSheets.hpp"
+#include "App/expected/PaidCategories.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/SatelliteRepository.hpp"
@@ -472,12 +473,9 @@ struct ExpectedPayrollReview::Session {
         return review;
     }
 
-    // The week's totals: categories, allowances, meal penalties, vacation pay and the estimated gross.
+    // The week's totals: categories, allowances, meal penalties, vacation pay and the estimated gross,
+    // which is the sum of the categories so that every amount in it has a line.
     void total(WeeklyCrewPayrollReview& review) {
-        const CurrencyCode currency(production.currencyCode);
-        // Starting at cents keeps a week with nothing priced reading "0.00" rather than "0".
-        Money gross(Decimal("0.00"), currency);
-        Money straightTime = Money::zero(currency);
         std::vector<DatedMealPenaltyPeriod> mealPeriods;
         try {
             for (const auto& day : review.days) {
@@ -486,17 +484,11 @@ struct ExpectedPayrollReview::Session {
                 if (day.status.kind == DailyPayrollStatus::Case::calculated && !day.applicableRate) {
                     review.missingRateDates.push_back(day.calendarDate);
                 }
-                if (day.compensation) gross = gross + *day.compensation;
-                if (day.straightTimeCompensation) straightTime = straightTime + *day.straightTimeCompensation;
                 if (day.boxRentalCompensation) {
                     review.boxRentalCompensation = review.boxRentalCompensation ? *review.boxRentalCompensation + *day.boxRentalCompensation
                                                                                 : *day.boxRentalCompensation;
-                    gross = gross + *day.boxRentalCompensation;
                 }
-                for (const auto& item : day.additionalCompensation) {
-                    addAdditional(review.additionalCompensation, item);
-                    gross = gross + item.compensation;
-                }
+                for (const auto& item : day.additionalCompensation) addAdditional(review.additionalCompensation, item);
                 if (day.mealPenaltySchedule) {
                     for (const auto& meal : day.mealPeriods) {
                         mealPeriods.push_back({day.id.text(), day.calendarDate, *day.mealPenaltySchedule, day.mealPenaltyFixedDollarWeeklyLimit, meal});
@@ -505,26 +497,28 @@ struct ExpectedPayrollReview::Session {
             }
             for (const auto& activity : review.nonDTSActivities) {
                 if (const auto issue = activityIssue(activity, review.crewMemberID)) review.issues.push_back(*issue);
-                if (activity.idleCompensation) {
-                    review.idleCompensation.push_back(*activity.idleCompensation);
-                    if (activity.idleCompensation->result) gross = gross + activity.idleCompensation->result->compensation;
-                }
-                if (activity.holidayCompensation && activity.holidayCompensation->result) gross = gross + activity.holidayCompensation->result->compensation;
-                for (const auto& item : activity.additionalCompensation) {
-                    addAdditional(review.additionalCompensation, item);
-                    gross = gross + item.compensation;
-                }
+                if (activity.idleCompensation) review.idleCompensation.push_back(*activity.idleCompensation);
+                for (const auto& item : activity.additionalCompensation) addAdditional(review.additionalCompensation, item);
             }
             review.mealPenalties = WeeklyMealPenaltyCompensator::compensate(mealPeriods);
-            if (review.mealPenalties.fixedDollarSubtotal) gross = gross + *review.mealPenalties.fixedDollarSubtotal;
-            if (const auto vacation = vacationPay(review, straightTime)) gross = gross + vacation->compensation;
-            review.estimatedGross = gross;
+            vacationPay(review, straightTimeEarnings(review));
+            paid_categories::addOtherCategories(review);
+            // Starting at cents keeps a week with nothing priced reading "0.00" rather than "0".
+            review.estimatedGross = paid_categories::sum(review.categories, Money(Decimal("0.00"), CurrencyCode(production.currencyCode)));
             review.estimatedGrossIsPartial = !review.missingRateDates.empty() || leavesPayUncounted(review);
         } catch (const DomainError& error) {
             weekFailure(review, error.description());
         } catch (const PayrollReviewError& error) {
             weekFailure(review, error.what());
         }
+    }
+
+    Money straightTimeEarnings(const WeeklyCrewPayrollReview& review) const {
+        Money straightTime = Money::zero(CurrencyCode(production.currencyCode));
+        for (const auto& day : review.days) {
+            if (day.straightTimeCompensation) straightTime = straightTime + *day.straightTimeCompensation;
+        }
+        return straightTime;
     }
 
     // An idle or holiday day whose pay cannot be calculated for want of the person's rate or engagement is
@@ -541,15 +535,18 @@ struct ExpectedPayrollReview::Session {
                                   activity.words, PayrollReviewIssue::DestinationKind::crewMember, crewMemberID};
     }
 
-    // A day that could not be calculated, or an idle or holiday activity whose pay could not be, adds
-    // nothing to the gross although it is owed: the gross is then only part of the week.
+    // A day that could not be calculated, an idle or holiday activity whose pay could not be, or a meal
+    // penalty that could not be priced adds nothing to the gross although it is owed: the gross is then
+    // only part of the week.
     static bool leavesPayUncounted(const WeeklyCrewPayrollReview& review) {
         const bool dayUncounted = std::any_of(review.days.begin(), review.days.end(),
                                               [](const DailyPayrollReview& d) { return d.status.kind != DailyPayrollStatus::Case::calculated; });
         const bool activityUncounted = std::any_of(review.nonDTSActivities.begin(), review.nonDTSActivities.end(), [](const auto& a) {
             return (a.idleCompensation && !a.idleCompensation->result) || (a.holidayCompensation && !a.holidayCompensation->result);
         });
-        return dayUncounted || activityUncounted;
+        // Penalties past the weekly fixed-dollar limit are owed at a rate the contract must confirm.
+        const bool penaltiesUnpriced = review.mealPenalties.unresolvedPrevailingRateCount > 0;
+        return dayUncounted || activityUncounted || penaltiesUnpriced;
     }
 
     void weekFailure(WeeklyCrewPayrollReview& review, const std::string& message) {
@@ -559,12 +556,12 @@ struct ExpectedPayrollReview::Session {
     }
 
     // Vacation pay on the week's straight-time earnings, at the percentage in force for the week.
-    std::optional<AdditionalCompensationReview> vacationPay(WeeklyCrewPayrollReview& review, const Money& straightTime) {
+    void vacationPay(WeeklyCrewPayrollReview& review, const Money& straightTime) {
         std::optional<Uuid> engagementID;
         for (const auto& day : review.days) {
             if (day.source.engagementID) engagementID = day.source.engagementID;
         }
-        if (!engagementID) return std::nullopt;
+        if (!engagementID) return;
         const auto percentageOn = [&](CalendarDate date) -> std::optional<Decimal> {
             // Vacation pay is a weekly percentage: any day kind that carries it gives the percentage of that date.
             for (const auto dayKind : {ProvisionDayKind::timedWorkDay, ProvisionDayKind::worked, ProvisionDayKind::prep,
@@ -585,17 +582,16 @@ struct ExpectedPayrollReview::Session {
             if (!review.missingRateDates.empty()) {
                 review.issues.push_back({PayrollReviewIssue::Kind::missingRate, std::string(review_words::vacationBasisUnknown),
                                          PayrollReviewIssue::DestinationKind::crewMember, review.crewMemberID});
-                return std::nullopt;
+                return;
             }
             const auto result = SupplementalCompensationCalculator::percentage(CompensationPercentage(resolved->amount), straightTime,
                                                                                RoundingRule::cents());
             AdditionalCompensationReview item{CompensationProvisionKind::vacationPay, result.compensation,
                                               resolved->amountOrigin == CompensationProvisionOverrideMode::personalAmount, result.trace,
                                               resolved->amount.toString() + "% of straight-time earnings"};
-            review.additionalCompensation.push_back(item);
-            return item;
+            review.additionalCompensation.push_back(std::move(item));
+            return;
         }
-        return std::nullopt;
     }
 };
 
