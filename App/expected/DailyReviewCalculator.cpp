@@ -106,6 +106,7 @@ DailyPayrollReview DailyReviewCalculator::calculate(const DailyReviewInputs& inp
     review.dayKind = std::string(toRawValue(rules.dayKind));
     review.scheduleDayKind = std::string(toRawValue(rules.scheduleDayKind));
     review.mealPenaltySchedule = rules.mealPenaltySchedule;
+    review.mealPenaltyScheduleName = rules.mealPenaltyScheduleName;
     review.mealPenaltyFixedDollarWeeklyLimit = static_cast<int>(rules.mealPenaltyFixedDollarWeeklyLimit);
     review.rateResolution = inputs.rate;
     if (inputs.rate) review.applicableRate = Money(inputs.rate->hourlyAmount, CurrencyCode(inputs.rate->currencyCode));

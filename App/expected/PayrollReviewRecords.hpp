@@ -155,6 +155,7 @@ struct DailyPayrollReview {
     DTSCalculationInput source;
     std::vector<MealPeriodEvaluationResult> mealPeriods{};
     std::optional<FixedDollarMealPenaltySchedule> mealPenaltySchedule{};
+    std::string mealPenaltyScheduleName{};
     int mealPenaltyFixedDollarWeeklyLimit = 20;
     std::optional<DerivedWorkdayDurations> durations{};
     std::vector<PayrollReviewCategory> categories{};

@@ -488,6 +488,9 @@ SandboxConfiguration ProductionRulesets::sandboxFor(const PayrollRuleConfigurati
     sandbox.mealPenaltyFixedDollarWeeklyLimit = meal.fixedDollarWeeklyLimit;
     try {
         sandbox.mealPenaltySchedule = MealPenaltyRules::engineSchedule(meal, chosen, workLocation);
+        for (const auto& schedule : meal.schedules) {
+            if (schedule.ruleID == sandbox.mealPenaltySchedule->ruleID().value()) sandbox.mealPenaltyScheduleName = schedule.name;
+        }
     } catch (const MealPenaltyRulesError& error) {
         sandbox.mealPenaltyProblem = error.what();
     }

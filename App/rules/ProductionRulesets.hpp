@@ -80,6 +80,7 @@ struct SandboxConfiguration {
     std::map<std::string, std::string> labelsByRuleID{};
     std::map<std::string, PayComparisonConcept> comparisonConceptsByRuleID{};
     std::optional<FixedDollarMealPenaltySchedule> mealPenaltySchedule{};
+    std::string mealPenaltyScheduleName{};  // as the rules name it: "Schedule A"
     std::optional<std::string> mealPenaltyProblem{};  // why there is no schedule ("Meal Penalty Rules are incomplete.")
     std::int64_t mealPenaltyFixedDollarWeeklyLimit = 20;
     std::optional<MealPenaltyTimingRules> mealPenaltyTimingRules{};

@@ -14,6 +14,7 @@
 #include "App/expected/ExpectedPayrollReview.hpp"
 #include "App/expected/GoldenHourAdvisory.hpp"
 #include "App/expected/ReviewJSON.hpp"
+#include "App/expected/ReviewText.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
@@ -27,19 +28,10 @@ using payroll_decimal_time::formatDuration;
 using payroll_decimal_time::formatTimeOfDay;
 namespace weeks = payroll_week_repository;
 
-constexpr std::array<const char*, 7> weekdayNames{"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-
 // How the review text is written: the user's category labels, and whether money is shown at all.
-struct ReviewTextStyle {
-    PayrollCategoryLabelPreferences labels;
-    bool showMoney = true;
-    static ReviewTextStyle of(const UserSettingsStore& settings) {
-        return {settings.categoryLabels(), settings.showMonetaryDetails()};
-    }
-};
-
-std::string hours(WorkDuration duration) { return formatDuration(duration.seconds()) + " h"; }
-std::string amount(const std::optional<Money>& money) { return money ? money->amount().toString() : "-"; }
+review_text::Style textStyle(const UserSettingsStore& settings, bool explain) {
+    return {settings.categoryLabels(), settings.showMonetaryDetails(), explain};
+}
 
 std::string padded(std::string text, std::size_t width) {
     // Pad by characters, not bytes, so that names with accents line up.
@@ -47,207 +39,6 @@ std::string padded(std::string text, std::size_t width) {
     for (unsigned char c : text) length += (c & 0xC0) != 0x80;
     if (length < width) text.append(width - length, ' ');
     return text;
-}
-
-// "Fri 2026-11-06"
-std::string datedHeading(CalendarDate date) {
-    return std::string(weekdayNames[static_cast<std::size_t>(ProductionWeekCalendars::weekdayOf(date) - 1)]) + " " + calendar_text::formatDate(date);
-}
-
-void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCategory>& categories, const std::string& indent,
-                     const ReviewTextStyle& style) {
-    // A week with local and distant days has a straight-time line of each: the locality tells them apart.
-    const bool bothLocalities = std::any_of(categories.begin(), categories.end(), [&](const auto& c) {
-        return c.rulesLocality != categories.front().rulesLocality;
-    });
-    // A rate that changed within the week splits a rule's line in two: each names its rate.
-    const auto sharesItsRule = [&](const PayrollReviewCategory& c) {
-        return std::count_if(categories.begin(), categories.end(), [&](const auto& other) { return other.ruleID == c.ruleID; }) > 1;
-    };
-    std::vector<std::string> labels;
-    for (const auto& c : categories) {
-        std::string label = displayLabel(c, style.labels) + (bothLocalities ? " " + std::string(toRawValue(c.rulesLocality)) : "");
-        if (sharesItsRule(c) && c.baseHourlyRate && style.showMoney) label += " at " + c.baseHourlyRate->amount().toString();
-        labels.push_back(std::move(label));
-    }
-    // One label column for every line of the list, so that hours, multipliers and amounts line up.
-    std::size_t width = bothLocalities ? 16 : 8;
-    for (const auto& label : labels) width = std::max(width, label.size() + 2);
-    for (std::size_t i = 0; i < categories.size(); ++i) {
-        const auto& c = categories[i];
-        std::string line = indent + padded(labels[i], width) + padded(hours(c.paidDuration), 9) + "x" + padded(c.multiplier.value().toString(), 5);
-        if (style.showMoney) line += padded(amount(c.compensation), 10);
-        line.erase(line.find_last_not_of(' ') + 1);  // the padding of the last column
-        if (c.guaranteedDuration > WorkDuration()) line += "  (" + hours(c.guaranteedDuration) + " guaranteed)";
-        text << line << "\n";
-    }
-}
-
-// One line per distinct issue, in the order first met; the same issue on several days is counted, not repeated.
-void writeIssues(std::ostringstream& text, const std::vector<PayrollReviewIssue>& issues) {
-    std::vector<std::pair<std::string, int>> counted;
-    for (const auto& issue : issues) {
-        const auto same = std::find_if(counted.begin(), counted.end(), [&](const auto& c) { return c.first == issue.message; });
-        if (same == counted.end()) counted.emplace_back(issue.message, 1);
-        else ++same->second;
-    }
-    for (const auto& [message, count] : counted) {
-        text << "    Issue: " << message << (count > 1 ? " (" + std::to_string(count) + " times)" : "") << "\n";
-    }
-}
-
-// "sixthDay" reads as "sixth-day".
-std::string scheduleWords(const std::string& dayKind) {
-    if (dayKind == "sixthDay") return "sixth-day";
-    if (dayKind == "seventhDay") return "seventh-day";
-    return dayKind;
-}
-
-void writeDay(std::ostringstream& text, const DailyPayrollReview& d, const ReviewTextStyle& style) {
-    const auto& s = d.source;
-    text << "  " << datedHeading(d.calendarDate);
-    if (s.workMode != CrewDailyWorkMode::timed) text << "  " << toRawValue(s.workMode) << " day";
-    if (s.call) text << "  Call " << formatTimeOfDay(s.call, d.calendarDate);
-    if (s.lunchOut || s.lunchIn) text << "  Lunch " << formatTimeOfDay(s.lunchOut, d.calendarDate) << "-" << formatTimeOfDay(s.lunchIn, d.calendarDate);
-    if (s.wrap) text << "  Wrap " << formatTimeOfDay(s.wrap, d.calendarDate);
-    if (s.nonDeductibleBreakfast) text << "  NDB";
-    text << "\n";
-    text << "      ";
-    if (d.workdaySequence) text << "Day " << d.workdaySequence->ordinal << " of the workweek, ";
-    if (d.dayKind != d.scheduleDayKind) {
-        // A sixth or seventh day with no schedule of its own is paid under the ordinary one.
-        std::string day = scheduleWords(d.dayKind);
-        day.replace(day.find('-'), 1, " ");
-        text << day << ", " << scheduleWords(d.scheduleDayKind) << " schedule, " << toRawValue(d.rulesLocality);
-    } else {
-        text << scheduleWords(d.dayKind) << " schedule, " << toRawValue(d.rulesLocality);
-    }
-    if (d.durations) text << "; worked " << hours(d.durations->worked) << " of " << hours(d.durations->elapsed);
-    text << "\n";
-    if (d.status.kind == DailyPayrollStatus::Case::incomplete) {
-        text << "      Not calculated: " << description(*d.status.reason) << "\n";
-        return;
-    }
-    if (d.status.kind == DailyPayrollStatus::Case::calculationFailed) {
-        text << "      Calculation failed: " << d.status.failure << "\n";
-        return;
-    }
-    writeCategories(text, d.categories, "      ", style);
-    if (d.dailyMinimumTrace && d.dailyMinimumTrace->guaranteedAdditionalDuration > WorkDuration()) {
-        text << "      Daily minimum (" << description(*d.dailyMinimumSource) << "): " << description(d.dailyMinimumTrace->reason) << "\n";
-    }
-    for (const auto& g : d.guaranteeTraces) {
-        if (g.reason == MinimumBandGuaranteeTraceEntry::Reason::appliedMinimumNotMet) text << "      Golden Hour: " << description(g.reason) << "\n";
-    }
-    int penalties = 0;
-    for (const auto& meal : d.mealPeriods) penalties += static_cast<int>(meal.occurrences.size());
-    if (!d.mealPeriods.empty()) {
-        const auto& first = d.mealPeriods.front().trace;
-        text << "      Meal penalties: " << penalties;
-        if (first.firstMealGraceDisposition) {
-            text << "; " << description(*first.firstMealGraceDisposition, first.firstMealClockResolution.value_or(FirstMealClockResolution::employeeCall));
-        }
-        text << "\n";
-    }
-    if (d.turnaround) {
-        const auto& status = d.turnaround->result.status;
-        text << "      Turnaround: ";
-        if (const auto words = description(status.kind)) {
-            text << *words;
-        } else if (status.kind == TurnaroundEvaluationStatus::Case::satisfied) {
-            text << hours(*status.actualRest) << " rest";
-        } else {
-            text << "short by " << hours(*status.shortfallDuration) << " (" << hours(*status.actualRest) << " rest)";
-        }
-        if (d.turnaround->note) text << ". " << *d.turnaround->note;
-        text << "\n";
-    }
-    text << "      " << (d.goldenHourTarget ? std::string(review_words::goldenHourWrap) + " " + formatTimeOfDay(d.goldenHourTarget->targetTime, d.calendarDate)
-                                            : std::string(review_words::goldenHourUnavailable))
-         << "\n";
-    if (!style.showMoney) return;
-    for (const auto& a : d.additionalCompensation) {
-        text << "      " << label(a.kind) << " " << a.compensation.amount().toString() << (a.presentationDetail ? " (" + *a.presentationDetail + ")" : "") << "\n";
-    }
-    if (d.boxRentalCompensation) text << "      Box / kit rental " << d.boxRentalCompensation->amount().toString() << "\n";
-    // The day's own total is its banded pay; allowances above and meal penalties are totalled in the week.
-    text << "      Day total (hours in the pay bands): "
-         << (d.compensation ? d.compensation->amount().toString() : std::string(review_words::noApplicablePayRate)) << "\n";
-}
-
-void writeActivity(std::ostringstream& text, const NonDTSPayrollActivityReview& a, const ReviewTextStyle& style) {
-    text << "  " << datedHeading(a.calendarDate) << "  " << activityKindLabel(a.kindRawValue);
-    if (a.travelDurationSeconds) text << " " << formatDuration(*a.travelDurationSeconds) << " h";
-    text << ": " << a.words;
-    if (style.showMoney && a.idleCompensation && a.idleCompensation->result) text << " " << a.idleCompensation->result->compensation.amount().toString();
-    if (style.showMoney && a.holidayCompensation && a.holidayCompensation->result) text << " " << a.holidayCompensation->result->compensation.amount().toString();
-    text << "\n";
-}
-
-// The schedule a weekly category was paid under: that of the first day paying its rule. A sixth day paid
-// under the ordinary schedule shares its rules, so its hours stay with the ordinary ones.
-std::string scheduleOf(const WeeklyCrewPayrollReview& r, const PayrollReviewCategory& category) {
-    for (const auto& day : r.days) {
-        for (const auto& c : day.categories) {
-            if (c.ruleID == category.ruleID) return day.scheduleDayKind;
-        }
-    }
-    return "ordinary";
-}
-
-// The week's categories by classification (positions are not yet known, so all are unassigned), then by
-// the schedule they were paid under.
-void writeWeekCategories(std::ostringstream& text, const WeeklyCrewPayrollReview& r, const ReviewTextStyle& style) {
-    if (r.categories.empty()) return;
-    text << "    " << review_words::unassignedClassification << "\n";
-    for (const std::string group : {"ordinary", "sixthDay", "seventhDay"}) {
-        std::vector<PayrollReviewCategory> paid;
-        std::copy_if(r.categories.begin(), r.categories.end(), std::back_inserter(paid), [&](const auto& c) { return scheduleOf(r, c) == group; });
-        if (paid.empty()) continue;
-        if (group != "ordinary") {
-            std::string heading = scheduleWords(group);
-            heading.front() = static_cast<char>(std::toupper(static_cast<unsigned char>(heading.front())));
-            text << "    " << heading << " schedule:\n";
-        }
-        writeCategories(text, paid, "    ", style);
-    }
-}
-
-std::string weeklyText(const WeeklyCrewPayrollReview& r, const ReviewTextStyle& style) {
-    std::ostringstream text;
-    text << r.crewName << ", week of " << calendar_text::formatDate(r.weekStartDate) << " (" << r.configurationName << ")\n";
-    // Days and activities in date order (each list is already by date).
-    auto day = r.days.begin();
-    auto activity = r.nonDTSActivities.begin();
-    while (day != r.days.end() || activity != r.nonDTSActivities.end()) {
-        if (activity == r.nonDTSActivities.end() || (day != r.days.end() && day->calendarDate <= activity->calendarDate)) {
-            writeDay(text, *day++, style);
-        } else {
-            writeActivity(text, *activity++, style);
-        }
-    }
-    if (r.days.empty() && r.nonDTSActivities.empty()) text << "  No DTS row or activity in this Payroll Week.\n";
-    text << "  Week:\n";
-    writeWeekCategories(text, r, style);
-    if (!r.mealPenalties.occurrences.empty()) {
-        text << "    Meal penalties: " << r.mealPenalties.occurrences.size();
-        if (style.showMoney) text << ", " << meal_penalty_words::fixedDollarSubtotal << " " << amount(r.mealPenalties.fixedDollarSubtotal);
-        if (r.mealPenalties.unresolvedPrevailingRateCount > 0) {
-            text << "; " << meal_penalty_words::contractVerificationRequired << " (" << r.mealPenalties.unresolvedPrevailingRateCount << ")\n"
-                 << "      " << meal_penalty_words::prevailingRateExplanation;
-        }
-        text << "\n";
-    }
-    if (style.showMoney) {
-        for (const auto& a : r.additionalCompensation) text << "    " << label(a.kind) << " " << a.compensation.amount().toString() << "\n";
-        if (r.boxRentalCompensation) text << "    Box / kit rental " << r.boxRentalCompensation->amount().toString() << "\n";
-    }
-    writeIssues(text, r.issues);
-    if (!style.showMoney) return text.str();
-    text << "    " << (r.estimatedGrossIsPartial ? review_words::estimatedGrossPartial : review_words::estimatedGross) << ": "
-         << amount(r.estimatedGross) << (r.estimatedGross ? " " + r.estimatedGross->currency().code() : "") << "\n";
-    if (!r.missingRateDates.empty()) text << "    " << review_words::partialExplanation << "\n";
-    return text.str();
 }
 
 // The Payroll Week holding a date, looked up by the production's start weekday and, failing that, among
@@ -291,10 +82,10 @@ int reviewWeek(CommandSession& session, const ReviewCommandArguments& a) {
         }
         Json list = Json::array();
         std::string text;
-        const auto style = ReviewTextStyle::of(session.settings());
+        const auto style = textStyle(session.settings(), a.explain);
         for (const auto& r : reviews) {
             list.push_back(review_json::toJSON(r));
-            text += weeklyText(r, style) + "\n";
+            text += review_text::weekly(r, style) + "\n";
         }
         if (reviews.empty()) text = "Nobody worked or had an activity in this Payroll Week.\n";
         session.answer(Json{{"weeklyReviews", std::move(list)}}, text);
@@ -437,10 +228,7 @@ int calcDay(CommandSession& session, const ReviewCommandArguments& a) {
             inputs.rate = ResolvedRate{*rate, configuration->mealPenaltyRules.currencyCode, ResolvedRate::Source::overScale, date};
         }
         const DailyPayrollReview review = DailyReviewCalculator::calculate(inputs);
-        std::ostringstream text;
-        text << rules.name << "\n";
-        writeDay(text, review, ReviewTextStyle::of(session.settings()));
-        session.answer(review_json::toJSON(review), text.str());
+        session.answer(review_json::toJSON(review), rules.name + "\n" + review_text::daily(review, textStyle(session.settings(), a.explain)));
         return exitSuccess;
     } catch (const std::invalid_argument& error) {
         return session.refuse("invalidTime", error.what());
@@ -462,6 +250,7 @@ void addReviewCommands(CLI::App& app, CommandSession& session, ReviewCommandArgu
     auto* week = review->add_subcommand("week", "Each crew member's weekly review for the Payroll Week holding DATE");
     week->add_option("DATE", a.date, "A date in the week, YYYY-MM-DD")->required();
     week->add_option("--crew", a.crew, "Only this crew member");
+    week->add_flag("--explain", a.explain, "Add the rule identifier behind each line");
     week->callback([&] { exitStatus = reviewWeek(session, a); });
     auto* golden = review->add_subcommand("golden-hour", "Each crew row's Golden Hour Wrap on DATE, with the advisory due now");
     golden->add_option("DATE", a.date, "The DTS date, YYYY-MM-DD")->required();
@@ -483,6 +272,7 @@ void addReviewCommands(CLI::App& app, CommandSession& session, ReviewCommandArgu
     day->add_option("--day", a.day, "ordinary, sixthDay or seventhDay");
     day->add_option("--date", a.date, "The day, YYYY-MM-DD (default: today)");
     day->add_option("--rules", a.rulesFile, "A rules document as rules show --json writes it");
+    day->add_flag("--explain", a.explain, "Add the rule identifier behind each line");
     day->callback([&] { exitStatus = calcDay(session, a); });
 }
 

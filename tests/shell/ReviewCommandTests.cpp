@@ -54,7 +54,7 @@ TEST_F(ReviewCommands, TheTextReviewNamesTheDayAndItsTotal) {
 TEST_F(ReviewCommands, TheTextReviewHidesMoneyWhenTheUserAsks) {
     ASSERT_EQ(run({"settings", "set", "userSettings.showMonetaryDetails", "false"}).status, 0);
     const auto outcome = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
-    EXPECT_NE(outcome.out.find("      OT      3.5 h    x1.5\n"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("      OT  3.5 h x1.5\n"), std::string::npos) << outcome.out;
     for (const char* money : {"236.25", "Day total", "Estimated Gross"}) EXPECT_EQ(outcome.out.find(money), std::string::npos) << money;
     // The records keep their money.
     EXPECT_EQ(run({"review", "week", "2026-11-03", "--crew", "Rowan Vale", "--json"}).json()["weeklyReviews"][0]["estimatedGross"]["amount"],
@@ -71,8 +71,8 @@ TEST_F(ReviewCommands, TheTextReviewNamesAllowancesAsTheyAreCalled) {
     testing::writeFile(path, rules.dump());
     ASSERT_EQ(run({"rules", "set", path}).status, 0);
     const auto outcome = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
-    EXPECT_NE(outcome.out.find("      Per Diem 40.00\n"), std::string::npos) << outcome.out;
-    EXPECT_NE(outcome.out.find("    Per Diem 40.00\n"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("      Per Diem 40.00 (timed work day)\n"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("    Per Diem  1 day                40.00\n"), std::string::npos) << outcome.out;
     EXPECT_NE(run({"rules", "show"}).out.find("  Per Diem: 40.00 USD a day"), std::string::npos);
 }
 
@@ -98,20 +98,20 @@ TEST_F(ReviewCommands, TheWeekShowsSixthDayHoursUnderTheirOwnSchedule) {
     };
     // Monday to Friday: 8 h straight time each, and 1.5 h (Tuesday 3.5 h) at time and a half.
     EXPECT_NE(weekText().find("    Unassigned Classification\n"
-                              "    ST      40.0 h   x1    1800.00\n"
-                              "    OT      9.5 h    x1.5  641.25\n"
+                              "    ST  40.0 h x 45.00 x1    1800.00\n"
+                              "    OT   9.5 h x 45.00 x1.5   641.25\n"
                               "    Sixth-day schedule:\n"
-                              "    OT      8.0 h    x1.5  540.00\n"
-                              "    OT      1.5 h    x1.5  101.25\n"),
+                              "    OT   8.0 h x 45.00 x1.5   540.00\n"
+                              "    OT   1.5 h x 45.00 x1.5   101.25\n"),
               std::string::npos)
         << weekText();
     // Labelled by multiplier instead, as the user may prefer.
     ASSERT_EQ(run({"settings", "set", "userSettings.straightTimeLabel", "multiplier"}).status, 0);
     ASSERT_EQ(run({"settings", "set", "userSettings.overtimeLabel", "multiplier"}).status, 0);
-    EXPECT_NE(weekText().find("    1x      40.0 h   x1    1800.00\n"
-                              "    1.5x    9.5 h    x1.5  641.25\n"
+    EXPECT_NE(weekText().find("    1x    40.0 h x 45.00 x1    1800.00\n"
+                              "    1.5x   9.5 h x 45.00 x1.5   641.25\n"
                               "    Sixth-day schedule:\n"
-                              "    1.5x    8.0 h    x1.5  540.00\n"),
+                              "    1.5x   8.0 h x 45.00 x1.5   540.00\n"),
               std::string::npos)
         << weekText();
 }
@@ -238,8 +238,8 @@ TEST_F(ReviewCommandsBase, LocalAndDistantLinesOfOneWeekAreToldApart) {
     const auto review = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"});
     ASSERT_EQ(review.status, 0) << review.err;
     const std::string week = review.out.substr(review.out.find("  Week:"));
-    EXPECT_NE(week.find("    ST local        8.0 h    x1    360.00\n"), std::string::npos) << week;
-    EXPECT_NE(week.find("    ST distant      8.0 h    x1    360.00"), std::string::npos) << week;  // 0.5 h of it guaranteed
+    EXPECT_NE(week.find("    ST local    8.0 h x 45.00 x1    360.00\n"), std::string::npos) << week;
+    EXPECT_NE(week.find("    ST distant  8.0 h x 45.00 x1    360.00  (0.5 h guaranteed)\n"), std::string::npos) << week;
 }
 
 }  // namespace
@@ -266,7 +266,7 @@ TEST_F(ReviewCommandsBase, ARateChangedWithinTheWeekSplitsItsLinesByRate) {
     }
     EXPECT_EQ(straight, (std::vector<std::pair<std::string, std::string>>{{"45.00", "360.00"}, {"50.00", "800.00"}}));
     const auto text = run({"review", "week", "2026-11-03", "--crew", "Rowan Vale"}).out;
-    EXPECT_NE(text.find("    ST at 50.00  16.0 h   x1    800.00\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("    ST  16.0 h x 50.00 x1    800.00\n"), std::string::npos) << text;
 }
 
 }  // namespace

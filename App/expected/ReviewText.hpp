@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "App/expected/CategoryLabels.hpp"
+#include "App/expected/PayrollReviewRecords.hpp"
+
+// The reviews as text a payroll accountant can check by hand: every figure with the input and the rule
+// it came from (the rate and its source, hours x rate x multiplier, the guarantee that paid guaranteed
+// time, each meal's due time, grace and penalties, the required and actual rest, the vacation basis).
+namespace tessel::review_text {
+
+struct Style {
+    PayrollCategoryLabelPreferences labels{};
+    bool showMoney = true;
+    bool explain = false;  // adds the rule identifier behind each line, in brackets
+};
+
+// One crew member's week: each day and activity in date order, then the week's lines and gross.
+std::string weekly(const WeeklyCrewPayrollReview& review, const Style& style);
+// One day on its own (no week around it, so its meal penalties are counted but not priced).
+std::string daily(const DailyPayrollReview& review, const Style& style);
+
+}  // namespace tessel::review_text
