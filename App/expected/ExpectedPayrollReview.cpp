@@ -124,16 +124,6 @@ void addCategories(std::vector<PayrollReviewCategory>& week, const std::vector<P
     }
 }
 
-void addAdditional(std::vector<AdditionalCompensationReview>& week, const AdditionalCompensationReview& item) {
-    auto found = std::find_if(week.begin(), week.end(), [&](const auto& c) { return c.kind == item.kind; });
-    if (found == week.end()) {
-        week.push_back(item);
-    } else {
-        found->compensation = found->compensation + item.compensation;
-        found->usedPersonalAmount = found->usedPersonalAmount || item.usedPersonalAmount;
-    }
-}
-
 }  // namespace
 
 struct ExpectedPayrollReview::Session {
@@ -488,7 +478,9 @@ struct ExpectedPayrollReview::Session {
                     review.boxRentalCompensation = review.boxRentalCompensation ? *review.boxRentalCompensation + *day.boxRentalCompensation
                                                                                 : *day.boxRentalCompensation;
                 }
-                for (const auto& item : day.additionalCompensation) addAdditional(review.additionalCompensation, item);
+                // Every day's item with its own trace; the week's category of the kind holds the total.
+                review.additionalCompensation.insert(review.additionalCompensation.end(), day.additionalCompensation.begin(),
+                                                     day.additionalCompensation.end());
                 if (day.mealPenaltySchedule) {
                     for (const auto& meal : day.mealPeriods) {
                         mealPeriods.push_back({day.id.text(), day.calendarDate, *day.mealPenaltySchedule, day.mealPenaltyFixedDollarWeeklyLimit, meal});
@@ -498,7 +490,8 @@ struct ExpectedPayrollReview::Session {
             for (const auto& activity : review.nonDTSActivities) {
                 if (const auto issue = activityIssue(activity, review.crewMemberID)) review.issues.push_back(*issue);
                 if (activity.idleCompensation) review.idleCompensation.push_back(*activity.idleCompensation);
-                for (const auto& item : activity.additionalCompensation) addAdditional(review.additionalCompensation, item);
+                review.additionalCompensation.insert(review.additionalCompensation.end(), activity.additionalCompensation.begin(),
+                                                     activity.additionalCompensation.end());
             }
             review.mealPenalties = WeeklyMealPenaltyCompensator::compensate(mealPeriods);
             vacationPay(review, straightTimeEarnings(review));

@@ -222,7 +222,7 @@ struct WeeklyCrewPayrollReview {
     std::optional<Money> estimatedGross{};
     bool estimatedGrossIsPartial = false;
     std::optional<Money> boxRentalCompensation{};
-    std::vector<AdditionalCompensationReview> additionalCompensation{};
+    std::vector<AdditionalCompensationReview> additionalCompensation{};  // each day's and activity's items, then vacation pay
     std::vector<IdlePayrollContribution> idleCompensation{};
     std::vector<CalendarDate> missingRateDates{};
     WeeklyMealPenaltyResult mealPenalties{};

@@ -1,5 +1,6 @@
 #include "ReviewJSON.hpp"
 
+#include "App/expected/PaidCategories.hpp"
 #include "App/model/CalculationJSON.hpp"
 #include "App/model/CalendarText.hpp"
 
@@ -62,9 +63,22 @@ Json categoryJSON(const PayrollReviewCategory& c) {
     return json;
 }
 
+// Each line carries its rule and the trace of its calculation: a fixed daily amount, or a percentage of
+// a basis.
 Json additionalJSON(const AdditionalCompensationReview& a) {
-    Json json{{"kind", toRawValue(a.kind)}, {"compensation", money(a.compensation)}, {"usedPersonalAmount", a.usedPersonalAmount}};
+    Json json{{"kind", toRawValue(a.kind)},
+              {"ruleID", paid_categories::provisionRuleID(a.kind)},
+              {"compensation", money(a.compensation)},
+              {"usedPersonalAmount", a.usedPersonalAmount}};
     if (a.presentationDetail) json["presentationDetail"] = *a.presentationDetail;
+    if (const auto* fixed = std::get_if<FixedDailyCompensationTrace>(&a.trace)) {
+        json["trace"] = cj::toJSON(FixedDailyCompensationResult{fixed->compensation, *fixed})["trace"];
+        json["trace"]["case"] = "fixedDaily";
+    } else {
+        const auto& percentage = std::get<PercentageCompensationTrace>(a.trace);
+        json["trace"] = cj::toJSON(PercentageCompensationResult{a.compensation, percentage})["trace"];
+        json["trace"]["case"] = "percentage";
+    }
     return json;
 }
 
@@ -84,15 +98,28 @@ Json list(const std::vector<Item>& items, Encode encode) {
 }
 
 Json idleJSON(const IdlePayrollContribution& idle) {
-    Json json{{"activityID", idle.activityID.text()}, {"calendarDate", formatDate(idle.calendarDate)}};
+    Json json{{"activityID", idle.activityID.text()}, {"calendarDate", formatDate(idle.calendarDate)}, {"ruleID", paid_categories::idleRuleID}};
     if (idle.rule) json["rule"] = Json{{"compensatedSecondsPerDay", idle.rule->compensatedSecondsPerDay},
                                        {"straightTimeRateMultiplier", idle.rule->straightTimeRateMultiplier.toString()}};
     put(json, "applicableRate", idle.applicableRate, money);
     json["status"] = Json{{"case", idle.status == IdlePayrollContribution::Status::calculated    ? "calculated"
                                    : idle.status == IdlePayrollContribution::Status::missingRule ? "missingRule"
                                                                                                  : "missingRate"}};
-    if (idle.result) json["status"]["compensation"] = money(idle.result->compensation);
+    if (idle.result) {
+        json["status"]["compensation"] = money(idle.result->compensation);
+        json["status"]["trace"] = cj::toJSON(*idle.result)["trace"];
+    }
     return json;
+}
+
+const char* holidayStatus(HolidayPayrollContribution::Status status) {
+    switch (status) {
+        case HolidayPayrollContribution::Status::calculated: return "calculated";
+        case HolidayPayrollContribution::Status::missingRule: return "missingRule";
+        case HolidayPayrollContribution::Status::missingRate: return "missingRate";
+        case HolidayPayrollContribution::Status::missingEngagement: return "missingEngagement";
+    }
+    return "";
 }
 
 }  // namespace
@@ -144,7 +171,10 @@ Json toJSON(const DailyPayrollReview& r) {
     put(json, "boxRentalCompensation", r.boxRentalCompensation, money);
     json["additionalCompensation"] = list(r.additionalCompensation, additionalJSON);
     json["mealPeriods"] = list(r.mealPeriods, [](const auto& m) { return cj::toJSON(m); });
-    if (r.mealPenaltySchedule) json["mealPenaltySchedule"] = r.mealPenaltySchedule->ruleID().value();
+    if (r.mealPenaltySchedule) {
+        json["mealPenaltySchedule"] = r.mealPenaltySchedule->ruleID().value();
+        json["mealPenaltyScheduleName"] = r.mealPenaltyScheduleName;
+    }
     json["mealPenaltyFixedDollarWeeklyLimit"] = r.mealPenaltyFixedDollarWeeklyLimit;
     if (r.dailyMinimumTrace) json["dailyMinimumTrace"] = cj::toJSON(*r.dailyMinimumTrace);
     if (r.dailyMinimumSource) json["dailyMinimumSource"] = description(*r.dailyMinimumSource);
@@ -171,8 +201,16 @@ Json toJSON(const NonDTSPayrollActivityReview& r) {
     if (r.idleCompensation) json["idleCompensation"] = idleJSON(*r.idleCompensation);
     if (r.holidayCompensation) {
         Json holiday{{"activityID", r.holidayCompensation->activityID.text()}};
-        if (r.holidayCompensation->context) holiday["context"] = toRawValue(*r.holidayCompensation->context);
-        if (r.holidayCompensation->result) holiday["compensation"] = money(r.holidayCompensation->result->compensation);
+        if (r.holidayCompensation->context) {
+            holiday["context"] = toRawValue(*r.holidayCompensation->context);
+            holiday["ruleID"] = paid_categories::holidayRuleID(*r.holidayCompensation->context);
+        }
+        holiday["status"] = Json{{"case", holidayStatus(r.holidayCompensation->status)}};
+        if (r.holidayCompensation->result) {
+            holiday["compensation"] = money(r.holidayCompensation->result->compensation);
+            holiday["status"]["compensation"] = holiday["compensation"];
+            holiday["status"]["trace"] = cj::toJSON(*r.holidayCompensation->result)["trace"];
+        }
         holiday["explanation"] = r.holidayCompensation->words;
         json["holidayCompensation"] = std::move(holiday);
     }
