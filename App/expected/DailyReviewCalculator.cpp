@@ -71,7 +71,7 @@ void addProvisions(DailyPayrollReview& review, const DailyReviewInputs& inputs) 
         const auto fixed = SupplementalCompensationCalculator::fixedDaily(amount, true);
         review.additionalCompensation.push_back({CompensationProvisionKind::mileage, amount,
                                                  inputs.mileage->amountOrigin == CompensationProvisionOverrideMode::personalAmount,
-                                                 fixed.trace, inputs.miles->toString() + " miles"});
+                                                 fixed.trace, inputs.miles->toString() + " miles x " + perMile.amount().toString()});
     }
 }
 

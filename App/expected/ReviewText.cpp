@@ -174,8 +174,10 @@ std::string otherQuantity(const PayrollReviewCategory& c, const WeeklyCrewPayrol
     return daysQuantity(c, style);
 }
 
-// Vacation pay is a percentage of the week's straight-time earnings: the note names that basis.
+// Vacation pay is a percentage of the week's straight-time earnings: the note names that basis. Mileage
+// is in the gross, as the pay stub prints it among the earnings, but it is a reimbursement, not wages.
 std::string basisNote(const PayrollReviewCategory& c, const WeeklyCrewPayrollReview* week) {
+    if (c.comparisonConcept == PayComparisonConcept::mileage) return "  (reimbursed, not wages)";
     if (c.comparisonConcept != PayComparisonConcept::vacation || !week) return "";
     for (const auto& item : week->additionalCompensation) {
         if (item.kind == CompensationProvisionKind::vacationPay) {
@@ -381,7 +383,8 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d, const Weekl
     if (!style.showMoney) return;
     writeAllowances(text, d.additionalCompensation, dayKindWords(s.workMode), "      ", style);
     if (d.boxRentalCompensation) {
-        text << "      Box / kit rental " << amount(*d.boxRentalCompensation) << ruleTag(style, std::string(paid_categories::boxRentalRuleID)) << "\n";
+        text << "      " << paid_categories::boxRentalTitle << " " << amount(*d.boxRentalCompensation)
+             << ruleTag(style, std::string(paid_categories::boxRentalRuleID)) << "\n";
     }
     // The day's own total is its banded pay; allowances above and meal penalties are totalled in the week.
     text << "      Day total (hours in the pay bands): " << (d.compensation ? amount(*d.compensation) : std::string(review_words::noApplicablePayRate))
@@ -446,6 +449,12 @@ void writeWeekCategories(std::ostringstream& text, const WeeklyCrewPayrollReview
         std::vector<PayrollReviewCategory> paid;
         std::copy_if(r.categories.begin(), r.categories.end(), std::back_inserter(paid),
                      [&](const auto& c) { return isBand(r, c) && scheduleOf(r, c) == group; });
+        // A rule paid at two rates keeps its lines together, in the order the rules were first paid.
+        const auto original = paid;
+        const auto firstOf = [&](const PayrollReviewCategory& c) {
+            return std::find_if(original.begin(), original.end(), [&](const auto& other) { return other.ruleID == c.ruleID; }) - original.begin();
+        };
+        std::stable_sort(paid.begin(), paid.end(), [&](const auto& a, const auto& b) { return firstOf(a) < firstOf(b); });
         if (paid.empty()) continue;
         if (group != "ordinary") lines.push_back({capitalised(scheduleWords(group)) + " schedule:", "", "", ""});
         add(paid);
