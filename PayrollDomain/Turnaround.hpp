@@ -16,6 +16,7 @@ struct TurnaroundRule {
     // Where the required rest came from: "engagement.turnaround.required-rest" or one of the
     // production defaults such as "production.turnaround.local.all-others".
     std::string valueOrigin;
+    bool operator==(const TurnaroundRule&) const = default;
 };
 
 struct TurnaroundEvaluationInput {

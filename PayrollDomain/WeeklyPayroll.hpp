@@ -62,6 +62,7 @@ struct CrewWorkdaySequencePosition {
 
     int ordinal = 1;
     Classification classification() const noexcept;
+    bool operator==(const CrewWorkdaySequencePosition&) const noexcept = default;
 };
 
 std::string_view toRawValue(CrewWorkdaySequencePosition::Classification classification) noexcept;

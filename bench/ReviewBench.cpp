@@ -41,6 +41,38 @@ void reviewEveryWeekOfASeason(benchmark::State& state) {
 }
 BENCHMARK(reviewEveryWeekOfASeason)->Unit(benchmark::kMillisecond);
 
+// The window recalculates the week after every edit: one Wrap typed into a DTS of the week (not timed),
+// then every crew member's review of that week, its time sheets read afresh from the store. The window
+// keeps its review (rules, crew facts and the other DTSes' rows) between edits of time sheets and tells it
+// which DTS changed; `fresh` starts a new review each time.
+void reviewOneWeekAfterAnEdit(benchmark::State& state, bool fresh) {
+    ReviewSeason& s = season();
+    ModelContext& context = s.store->context();
+    const auto week = weeks::weeks(context, s.crew.productionID).at(2);
+    const auto workday = weeks::workdays(context, week.id).at(2);
+    auto kept = std::make_unique<ExpectedPayrollReview>(context, s.crew.productionID);
+    int tenth = 0;
+    std::size_t reviews = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        s.store->perform([&](ModelContext& c) {
+            DailyTimeSheets::setSharedTime(c, workday.id, DTSTimeField::wrap, sys_days(workday.calendarDate) + hours(19) + minutes(6 * (tenth++ % 10)));
+        });
+        state.ResumeTiming();
+        if (fresh) {
+            kept = std::make_unique<ExpectedPayrollReview>(context, s.crew.productionID);
+        } else {
+            kept->forgetTimeSheet(workday.id);
+        }
+        const auto weekly = kept->weeklyForAll(week.id);
+        reviews = weekly.size();
+        benchmark::DoNotOptimize(weekly);
+    }
+    state.counters["weeklyReviews"] = static_cast<double>(reviews);
+}
+BENCHMARK_CAPTURE(reviewOneWeekAfterAnEdit, keptReview, false)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(reviewOneWeekAfterAnEdit, freshReview, true)->Unit(benchmark::kMillisecond);
+
 // The same rows read from the store alone: each week's DTSes, rows and satellites, the crew, their
 // engagements and rates.
 void readTheSameRowsAlone(benchmark::State& state) {

@@ -160,7 +160,7 @@ DailyPayrollReview DailyReviewCalculator::calculate(const DailyReviewInputs& inp
             }
             review.straightTimeCompensation = straight;
         }
-        review.engineGrossResult = std::move(gross);
+        review.engineGrossResult = std::make_shared<const GrossCompensationResult>(std::move(gross));
     } catch (const DomainError& error) {
         review.status = {DailyPayrollStatus::Case::calculationFailed, std::nullopt, error.description()};
         review.issues.push_back(issue(PayrollReviewIssue::Kind::calculationFailure, error.description(),

@@ -24,6 +24,8 @@ struct DailyReviewInputs {
     std::vector<ResolvedCompensationProvision> dailyProvisions{};  // fixed daily amounts in force for the day
     std::optional<ResolvedCompensationProvision> mileage{};         // an amount per mile
     std::optional<Decimal> miles{};
+    // Equal inputs give an equal day: the calculation reads nothing else.
+    bool operator==(const DailyReviewInputs&) const = default;
 };
 
 class DailyReviewCalculator {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <set>
+#include <unordered_map>
+#include <unordered_set>
 #include <tuple>
 
 #include "App/dts/DailyTimeSheets.hpp"
@@ -24,20 +26,66 @@ using store_schema::satelliteTable;
 // Facts of one week's DTSes read in a few queries rather than one per row.
 struct WeekFacts {
     std::vector<Workday> workdays;
-    std::map<Uuid, std::vector<CrewDailyEntry>> entriesByWorkday;
-    std::map<Uuid, CrewDailyWorkMode> workModes;  // by entry
-    std::set<Uuid> boxRentals;                    // entries that pay box / kit rental
-    std::map<Uuid, Decimal> rowMiles;             // by entry
-    std::map<Uuid, Decimal> departmentMiles;      // by workday
-    std::map<Uuid, MealWorkLocation> locations;   // by workday
+    std::unordered_map<Uuid, std::vector<CrewDailyEntry>> entriesByWorkday;
+    std::unordered_map<Uuid, CrewDailyWorkMode> workModes;  // by entry
+    std::unordered_set<Uuid> boxRentals;                    // entries that pay box / kit rental
+    std::unordered_map<Uuid, Decimal> rowMiles;             // by entry
+    std::unordered_map<Uuid, Decimal> departmentMiles;      // by workday
+    std::unordered_map<Uuid, MealWorkLocation> locations;   // by workday
     std::vector<PayrollDayActivity> activities;
+    std::unordered_map<Uuid, std::vector<std::pair<const Workday*, const CrewDailyEntry*>>> rowsByCrewMember;  // pointers into the above
 };
 
 template <typename Each>
-void forEachRow(ModelContext& context, const std::string& sql, const Uuid& weekID, Each each) {
+void forEachRow(ModelContext& context, const std::string& sql, const Uuid& id, Each each) {
     auto& statement = context.prepare(sql);
-    columns::bind(statement, 1, weekID);
+    columns::bind(statement, 1, id);
     while (statement.executeStep()) each(statement);
+}
+
+// Which DTSes a read covers: every one of a payroll week, or one.
+struct DTSScope {
+    std::string workdayCondition;  // on the Workday aliased w
+    Uuid id;
+    static DTSScope week(const Uuid& weekID) { return {"w.payrollWeekID = ?1", weekID}; }
+    static DTSScope workday(const Uuid& workdayID) { return {"w.id = ?1", workdayID}; }
+};
+
+// The rows' and DTSes' settings within the scope, added to the facts.
+void readSettings(ModelContext& context, WeekFacts& facts, const DTSScope& scope) {
+    const std::string rowsInScope = " JOIN CrewDailyEntry e ON s.crewDailyEntryID = e.id JOIN Workday w ON e.workdayID = w.id WHERE " +
+                                    scope.workdayCondition;
+    forEachRow(context, "SELECT s.crewDailyEntryID, s.modeRawValue FROM CrewDailyWorkModeConfiguration s" + rowsInScope, scope.id,
+               [&](SQLite::Statement& row) {
+                   const auto mode = fromRawValue<CrewDailyWorkMode>(row.getColumn(1).getString());
+                   facts.workModes[columns::uuid(row.getColumn(0))] = mode.value_or(CrewDailyWorkMode::timed);
+               });
+    forEachRow(context, "SELECT s.crewDailyEntryID FROM CrewDailyBoxRentalSelection s" + rowsInScope + " AND s.applies != 0", scope.id,
+               [&](SQLite::Statement& row) { facts.boxRentals.insert(columns::uuid(row.getColumn(0))); });
+    forEachRow(context, "SELECT s.crewDailyEntryID, s.miles FROM CrewDailyMileageEntry s" + rowsInScope, scope.id,
+               [&](SQLite::Statement& row) { facts.rowMiles.insert_or_assign(columns::uuid(row.getColumn(0)), columns::decimal(row.getColumn(1))); });
+    const std::string dtsInScope = " JOIN Workday w ON s.workdayID = w.id WHERE " + scope.workdayCondition;
+    forEachRow(context, "SELECT s.workdayID, s.miles FROM WorkdayMileageConfiguration s" + dtsInScope, scope.id, [&](SQLite::Statement& row) {
+        facts.departmentMiles.insert_or_assign(columns::uuid(row.getColumn(0)), columns::decimal(row.getColumn(1)));
+    });
+    forEachRow(context, "SELECT s.workdayID, s.workLocationRawValue FROM WorkdayMealLocationConfiguration s" + dtsInScope, scope.id,
+               [&](SQLite::Statement& row) {
+                   if (const auto location = fromRawValue<MealWorkLocation>(row.getColumn(1).getString())) {
+                       facts.locations[columns::uuid(row.getColumn(0))] = *location;
+                   }
+               });
+}
+
+// Each person's rows of the week by DTS date, the first of a duplicate row only; read in place.
+void indexRows(WeekFacts& facts) {
+    facts.rowsByCrewMember.clear();
+    for (const auto& workday : facts.workdays) {
+        for (const auto& entry : facts.entriesByWorkday.at(workday.id)) {
+            if (!entry.crewMemberID) continue;
+            auto& rows = facts.rowsByCrewMember[*entry.crewMemberID];
+            if (rows.empty() || rows.back().first != &workday) rows.emplace_back(&workday, &entry);
+        }
+    }
 }
 
 WeekFacts readWeek(ModelContext& context, const Uuid& weekID) {
@@ -45,27 +93,29 @@ WeekFacts readWeek(ModelContext& context, const Uuid& weekID) {
     facts.workdays = weeks::workdays(context, weekID);
     facts.activities = weeks::activities(context, weekID);
     for (const auto& workday : facts.workdays) facts.entriesByWorkday[workday.id] = weeks::entries(context, workday.id);
-    const std::string entriesOfWeek =
-        " JOIN CrewDailyEntry e ON s.crewDailyEntryID = e.id JOIN Workday w ON e.workdayID = w.id WHERE w.payrollWeekID = ?1";
-    forEachRow(context, "SELECT s.crewDailyEntryID, s.modeRawValue FROM CrewDailyWorkModeConfiguration s" + entriesOfWeek, weekID,
-               [&](SQLite::Statement& row) {
-                   const auto mode = fromRawValue<CrewDailyWorkMode>(row.getColumn(1).getString());
-                   facts.workModes[columns::uuid(row.getColumn(0))] = mode.value_or(CrewDailyWorkMode::timed);
-               });
-    forEachRow(context, "SELECT s.crewDailyEntryID FROM CrewDailyBoxRentalSelection s" + entriesOfWeek + " AND s.applies != 0",
-               weekID, [&](SQLite::Statement& row) { facts.boxRentals.insert(columns::uuid(row.getColumn(0))); });
-    forEachRow(context, "SELECT s.crewDailyEntryID, s.miles FROM CrewDailyMileageEntry s" + entriesOfWeek, weekID,
-               [&](SQLite::Statement& row) { facts.rowMiles.emplace(columns::uuid(row.getColumn(0)), columns::decimal(row.getColumn(1))); });
-    const std::string workdaysOfWeek = " JOIN Workday w ON s.workdayID = w.id WHERE w.payrollWeekID = ?1";
-    forEachRow(context, "SELECT s.workdayID, s.miles FROM WorkdayMileageConfiguration s" + workdaysOfWeek, weekID,
-               [&](SQLite::Statement& row) { facts.departmentMiles.emplace(columns::uuid(row.getColumn(0)), columns::decimal(row.getColumn(1))); });
-    forEachRow(context, "SELECT s.workdayID, s.workLocationRawValue FROM WorkdayMealLocationConfiguration s" + workdaysOfWeek, weekID,
-               [&](SQLite::Statement& row) {
-                   if (const auto location = fromRawValue<MealWorkLocation>(row.getColumn(1).getString())) {
-                       facts.locations[columns::uuid(row.getColumn(0))] = *location;
-                   }
-               });
+    readSettings(context, facts, DTSScope::week(weekID));
     return facts;
+}
+
+// One DTS of a week read again after an edit: its shared facts, its rows and their settings. False when
+// the DTS is gone, so that the caller reads the week afresh.
+bool rereadWorkday(ModelContext& context, WeekFacts& facts, const Uuid& workdayID) {
+    const auto workday = std::find_if(facts.workdays.begin(), facts.workdays.end(), [&](const auto& w) { return w.id == workdayID; });
+    const auto stored = weeks::fetchWorkday(context, workdayID);
+    if (workday == facts.workdays.end() || !stored || stored->payrollWeekID != workday->payrollWeekID) return false;
+    *workday = *stored;
+    auto& entries = facts.entriesByWorkday.at(workdayID);
+    for (const auto& entry : entries) {
+        facts.workModes.erase(entry.id);
+        facts.boxRentals.erase(entry.id);
+        facts.rowMiles.erase(entry.id);
+    }
+    facts.departmentMiles.erase(workdayID);
+    facts.locations.erase(workdayID);
+    entries = weeks::entries(context, workdayID);
+    readSettings(context, facts, DTSScope::workday(workdayID));
+    indexRows(facts);
+    return true;
 }
 
 DTSCalculationInput calculationInput(const Workday& workday, const CrewDailyEntry& entry, const WeekFacts& facts) {
@@ -129,19 +179,26 @@ void addCategories(std::vector<PayrollReviewCategory>& week, const std::vector<P
 struct ExpectedPayrollReview::Session {
     ModelContext& context;
     Production production;
-    std::map<Uuid, PayrollRuleConfiguration> configurations;  // by revision
+    std::unordered_map<Uuid, PayrollRuleConfiguration> configurations;  // by revision
     std::map<std::tuple<Uuid, RulesLocality, DayKind, std::optional<MealWorkLocation>>, SandboxConfiguration> sandboxes;
-    std::map<Uuid, std::optional<ProductionEngagement>> engagements;
-    std::map<Uuid, std::vector<EngagementPayRate>> payRates;
-    std::map<Uuid, std::optional<CrewMember>> crew;
-    std::map<Uuid, WeekFacts> weeksRead;
+    std::unordered_map<Uuid, std::optional<ProductionEngagement>> engagements;
+    std::unordered_map<Uuid, std::vector<EngagementPayRate>> payRates;
+    std::unordered_map<Uuid, std::optional<CrewMember>> crew;
+    std::unordered_map<Uuid, WeekFacts> weeksRead;
     std::map<CalendarDate, std::optional<Workday>> workdaysByDate;
-    std::map<Uuid, std::vector<CrewDailyEntry>> entriesByWorkday;
+    std::unordered_map<Uuid, std::vector<CrewDailyEntry>> entriesByWorkday;
     std::map<CalendarDate, std::optional<Uuid>> revisionsByDate;
     std::map<CalendarDate, std::vector<ProductionCompensationProvisionDraft>> provisionsByDate;
-    std::map<Uuid, std::vector<EngagementProvisionTerm>> provisionTerms;
-    std::map<Uuid, std::vector<std::pair<CalendarDate, std::int64_t>>> guaranteeTerms;
-    std::map<Uuid, std::optional<std::int64_t>> turnaroundRests;
+    std::unordered_map<Uuid, std::vector<EngagementProvisionTerm>> provisionTerms;
+    std::unordered_map<Uuid, std::vector<std::pair<CalendarDate, std::int64_t>>> guaranteeTerms;
+    std::unordered_map<Uuid, std::optional<std::int64_t>> turnaroundRests;
+    std::map<std::pair<const SandboxConfiguration*, std::optional<Uuid>>, std::optional<TurnaroundRule>> turnaroundSuggestions;
+    // Once the review recalculates after edits of time sheets, each row's last inputs and day: a row
+    // whose inputs did not change keeps its day rather than being calculated again.
+    bool recalculating = false;
+    std::vector<Uuid> crewOrder;  // the production's crew in crew order
+    std::map<std::pair<Uuid, CalendarDate>, std::optional<std::string>> vacationChanges;  // by engagement and week
+    std::unordered_map<Uuid, std::pair<DailyReviewInputs, DailyPayrollReview>> lastDays;  // by crew row
 
     template <typename Map, typename Load>
     auto& cached(Map& map, const typename Map::key_type& key, Load load) {
@@ -154,8 +211,11 @@ struct ExpectedPayrollReview::Session {
         return cached(revisionsByDate, date, [&] { return ProductionRulesets::revisionInForce(context, production.id, date); });
     }
 
-    const std::vector<CrewDailyEntry>& entriesOf(const Uuid& workdayID) {
-        return cached(entriesByWorkday, workdayID, [&] { return weeks::entries(context, workdayID); });
+    // The rows of a DTS: from its week's facts when the week has been read, else read on their own.
+    const std::vector<CrewDailyEntry>& entriesOf(const Workday& workday) {
+        const auto read = weeksRead.find(workday.payrollWeekID);
+        if (read != weeksRead.end()) return read->second.entriesByWorkday.at(workday.id);
+        return cached(entriesByWorkday, workday.id, [&] { return weeks::entries(context, workday.id); });
     }
 
     std::optional<ResolvedCompensationProvision> provision(const Uuid& engagementID, CompensationProvisionKind kind, CalendarDate date,
@@ -182,7 +242,34 @@ struct ExpectedPayrollReview::Session {
         return seconds;
     }
 
-    Session(ModelContext& c, const Uuid& productionID) : context(c), production(load(c, productionID)) {}
+    Session(ModelContext& c, const Uuid& productionID) : context(c), production(load(c, productionID)) { loadCrewFacts(); }
+
+    // What the reviews read per person, for the whole production in one query each rather than one per
+    // engagement: a week of 150 crew would otherwise ask the store a thousand times.
+    void loadCrewFacts() {
+        for (auto& member : crew_repository::crewMembers(context, production.id)) {
+            crewOrder.push_back(member.id);
+            crew.emplace(member.id, std::move(member));
+        }
+        auto rates = crew_repository::payRatesOfProduction(context, production.id);
+        auto terms = CompensationProvisions::engagementTermsOfProduction(context, production.id);
+        for (auto& engagement : crew_repository::engagements(context, production.id)) {
+            const Uuid id = engagement.id;
+            engagements.emplace(id, std::move(engagement));
+            payRates.emplace(id, std::move(rates[id]));
+            provisionTerms.emplace(id, std::move(terms[id]));
+            guaranteeTerms.emplace(id, std::vector<std::pair<CalendarDate, std::int64_t>>{});
+            turnaroundRests.emplace(id, std::nullopt);
+        }
+        const std::string ofProduction = " s JOIN ProductionEngagement e ON s.engagementID = e.id WHERE e.productionID = ?1";
+        forEachRow(context, "SELECT s.engagementID, s.effectiveDate, s.minimumPaidDurationSeconds FROM EngagementDailyGuaranteeTerm" + ofProduction +
+                                " ORDER BY s.engagementID, s.effectiveDate, s.rowid",
+                   production.id, [&](SQLite::Statement& row) {
+                       guaranteeTerms[columns::uuid(row.getColumn(0))].emplace_back(columns::date(row.getColumn(1)), row.getColumn(2).getInt64());
+                   });
+        forEachRow(context, "SELECT s.engagementID, s.requiredRestSeconds FROM EngagementTurnaroundConfiguration" + ofProduction, production.id,
+                   [&](SQLite::Statement& row) { turnaroundRests[columns::uuid(row.getColumn(0))] = row.getColumn(1).getInt64(); });
+    }
 
     static Production load(ModelContext& context, const Uuid& productionID) {
         if (auto production = production_repository::fetch(context, productionID)) return *production;
@@ -225,8 +312,8 @@ struct ExpectedPayrollReview::Session {
         auto found = weeksRead.find(weekID);
         if (found == weeksRead.end()) {
             found = weeksRead.emplace(weekID, readWeek(context, weekID)).first;
-            // The rows read for the week also answer the turnaround's look at the next day.
-            for (const auto& [workdayID, entries] : found->second.entriesByWorkday) entriesByWorkday.emplace(workdayID, entries);
+            indexRows(found->second);
+            // The week's DTSes also answer the turnaround's look at the next day.
             for (const auto& workday : found->second.workdays) workdaysByDate.emplace(workday.calendarDate, workday);
         }
         return found->second;
@@ -242,7 +329,17 @@ struct ExpectedPayrollReview::Session {
         const CalendarDate next(sys_days(date) + days(1));
         const auto& workday = workdayOn(next);
         if (!workday) return {};
-        for (const auto& entry : entriesOf(workday->id)) {
+        const auto read = weeksRead.find(workday->payrollWeekID);
+        if (read != weeksRead.end()) {
+            // The week's index of rows by person answers without looking through the whole DTS.
+            const auto rows = read->second.rowsByCrewMember.find(crewMemberID);
+            if (rows == read->second.rowsByCrewMember.end()) return {};
+            for (const auto& [day, entry] : rows->second) {
+                if (day->id == workday->id) return {workday->id, next, DailyTimeSheets::effectiveTimes(*day, *entry).call.value};
+            }
+            return {};
+        }
+        for (const auto& entry : entriesOf(*workday)) {
             if (entry.crewMemberID == crewMemberID) {
                 return {workday->id, next, DailyTimeSheets::effectiveTimes(*workday, entry).call.value};
             }
@@ -260,14 +357,16 @@ struct ExpectedPayrollReview::Session {
                 return TurnaroundRule{RuleID("engagement.turnaround.required-rest"), WorkDuration(*rest), "engagement.turnaround.required-rest"};
             }
         }
-        try {
-            const auto suggestion = TurnaroundRules::suggestion(rules.turnaroundRules, rules.rulesLocality, "",
-                                                                engagement ? engagement->classificationID : std::nullopt);
-            if (!suggestion) return std::nullopt;
-            return TurnaroundRule{RuleID(suggestion->ruleID), WorkDuration(suggestion->requiredRestSeconds), suggestion->origin};
-        } catch (const DomainError&) {
-            return std::nullopt;
-        }
+        const auto classification = engagement ? engagement->classificationID : std::nullopt;
+        return cached(turnaroundSuggestions, std::pair(&rules, classification), [&]() -> std::optional<TurnaroundRule> {
+            try {
+                const auto suggestion = TurnaroundRules::suggestion(rules.turnaroundRules, rules.rulesLocality, "", classification);
+                if (!suggestion) return std::nullopt;
+                return TurnaroundRule{RuleID(suggestion->ruleID), WorkDuration(suggestion->requiredRestSeconds), suggestion->origin};
+            } catch (const DomainError&) {
+                return std::nullopt;
+            }
+        });
     }
 
     DailyPayrollReview day(const Workday& workday, const CrewDailyEntry& entry, const WeekFacts& facts, const std::vector<CalendarDate>& worked) {
@@ -319,7 +418,16 @@ struct ExpectedPayrollReview::Session {
         }
         inputs.turnaroundRule = turnaroundRule(engagement, rules);
         if (entry.crewMemberID) std::tie(inputs.nextWorkdayID, inputs.nextWorkdayDate, inputs.nextCall) = nextCall(*entry.crewMemberID, workday.calendarDate);
-        return DailyReviewCalculator::calculate(inputs);
+        return calculated(entry.id, std::move(inputs));
+    }
+
+    DailyPayrollReview calculated(const Uuid& entryID, DailyReviewInputs inputs) {
+        if (!recalculating) return DailyReviewCalculator::calculate(inputs);
+        const auto last = lastDays.find(entryID);
+        if (last != lastDays.end() && last->second.first == inputs) return last->second.second;
+        DailyPayrollReview day = DailyReviewCalculator::calculate(inputs);
+        lastDays.insert_or_assign(entryID, std::pair(std::move(inputs), day));
+        return day;
     }
 
     NonDTSPayrollActivityReview activity(const PayrollDayActivity& activity) {
@@ -410,13 +518,8 @@ struct ExpectedPayrollReview::Session {
 
     // The person's rows in the week, one per DTS (a duplicate row counts once).
     static std::vector<Row> rowsOf(const WeekFacts& facts, const Uuid& crewMemberID) {
-        std::vector<Row> rows;
-        for (const auto& workday : facts.workdays) {
-            const auto& entries = facts.entriesByWorkday.at(workday.id);
-            const auto entry = std::find_if(entries.begin(), entries.end(), [&](const auto& e) { return e.crewMemberID == crewMemberID; });
-            if (entry != entries.end()) rows.emplace_back(&workday, &*entry);
-        }
-        return rows;
+        const auto found = facts.rowsByCrewMember.find(crewMemberID);
+        return found == facts.rowsByCrewMember.end() ? std::vector<Row>{} : found->second;
     }
 
     static std::vector<CalendarDate> datesOf(const std::vector<Row>& rows) {
@@ -455,6 +558,7 @@ struct ExpectedPayrollReview::Session {
 
         const auto rows = rowsOf(facts, crewMemberID);
         const auto worked = datesOf(rows);
+        review.days.reserve(rows.size());
         for (const auto& [workday, entry] : rows) review.days.push_back(day(*workday, *entry, facts, worked));
         for (const auto& activity : facts.activities) {
             if (activity.crewMemberID == crewMemberID) review.nonDTSActivities.push_back(this->activity(activity));
@@ -564,9 +668,10 @@ struct ExpectedPayrollReview::Session {
             }
             return std::nullopt;
         };
-        if (const auto change = CompensationProvisions::vacationPayChangeWithinWeek(percentageOn, review.weekStartDate)) {
-            throw PayrollReviewError(*change);
-        }
+        // Checked once per engagement and week: a kept review recalculates the same week again and again.
+        const auto& change = cached(vacationChanges, std::pair(*engagementID, review.weekStartDate),
+                                    [&] { return CompensationProvisions::vacationPayChangeWithinWeek(percentageOn, review.weekStartDate); });
+        if (change) throw PayrollReviewError(*change);
         for (const auto& day : review.days) {
             const auto resolved = provision(*engagementID, CompensationProvisionKind::vacationPay, day.calendarDate,
                                             provisionDayKind(day.source.workMode));
@@ -593,6 +698,26 @@ ExpectedPayrollReview::ExpectedPayrollReview(ModelContext& context, const Uuid& 
 
 ExpectedPayrollReview::~ExpectedPayrollReview() = default;
 
+void ExpectedPayrollReview::forgetTimeSheet(const Uuid& workdayID) {
+    auto& session = *session_;
+    session.recalculating = true;
+    for (auto week = session.weeksRead.begin(); week != session.weeksRead.end(); ++week) {
+        if (!week->second.entriesByWorkday.contains(workdayID)) continue;
+        if (!rereadWorkday(session.context, week->second, workdayID)) session.weeksRead.erase(week);
+        break;
+    }
+    session.entriesByWorkday.erase(workdayID);
+    // The date's DTS is looked up again when a turnaround needs it.
+    std::erase_if(session.workdaysByDate, [&](const auto& item) { return !item.second || item.second->id == workdayID; });
+}
+
+void ExpectedPayrollReview::forgetTimeSheets() {
+    session_->recalculating = true;
+    session_->weeksRead.clear();
+    session_->workdaysByDate.clear();
+    session_->entriesByWorkday.clear();
+}
+
 WeeklyCrewPayrollReview ExpectedPayrollReview::weekly(const Uuid& payrollWeekID, const Uuid& crewMemberID) {
     return session_->weekly(session_->weekOfProduction(payrollWeekID), crewMemberID);
 }
@@ -617,8 +742,8 @@ std::vector<WeeklyCrewPayrollReview> ExpectedPayrollReview::weeklyForAll(const U
         if (activity.crewMemberID) people.insert(*activity.crewMemberID);
     }
     std::vector<WeeklyCrewPayrollReview> reviews;
-    for (const auto& member : crew_repository::crewMembers(session_->context, session_->production.id)) {
-        if (people.contains(member.id)) reviews.push_back(session_->weekly(week, member.id));
+    for (const auto& member : session_->crewOrder) {
+        if (people.contains(member)) reviews.push_back(session_->weekly(week, member));
     }
     return reviews;
 }

@@ -18,7 +18,7 @@ public:
 
 // The expected payroll of a production, read from the stored facts. A review keeps what it has read
 // (rules, engagements, rates) for its whole life, so a season of weeks reads each once; create one per
-// question asked, since it does not see later edits.
+// question asked, since it does not see later edits, except the time sheets' own (see forgetTimeSheets).
 class ExpectedPayrollReview {
 public:
     ExpectedPayrollReview(ModelContext& context, const Uuid& productionID);
@@ -31,6 +31,13 @@ public:
     // Each crew row of one DTS, in row order, as the weekly reviews calculate it (the DTS shows each
     // row's Golden Hour Wrap from it).
     std::vector<DailyPayrollReview> dailyForWorkday(const Uuid& workdayID);
+
+    // Forgets the time sheets read so far (DTSes, their rows and row settings, Non-DTS Activities) and
+    // keeps the rules and the crew's engagements, rates and terms. After an edit of a DTS or an activity
+    // the next review reads the time sheets afresh; an edit of anything else needs a new review.
+    void forgetTimeSheets();
+    // The same for one DTS after an edit of its times or rows: only that DTS is read again.
+    void forgetTimeSheet(const Uuid& workdayID);
 
 private:
     struct Session;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -92,6 +93,7 @@ struct ResolvedRate {
     std::string currencyCode{};
     Source source = Source::overScale;
     CalendarDate effectiveDate{};
+    bool operator==(const ResolvedRate&) const = default;
 };
 
 struct PayrollReviewIssue {
@@ -168,7 +170,9 @@ struct DailyPayrollReview {
     std::optional<DailyMinimumGuaranteeTraceEntry> dailyMinimumTrace{};
     std::optional<DailyMinimumGuaranteeSource> dailyMinimumSource{};
     std::vector<MinimumBandGuaranteeTraceEntry> guaranteeTraces{};
-    std::optional<GrossCompensationResult> engineGrossResult{};  // holds the allocation and gross traces
+    // Holds the allocation and gross traces; shared because it never changes and is copied with every
+    // copy of the day.
+    std::shared_ptr<const GrossCompensationResult> engineGrossResult{};
     std::optional<Money> straightTimeCompensation{};
     std::optional<TurnaroundPayrollReview> turnaround{};
     std::optional<GoldenHourTarget> goldenHourTarget{};

@@ -28,6 +28,7 @@ struct DTSCalculationInput {
     bool firstMealGraceWasCalled = false;
     bool nonDeductibleBreakfast = false;
     CrewDailyWorkMode workMode = CrewDailyWorkMode::timed;
+    bool operator==(const DTSCalculationInput&) const = default;
 };
 
 enum class DTSTimelineEventKind { call, lunchOut, lunchIn, wrap };

@@ -90,8 +90,11 @@ void bind(SQLite::Statement& statement, int index, const std::optional<std::int6
 }
 void bind(SQLite::Statement& statement, int index, bool value) { statement.bind(index, value ? 1 : 0); }
 
+// The column's text without a copy of its own; valid until the statement moves on.
+static std::string_view textOf(const SQLite::Column& column) { return {column.getText(), static_cast<std::size_t>(column.getBytes())}; }
+
 Uuid uuid(const SQLite::Column& column) {
-    if (const auto id = Uuid::parse(column.getString())) return *id;
+    if (const auto id = Uuid::parse(textOf(column))) return *id;
     corrupt(column, "an identifier");
 }
 
@@ -101,7 +104,7 @@ std::optional<Uuid> optionalUuid(const SQLite::Column& column) {
 }
 
 Instant instant(const SQLite::Column& column) {
-    if (const auto parsed = calendar_text::parseInstant(column.getString())) return *parsed;
+    if (const auto parsed = calendar_text::parseInstant(textOf(column))) return *parsed;
     corrupt(column, "an instant");
 }
 
@@ -120,7 +123,7 @@ std::optional<CalendarDate> optionalDate(const SQLite::Column& column) {
 }
 
 Decimal decimal(const SQLite::Column& column) {
-    if (const auto parsed = Decimal::parse(column.getString())) return *parsed;
+    if (const auto parsed = Decimal::parse(textOf(column))) return *parsed;
     corrupt(column, "a decimal number");
 }
 

@@ -244,14 +244,29 @@ EngagementPayRate addPayRate(ModelContext& context, const Uuid& engagementID, Ca
     return rate;
 }
 
+EngagementPayRate readPayRate(SQLite::Statement& row) {
+    return EngagementPayRate{uuid(row.getColumn(0)), uuid(row.getColumn(1)), date(row.getColumn(2)), decimal(row.getColumn(3)),
+                             text(row.getColumn(4))};
+}
+
 std::vector<EngagementPayRate> payRates(ModelContext& context, const Uuid& engagementID) {
     auto& statement = context.prepare("SELECT id, engagementID, effectiveDate, hourlyAmount, currencyCode FROM "
                                       "EngagementPayRate WHERE engagementID = ?1 ORDER BY effectiveDate");
     bind(statement, 1, engagementID);
-    return readAll<EngagementPayRate>(statement, [](SQLite::Statement& row) {
-        return EngagementPayRate{uuid(row.getColumn(0)), uuid(row.getColumn(1)), date(row.getColumn(2)),
-                                 decimal(row.getColumn(3)), text(row.getColumn(4))};
-    });
+    return readAll<EngagementPayRate>(statement, readPayRate);
+}
+
+std::map<Uuid, std::vector<EngagementPayRate>> payRatesOfProduction(ModelContext& context, const Uuid& productionID) {
+    auto& statement = context.prepare(
+        "SELECT r.id, r.engagementID, r.effectiveDate, r.hourlyAmount, r.currencyCode FROM EngagementPayRate r "
+        "JOIN ProductionEngagement e ON r.engagementID = e.id WHERE e.productionID = ?1 ORDER BY r.engagementID, r.effectiveDate");
+    bind(statement, 1, productionID);
+    std::map<Uuid, std::vector<EngagementPayRate>> rates;
+    while (statement.executeStep()) {
+        auto rate = readPayRate(statement);
+        rates[rate.engagementID].push_back(std::move(rate));
+    }
+    return rates;
 }
 
 Uuid createClassification(ModelContext& context, const Uuid& productionID, const std::string& name) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -62,6 +63,8 @@ void removeEngagement(ModelContext& context, const Uuid& id);
 EngagementPayRate addPayRate(ModelContext& context, const Uuid& engagementID, CalendarDate effectiveDate,
                              const std::string& hourlyAmountText, const std::string& currencyCode);
 std::vector<EngagementPayRate> payRates(ModelContext& context, const Uuid& engagementID);  // by effective date
+// Every engagement's rates in one production, each engagement's by effective date.
+std::map<Uuid, std::vector<EngagementPayRate>> payRatesOfProduction(ModelContext& context, const Uuid& productionID);
 
 Uuid createClassification(ModelContext& context, const Uuid& productionID, const std::string& name);
 Uuid createCondition(ModelContext& context, const Uuid& productionID, const std::string& name);

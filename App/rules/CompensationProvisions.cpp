@@ -132,25 +132,40 @@ bool CompensationProvisions::removeEngagementTerm(ModelContext& context, const U
     return statement.exec() > 0;
 }
 
+namespace {
+constexpr const char* termColumns = "t.provisionKindRawValue, t.effectiveDate, t.overrideModeRawValue, t.personalDailyAmount, t.currencyCode";
+
+EngagementProvisionTerm readTerm(SQLite::Statement& row) {
+    return {row.getColumn(0).getString(), columns::date(row.getColumn(1)), overrideModeFromRawValue(row.getColumn(2).getString()),
+            row.getColumn(3).isNull() ? std::nullopt : std::optional(columns::decimal(row.getColumn(3))), row.getColumn(4).getString()};
+}
+}  // namespace
+
 std::vector<EngagementProvisionTerm> CompensationProvisions::engagementTerms(ModelContext& context, const Uuid& engagementID) {
-    auto& statement = context.prepare(
-        "SELECT provisionKindRawValue, effectiveDate, overrideModeRawValue, personalDailyAmount, currencyCode "
-        "FROM EngagementCompensationProvisionTerm WHERE engagementID = ?1 ORDER BY effectiveDate, rowid");
+    auto& statement = context.prepare(std::string("SELECT ") + termColumns +
+                                      " FROM EngagementCompensationProvisionTerm t WHERE t.engagementID = ?1 ORDER BY t.effectiveDate, t.rowid");
     columns::bind(statement, 1, engagementID);
     std::vector<EngagementProvisionTerm> terms;
-    while (statement.executeStep()) {
-        terms.push_back({statement.getColumn(0).getString(), columns::date(statement.getColumn(1)),
-                         overrideModeFromRawValue(statement.getColumn(2).getString()),
-                         statement.getColumn(3).isNull() ? std::nullopt : std::optional(columns::decimal(statement.getColumn(3))),
-                         statement.getColumn(4).getString()});
-    }
+    while (statement.executeStep()) terms.push_back(readTerm(statement));
+    return terms;
+}
+
+std::map<Uuid, std::vector<EngagementProvisionTerm>> CompensationProvisions::engagementTermsOfProduction(ModelContext& context,
+                                                                                                       const Uuid& productionID) {
+    // The engagement's id follows the term's columns.
+    auto& statement = context.prepare(std::string("SELECT ") + termColumns +
+                                      ", t.engagementID FROM EngagementCompensationProvisionTerm t JOIN ProductionEngagement e ON "
+                                      "t.engagementID = e.id WHERE e.productionID = ?1 ORDER BY t.engagementID, t.effectiveDate, t.rowid");
+    columns::bind(statement, 1, productionID);
+    std::map<Uuid, std::vector<EngagementProvisionTerm>> terms;
+    while (statement.executeStep()) terms[columns::uuid(statement.getColumn(5))].push_back(readTerm(statement));
     return terms;
 }
 
 std::optional<ResolvedCompensationProvision> CompensationProvisions::resolveFrom(
     const std::vector<ProductionCompensationProvisionDraft>& production, const std::vector<EngagementProvisionTerm>& terms,
     CompensationProvisionKind kind, CalendarDate date, ProvisionDayKind dayKind) {
-    const std::string kindText(toRawValue(kind));
+    const std::string_view kindText = toRawValue(kind);
     const auto configured = std::find_if(production.begin(), production.end(), [&](const auto& d) { return d.kind == kindText; });
     if (configured == production.end() || !configured->isEnabled) return std::nullopt;
     if (!flagsOf(*configured)[static_cast<std::size_t>(dayKind)]) return std::nullopt;

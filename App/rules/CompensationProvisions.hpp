@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,6 +32,7 @@ struct ResolvedCompensationProvision {
     Decimal amount;
     std::string currencyCode;
     CompensationProvisionOverrideMode amountOrigin = CompensationProvisionOverrideMode::productionDefault;
+    bool operator==(const ResolvedCompensationProvision&) const = default;
 };
 
 namespace provision_messages {
@@ -72,6 +74,8 @@ public:
     // Removes the engagement's term of the kind that starts on the date; false when there is none.
     static bool removeEngagementTerm(ModelContext& context, const Uuid& engagementID, CompensationProvisionKind kind, CalendarDate effectiveDate);
     static std::vector<EngagementProvisionTerm> engagementTerms(ModelContext& context, const Uuid& engagementID);
+    // Every engagement's terms in one production, each engagement's in date order.
+    static std::map<Uuid, std::vector<EngagementProvisionTerm>> engagementTermsOfProduction(ModelContext& context, const Uuid& productionID);
 
     // What an engagement is paid of a kind on a day, if anything.
     static std::optional<ResolvedCompensationProvision> resolve(ModelContext& context, const Uuid& productionID,

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "../support/StoreTest.hpp"
+#include "App/dts/CrewOnDTS.hpp"
 #include "App/dts/NonDTSActivities.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/expected/ExpectedPayrollReview.hpp"
@@ -214,6 +215,95 @@ TEST_F(StoredWeek, TheTextOfAComplexWeekIsUnchanged) {
         EXPECT_NE(explained.find(rule), std::string::npos) << rule << "\n" << explained;
     }
 }
+
+}  // namespace
+}  // namespace tessel
+
+namespace tessel {
+namespace {
+
+// A review kept between edits, told which DTS changed, answers exactly as a new review does.
+class KeptReviews;
+struct EditCase {
+    const char* name;
+    std::function<void(KeptReviews&, ExpectedPayrollReview&)> edit;  // makes the edit and tells the review
+};
+
+class KeptReviews : public StoredWeek, public ::testing::WithParamInterface<EditCase> {
+public:
+    std::vector<Uuid> rows;
+    Uuid secondPerson = crew_repository::createCrewMember(context, production.id, "Ada Quill").id;
+
+    void SetUp() override {
+        rules([](auto& c) {
+            c.additionalCompensation = {onTimedDays("perDiem", "40.00"), vacation()};
+            c.idleCompensation = IdleCompensationRuleDraft{28800, Decimal(1)};
+        });
+        rate(0, "45.00");
+        for (int d = 0; d < 3; ++d) rows.push_back(eightHourDay(d));
+        const auto ada = crew_repository::createEngagement(context, production.id, secondPerson, monday);
+        crew_repository::addPayRate(context, ada.id, monday, "38.00", "USD");
+    }
+    Uuid workdayOf(int offset) { return DailyTimeSheets::find(context, production.id, dayOf(offset))->id; }
+    std::string everyone(ExpectedPayrollReview& review) {
+        const auto week = ProductionWeekCalendars::findOrCreateWeek(context, production.id, monday);
+        std::string text;
+        for (const auto& r : review.weeklyForAll(week.id)) text += review_text::weekly(r, {.explain = true});
+        return text;
+    }
+};
+
+TEST_P(KeptReviews, AnswerAsANewReviewDoes) {
+    ExpectedPayrollReview kept(context, production.id);
+    everyone(kept);
+    GetParam().edit(*this, kept);
+    ExpectedPayrollReview fresh(context, production.id);
+    EXPECT_EQ(everyone(kept), everyone(fresh));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Edits, KeptReviews,
+    ::testing::Values(
+        EditCase{"aSharedWrap",
+                 [](KeptReviews& w, ExpectedPayrollReview& kept) {
+                     DailyTimeSheets::setSharedTime(w.context, w.workdayOf(1), DTSTimeField::wrap, at(dayOf(1), "20.3"));
+                     kept.forgetTimeSheet(w.workdayOf(1));
+                 }},
+        // The next day's call shortens the rest after Monday: Monday's turnaround changes too.
+        EditCase{"theNextDaysCall",
+                 [](KeptReviews& w, ExpectedPayrollReview& kept) {
+                     DailyTimeSheets::setRowTime(w.context, w.rows[1], DTSTimeField::call, at(dayOf(1), "4.0"));
+                     kept.forgetTimeSheet(w.workdayOf(1));
+                 }},
+        EditCase{"aRowsWorkMode",
+                 [](KeptReviews& w, ExpectedPayrollReview& kept) {
+                     DailyTimeSheets::setWorkMode(w.context, w.rows[2], CrewDailyWorkMode::prep);
+                     kept.forgetTimeSheet(w.workdayOf(2));
+                 }},
+        EditCase{"aRowAdded",
+                 [](KeptReviews& w, ExpectedPayrollReview& kept) {
+                     CrewOnDTS::addRow(w.context, w.workdayOf(0), w.secondPerson);
+                     kept.forgetTimeSheet(w.workdayOf(0));
+                 }},
+        // Without its Tuesday row, Rowan's Wednesday is the second day of the workweek.
+        EditCase{"aRowRemoved",
+                 [](KeptReviews& w, ExpectedPayrollReview& kept) {
+                     CrewOnDTS::removeRow(w.context, w.rows[1]);
+                     kept.forgetTimeSheet(w.workdayOf(1));
+                 }},
+        EditCase{"aDTSDeleted",
+                 [](KeptReviews& w, ExpectedPayrollReview& kept) {
+                     const Uuid tuesday = w.workdayOf(1);
+                     DailyTimeSheets::remove(w.context, tuesday);
+                     kept.forgetTimeSheet(tuesday);
+                 }},
+        EditCase{"aNewDTSAndAnActivity",
+                 [](KeptReviews& w, ExpectedPayrollReview& kept) {
+                     w.eightHourDay(3);
+                     w.activity(4, PayrollDayActivityKind::idleAvailable);
+                     kept.forgetTimeSheets();
+                 }}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace tessel
