@@ -199,6 +199,7 @@ struct ExpectedPayrollReview::Session {
     std::vector<Uuid> crewOrder;  // the production's crew in crew order
     std::map<std::pair<Uuid, CalendarDate>, std::optional<std::string>> vacationChanges;  // by engagement and week
     std::unordered_map<Uuid, std::pair<DailyReviewInputs, DailyPayrollReview>> lastDays;  // by crew row
+    static constexpr std::size_t maximumKeptDays = 4096;
 
     template <typename Map, typename Load>
     auto& cached(Map& map, const typename Map::key_type& key, Load load) {
@@ -426,6 +427,8 @@ struct ExpectedPayrollReview::Session {
         const auto last = lastDays.find(entryID);
         if (last != lastDays.end() && last->second.first == inputs) return last->second.second;
         DailyPayrollReview day = DailyReviewCalculator::calculate(inputs);
+        // A window shows a week or two at a time; browsing a whole season starts the memory afresh.
+        if (lastDays.size() >= maximumKeptDays) lastDays.clear();
         lastDays.insert_or_assign(entryID, std::pair(std::move(inputs), day));
         return day;
     }
@@ -743,8 +746,10 @@ std::vector<WeeklyCrewPayrollReview> ExpectedPayrollReview::weeklyForAll(const U
     }
     std::vector<WeeklyCrewPayrollReview> reviews;
     for (const auto& member : session_->crewOrder) {
-        if (people.contains(member)) reviews.push_back(session_->weekly(week, member));
+        if (people.erase(member) > 0) reviews.push_back(session_->weekly(week, member));
     }
+    // Anyone hired after the review began still has their week, after the others.
+    for (const auto& member : people) reviews.push_back(session_->weekly(week, member));
     return reviews;
 }
 

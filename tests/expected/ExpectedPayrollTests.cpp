@@ -5,6 +5,7 @@
 #include "App/dts/CrewOnDTS.hpp"
 #include "App/dts/NonDTSActivities.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
+#include "ReviewWeek.hpp"
 #include "App/expected/ExpectedPayrollReview.hpp"
 #include "App/expected/GoldenHourAdvisory.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
@@ -18,9 +19,7 @@ namespace {
 using namespace std::chrono;
 namespace weeks = payroll_week_repository;
 
-const CalendarDate monday = 2026y / November / 2;
-CalendarDate dayOf(int offset) { return CalendarDate(sys_days(monday) + days(offset)); }
-Instant at(CalendarDate date, const char* tenths) { return *payroll_decimal_time::parseTimeOfDay(tenths, date); }
+using namespace review_week;
 
 // WorkdayDurationDeriver on its own.
 struct DeriveCase {

@@ -8,6 +8,7 @@
 #include "App/dts/CrewOnDTS.hpp"
 #include "App/dts/NonDTSActivities.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
+#include "ReviewWeek.hpp"
 #include "App/expected/ExpectedPayrollReview.hpp"
 #include "App/expected/ReviewText.hpp"
 #include "App/model/CrewRoster.hpp"
@@ -24,9 +25,7 @@ namespace {
 using namespace std::chrono;
 namespace weeks = payroll_week_repository;
 
-const CalendarDate monday = 2026y / November / 2;
-CalendarDate dayOf(int offset) { return CalendarDate(sys_days(monday) + days(offset)); }
-Instant at(CalendarDate date, const char* tenths) { return *payroll_decimal_time::parseTimeOfDay(tenths, date); }
+using namespace review_week;
 
 ProductionCompensationProvisionDraft onTimedDays(const char* kind, const char* amount) {
     return {kind, true, Decimal(amount), "USD", true, false, false, false, false, false, false};
