@@ -198,7 +198,7 @@ struct ExpectedPayrollReview::Session {
     bool recalculating = false;
     std::vector<Uuid> crewOrder;  // the production's crew in crew order
     std::map<std::pair<Uuid, CalendarDate>, std::optional<std::string>> vacationChanges;  // by engagement and week
-    std::unordered_map<Uuid, std::pair<DailyReviewInputs, DailyPayrollReview>> lastDays;  // by crew row
+    std::unordered_map<Uuid, std::pair<DailyReviewInputs, std::shared_ptr<const DailyPayrollReview>>> lastDays;  // by crew row
     static constexpr std::size_t maximumKeptDays = 4096;
 
     template <typename Map, typename Load>
@@ -370,7 +370,8 @@ struct ExpectedPayrollReview::Session {
         });
     }
 
-    DailyPayrollReview day(const Workday& workday, const CrewDailyEntry& entry, const WeekFacts& facts, const std::vector<CalendarDate>& worked) {
+    std::shared_ptr<const DailyPayrollReview> day(const Workday& workday, const CrewDailyEntry& entry, const WeekFacts& facts,
+                                                  const std::vector<CalendarDate>& worked) {
         const DTSCalculationInput source = calculationInput(workday, entry, facts);
         const auto& engagement = this->engagement(entry.engagementID);
         const auto& revisionID = revisionOn(workday.calendarDate);
@@ -380,7 +381,7 @@ struct ExpectedPayrollReview::Session {
             review.status = {DailyPayrollStatus::Case::calculationFailed, std::nullopt, std::string(ruleset_messages::noRevision)};
             review.issues.push_back({PayrollReviewIssue::Kind::calculationFailure, review.status.failure,
                                      PayrollReviewIssue::DestinationKind::workday, workday.id});
-            return review;
+            return std::make_shared<const DailyPayrollReview>(std::move(review));
         }
         const auto sequence = CrewWorkdaySequenceResolver::position(worked, workday.calendarDate);
         // The locality: the row's own for the day, else the engagement's, else the ruleset's default.
@@ -422,11 +423,11 @@ struct ExpectedPayrollReview::Session {
         return calculated(entry.id, std::move(inputs));
     }
 
-    DailyPayrollReview calculated(const Uuid& entryID, DailyReviewInputs inputs) {
-        if (!recalculating) return DailyReviewCalculator::calculate(inputs);
+    std::shared_ptr<const DailyPayrollReview> calculated(const Uuid& entryID, DailyReviewInputs inputs) {
+        if (!recalculating) return std::make_shared<const DailyPayrollReview>(DailyReviewCalculator::calculate(inputs));
         const auto last = lastDays.find(entryID);
         if (last != lastDays.end() && last->second.first == inputs) return last->second.second;
-        DailyPayrollReview day = DailyReviewCalculator::calculate(inputs);
+        auto day = std::make_shared<const DailyPayrollReview>(DailyReviewCalculator::calculate(inputs));
         // A window shows a week or two at a time; browsing a whole season starts the memory afresh.
         if (lastDays.size() >= maximumKeptDays) lastDays.clear();
         lastDays.insert_or_assign(entryID, std::pair(std::move(inputs), day));
@@ -537,7 +538,7 @@ struct ExpectedPayrollReview::Session {
         std::vector<DailyPayrollReview> days;
         for (const auto& entry : facts.entriesByWorkday.at(workday.id)) {
             const auto worked = entry.crewMemberID ? datesOf(rowsOf(facts, *entry.crewMemberID)) : std::vector{workday.calendarDate};
-            days.push_back(day(workday, entry, facts, worked));
+            days.push_back(*day(workday, entry, facts, worked));
         }
         return days;
     }

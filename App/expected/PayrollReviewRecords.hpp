@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -182,6 +183,48 @@ struct DailyPayrollReview {
     std::vector<PayrollReviewIssue> issues{};
 };
 
+// A list of immutable records shared between its copies: copying the list copies pointers, not records.
+// A review kept between edits hands the same unchanged days to every recalculation of a week, so a
+// recalculation neither copies nor frees them. It reads as a list of the records themselves.
+template <typename Record>
+class SharedRecords {
+public:
+    using Pointer = std::shared_ptr<const Record>;
+    class const_iterator {
+    public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = Record;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const Record*;
+        using reference = const Record&;
+        const_iterator() = default;
+        explicit const_iterator(typename std::vector<Pointer>::const_iterator at) : at_(at) {}
+        reference operator*() const { return **at_; }
+        pointer operator->() const { return at_->get(); }
+        const_iterator& operator++() { ++at_; return *this; }
+        const_iterator operator++(int) { const_iterator before = *this; ++at_; return before; }
+        bool operator==(const const_iterator&) const = default;
+
+    private:
+        typename std::vector<Pointer>::const_iterator at_{};
+    };
+
+    void push_back(Pointer record) { records_.push_back(std::move(record)); }
+    void push_back(Record record) { records_.push_back(std::make_shared<const Record>(std::move(record))); }
+    void reserve(std::size_t count) { records_.reserve(count); }
+    std::size_t size() const noexcept { return records_.size(); }
+    bool empty() const noexcept { return records_.empty(); }
+    const Record& operator[](std::size_t index) const { return *records_[index]; }
+    const Record& at(std::size_t index) const { return *records_.at(index); }
+    const Record& front() const { return *records_.front(); }
+    const Record& back() const { return *records_.back(); }
+    const_iterator begin() const { return const_iterator(records_.begin()); }
+    const_iterator end() const { return const_iterator(records_.end()); }
+
+private:
+    std::vector<Pointer> records_;
+};
+
 struct IdlePayrollContribution {
     enum class Status { calculated, missingRule, missingRate };
     Uuid activityID;
@@ -221,7 +264,7 @@ struct WeeklyCrewPayrollReview {
     std::optional<Uuid> rulesetRevisionID{};
     std::optional<CalendarDate> rulesetEffectiveFrom{};
     std::vector<PayrollReviewCategory> categories{};
-    std::vector<DailyPayrollReview> days{};
+    SharedRecords<DailyPayrollReview> days{};
     std::vector<NonDTSPayrollActivityReview> nonDTSActivities{};
     std::optional<Money> estimatedGross{};
     bool estimatedGrossIsPartial = false;

@@ -90,8 +90,8 @@ Json issueJSON(const PayrollReviewIssue& issue) {
                       {"id", issue.destination.text()}}}};
 }
 
-template <typename Item, typename Encode>
-Json list(const std::vector<Item>& items, Encode encode) {
+template <typename Items, typename Encode>
+Json list(const Items& items, Encode encode) {
     Json json = Json::array();
     for (const auto& item : items) json.push_back(encode(item));
     return json;
