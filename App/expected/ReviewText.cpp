@@ -210,12 +210,14 @@ void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCa
     writeTable(text, categoryLines(categories, categories, style, day, nullptr), indent);
 }
 
-// "Over-scale 52.00/hr (the engagement's rate from 2026-11-01)"
+// "Over-scale 52.00/hr (the engagement's rate from 2026-11-01)"; a day priced outside any engagement (the
+// sandbox) shows the rate it was given.
 std::string rateWords(const DailyPayrollReview& d, const Style& style) {
-    if (!d.rateResolution) return std::string(review_words::noApplicablePayRate);
-    const auto& r = *d.rateResolution;
-    std::string words = "Over-scale " + r.hourlyAmount.toString() + "/hr (the engagement's rate from " + calendar_text::formatDate(r.effectiveDate) + ")";
-    return words + (style.explain ? "  [overScale]" : "");
+    if (!d.rateResolution || !d.applicableRate) return std::string(review_words::noApplicablePayRate);
+    const std::string hourly = amount(*d.applicableRate) + "/hr";
+    if (!d.source.engagementID) return hourly;
+    return "Over-scale " + hourly + " (the engagement's rate from " + calendar_text::formatDate(d.rateResolution->effectiveDate) + ")" +
+           (style.explain ? "  [overScale]" : "");
 }
 
 void writeGuarantees(std::ostringstream& text, const DailyPayrollReview& d, const Style& style) {
