@@ -1,7 +1,6 @@
 #include "WeeklyPayrollAggregator.hpp"
 
 #include <algorithm>
-#include <set>
 
 namespace tessel {
 namespace {
@@ -77,9 +76,11 @@ WeeklyPayrollResult WeeklyPayrollAggregator::aggregate(std::vector<WeeklyPayroll
 
 CrewWorkdaySequencePosition CrewWorkdaySequenceResolver::position(
     const std::vector<std::chrono::year_month_day>& workedDates, std::chrono::year_month_day date) {
-    std::set<std::chrono::sys_days> distinct;
-    for (const auto& worked : workedDates) distinct.insert(std::chrono::sys_days(worked));
-    const auto earlier = std::distance(distinct.begin(), distinct.lower_bound(std::chrono::sys_days(date)));
+    // A sorted vector rather than a set: one allocation, since every crew row of a week asks.
+    std::vector<std::chrono::sys_days> distinct(workedDates.begin(), workedDates.end());
+    std::sort(distinct.begin(), distinct.end());
+    distinct.erase(std::unique(distinct.begin(), distinct.end()), distinct.end());
+    const auto earlier = std::distance(distinct.begin(), std::lower_bound(distinct.begin(), distinct.end(), std::chrono::sys_days(date)));
     return {static_cast<int>(earlier) + 1};
 }
 
