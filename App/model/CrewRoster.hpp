@@ -22,9 +22,9 @@ struct DatedEngagementTerm {
 struct EngagementRecord {
     ProductionEngagement engagement;
     std::optional<std::string> classification;
-    std::vector<std::string> conditions;
-    std::vector<DatedEngagementTerm> rates, guarantees, boxRentals;
-    std::optional<std::int64_t> requiredRestSeconds;
+    std::vector<std::string> conditions{};
+    std::vector<DatedEngagementTerm> rates{}, guarantees{}, boxRentals{};
+    std::optional<std::int64_t> requiredRestSeconds{};
 };
 
 // The production's crew list and each person's engagements with their dated terms: the editors' rules.
