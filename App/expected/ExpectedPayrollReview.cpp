@@ -226,6 +226,22 @@ struct ExpectedPayrollReview::Session {
         return CompensationProvisions::resolveFrom(production, terms, kind, date, dayKind);
     }
 
+    // Whether the production's provisions and the engagement's terms are the same on every day of the week
+    // starting on the date, so that no percentage can change within it.
+    bool provisionsSettledFor(const Uuid& engagementID, CalendarDate weekStart) {
+        const auto draftsOn = [&](CalendarDate date) -> const auto& {
+            return cached(provisionsByDate, date, [&] { return CompensationProvisions::productionDrafts(context, production.id, date); });
+        };
+        const auto& first = draftsOn(weekStart);
+        for (int day = 1; day < 7; ++day) {
+            if (!(draftsOn(CalendarDate(sys_days(weekStart) + days(day))) == first)) return false;
+        }
+        const auto& terms = cached(provisionTerms, engagementID, [&] { return CompensationProvisions::engagementTerms(context, engagementID); });
+        return std::none_of(terms.begin(), terms.end(), [&](const auto& term) {
+            return sys_days(term.effectiveDate) > sys_days(weekStart) && sys_days(term.effectiveDate) < sys_days(weekStart) + days(7);
+        });
+    }
+
     // The engagement's personal daily guarantee in force on the date (the latest term on or before it).
     std::optional<std::int64_t> personalGuarantee(const Uuid& engagementID, CalendarDate date) {
         const auto& terms = cached(guaranteeTerms, engagementID, [&] {
@@ -672,9 +688,12 @@ struct ExpectedPayrollReview::Session {
             }
             return std::nullopt;
         };
-        // Checked once per engagement and week: a kept review recalculates the same week again and again.
-        const auto& change = cached(vacationChanges, std::pair(*engagementID, review.weekStartDate),
-                                    [&] { return CompensationProvisions::vacationPayChangeWithinWeek(percentageOn, review.weekStartDate); });
+        // Checked once per engagement and week (a kept review recalculates the same week again and again),
+        // and only when a provision or a term of the engagement takes effect within the week.
+        const auto& change = cached(vacationChanges, std::pair(*engagementID, review.weekStartDate), [&]() -> std::optional<std::string> {
+            if (provisionsSettledFor(*engagementID, review.weekStartDate)) return std::nullopt;
+            return CompensationProvisions::vacationPayChangeWithinWeek(percentageOn, review.weekStartDate);
+        });
         if (change) throw PayrollReviewError(*change);
         for (const auto& day : review.days) {
             const auto resolved = provision(*engagementID, CompensationProvisionKind::vacationPay, day.calendarDate,
