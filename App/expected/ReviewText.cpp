@@ -277,7 +277,9 @@ void writeMeal(std::ostringstream& text, const DailyPayrollReview& d, const Meal
     if (t.clockStart) text << " clock from " << eventWords(*t.clockStart, d) << ",";
     if (t.contractualDueTime) text << " due " << formatTimeOfDay(t.contractualDueTime, d.calendarDate);
     if (t.graceProtectedThrough && t.contractualDueTime) {
-        text << " (grace " << hours(WorkDuration(duration_cast<seconds>(*t.graceProtectedThrough - *t.contractualDueTime).count())) << " to "
+        // The first meal's grace is the one called for the crew (its sentence follows); a later meal's
+        // applies by the rules without being called.
+        text << (t.firstMealGraceDisposition ? " (called grace " : " (automatic grace ") << hours(WorkDuration(duration_cast<seconds>(*t.graceProtectedThrough - *t.contractualDueTime).count())) << " to "
              << formatTimeOfDay(t.graceProtectedThrough, d.calendarDate) << ")";
     }
     if (t.satisfactionEvent) text << ", " << eventWords(*t.satisfactionEvent, d);
