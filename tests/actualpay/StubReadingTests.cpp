@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "App/actualpay/StubNumbers.hpp"
 #include "App/actualpay/StubText.hpp"
 
@@ -63,6 +65,77 @@ INSTANTIATE_TEST_SUITE_P(
                       NumberCase{"12.3.4", C::invalid, {}}, NumberCase{"(-12.00)", C::invalid, {}}, NumberCase{"1,234.5.6", C::invalid, {}},
                       NumberCase{"12 34", C::invalid, {}}, NumberCase{"$", C::invalid, {}}, NumberCase{"-", C::invalid, {}},
                       NumberCase{"12345678901234567890123456789012345", C::invalid, {}}));
+
+}  // namespace
+}  // namespace tessel
+
+#include "App/actualpay/StubExtraction.hpp"
+#include "StubPdf.hpp"
+
+namespace tessel {
+namespace {
+
+using testing::drawnPdf;
+
+TEST(StubTextLayer, GivesEachWordWithItsBoxOnTheVisiblePage) {
+    const std::string pdf = drawnPdf({{{72, 100, "Occupation Title: Grip"}, {400, 100, "1,234.50"}, {72, 130, "Pay Period"}},
+                                      {{306, 396, "Totals"}}});
+    const auto evidence = extractTextLayer(pdf, PayStubTextSource::embeddedOCRText);
+    EXPECT_EQ(evidence.pageCount, 2);
+    EXPECT_EQ(evidence.source, PayStubTextSource::embeddedOCRText);
+    std::vector<std::string> words;
+    for (const auto& token : evidence.tokens) words.push_back(token.rawText);
+    std::sort(words.begin(), words.end());  // in poppler's reading order, which lines then put in place
+    EXPECT_EQ(words, (std::vector<std::string>{"1,234.50", "Grip", "Occupation", "Pay", "Period", "Title:", "Totals"}));
+    const auto& first = evidence.tokens.front();
+    EXPECT_EQ(first.normalizedText, "OCCUPATION");
+    EXPECT_EQ(first.pageIndex, 0);
+    EXPECT_NEAR(first.normalizedBounds.x, 72.0 / 612, 0.005);
+    EXPECT_NEAR(first.normalizedBounds.y + first.normalizedBounds.height, 100.0 / 792, 0.01);  // sits on its baseline
+    EXPECT_EQ(evidence.tokens.back().pageIndex, 1);
+    EXPECT_NEAR(evidence.tokens.back().normalizedBounds.x, 0.5, 0.005);
+
+    const auto lines = tokenLines(evidence);
+    ASSERT_EQ(lines.size(), 3u);
+    EXPECT_EQ(lines[0].normalizedText(), "OCCUPATION TITLE: GRIP 1,234.50");
+    EXPECT_EQ(lines[1].rawText(), "Pay Period");
+    EXPECT_EQ(lines[2].pageIndex, 1);
+}
+
+struct UnreadableCase {
+    const char* name;
+    std::string bytes;
+    PayStubTextSource source;
+    const char* sentence;
+};
+
+class UnreadableStubs : public ::testing::TestWithParam<UnreadableCase> {};
+
+TEST_P(UnreadableStubs, AreRefusedInOneSentence) {
+    try {
+        extractTextLayer(GetParam().bytes, GetParam().source);
+        FAIL() << "read";
+    } catch (const PayStubExtractionError& error) {
+        EXPECT_STREQ(error.what(), GetParam().sentence);
+    }
+}
+
+// A catalogue with no pages at all, in a file poppler can still open.
+const std::string zeroPages =
+    "%PDF-1.4\n1 0 obj << /Type /Catalog /Pages 2 0 R >> endobj\n2 0 obj << /Type /Pages /Kids [] /Count 0 >> endobj\n"
+    "trailer << /Root 1 0 R >>\n%%EOF\n";
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, UnreadableStubs,
+    ::testing::Values(UnreadableCase{"empty", "", PayStubTextSource::embeddedPDFText, "The selected pay stub is empty."},
+                      UnreadableCase{"notAPdf", "Dear payroll, please find attached", PayStubTextSource::embeddedPDFText,
+                                     "The selected pay stub is not a readable PDF."},
+                      UnreadableCase{"truncated", drawnPdf({{{72, 72, "Gross"}}}).substr(0, 300), PayStubTextSource::embeddedPDFText,
+                                     "The selected pay stub is not a readable PDF."},
+                      UnreadableCase{"zeroPages", zeroPages, PayStubTextSource::embeddedPDFText, "The selected pay stub contains no pages."},
+                      UnreadableCase{"ocrAskedOfTheTextLayer", drawnPdf({{{72, 72, "Gross"}}}), PayStubTextSource::tesseractOCR,
+                                     "Choose an embedded PDF-text source for PDFKit extraction."}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace tessel
