@@ -139,3 +139,84 @@ INSTANTIATE_TEST_SUITE_P(
 
 }  // namespace
 }  // namespace tessel
+
+#include "App/actualpay/StubEarnings.hpp"
+
+namespace tessel {
+namespace {
+
+// Words placed on a page in page-relative units, each 0.012 high and 0.008 wide per character.
+struct Word {
+    double x, y;
+    const char* text;
+};
+
+PayStubTextEvidence evidenceOf(const std::vector<Word>& words, int page = 0) {
+    PayStubTextEvidence evidence{PayStubTextSource::embeddedPDFText, page + 1, {}};
+    for (const auto& word : words) {
+        const double width = 0.008 * static_cast<double>(std::string_view(word.text).size());
+        evidence.tokens.push_back({"t" + std::to_string(evidence.tokens.size()), word.text, stub_text::normalized(word.text), page,
+                                   {word.x, word.y, width, 0.012}, PayStubTextSource::embeddedPDFText, std::nullopt});
+    }
+    return evidence;
+}
+
+// The header and its columns as a fixture prints them; rows are added by each test.
+std::vector<Word> table(std::vector<Word> rows, bool taxes = false) {
+    std::vector<Word> words{{0.08, 0.30, "DESC"}, {0.40, 0.30, "RATE"}, {0.52, 0.30, "HOURS"}, {0.64, 0.30, "AMOUNT"}};
+    if (taxes) words.insert(words.end(), {{0.78, 0.30, "TAXES"}, {0.90, 0.30, "AMOUNT"}});
+    words.insert(words.end(), rows.begin(), rows.end());
+    return words;
+}
+
+std::string statusOf(const PayStubEarningsRow& row) { return std::string(toRawValue(row.arithmetic.status)); }
+
+TEST(StubEarnings, RebuildTheTableWithItsArithmetic) {
+    const auto analysis = analyzeEarnings(evidenceOf(table({{0.08, 0.33, "REGULAR"}, {0.40, 0.33, "45.00"}, {0.52, 0.33, "8.0"}, {0.64, 0.33, "360.00"},
+                                                             {0.08, 0.35, "OVERTIME"}, {0.40, 0.35, "67.50"}, {0.52, 0.35, "3.5"}, {0.64, 0.35, "236.25"},
+                                                             {0.08, 0.37, "MEAL"}, {0.13, 0.37, "PENALTY"}, {0.64, 0.37, "8.50"},
+                                                             {0.08, 0.40, "TOTALS"}, {0.52, 0.40, "11.5"}, {0.64, 0.40, "604.75"}})));
+    ASSERT_EQ(analysis.rows.size(), 3u);
+    EXPECT_EQ(analysis.rows[0].id, "embeddedPDFText-row-0");
+    EXPECT_EQ(analysis.rows[2].normalizedDescription, "MEAL PENALTY");
+    EXPECT_EQ(statusOf(analysis.rows[0]), "exact");
+    EXPECT_EQ(statusOf(analysis.rows[1]), "exact");  // 67.50 x 3.5 = 236.250, printed to the cent
+    EXPECT_EQ(statusOf(analysis.rows[2]), "notApplicable");  // a flat amount has no rate or hours
+    EXPECT_EQ(analysis.totalHours->resolved()->toString(), "11.5");
+    EXPECT_EQ(analysis.gross->resolved()->toString(), "604.75");
+    EXPECT_EQ(analysis.sumValidation.status, PayStubArithmeticStatus::exact);
+}
+
+TEST(StubEarnings, NameEveryRowThatDoesNotReconcile) {
+    const auto analysis = analyzeEarnings(evidenceOf(table({{0.08, 0.33, "REGULAR"}, {0.40, 0.33, "45.00"}, {0.52, 0.33, "8.0"}, {0.64, 0.33, "360.01"},
+                                                             {0.08, 0.35, "KIT"}, {0.40, 0.35, "$1,500"}, {0.52, 0.35, "1"}, {0.64, 0.35, "1,500.00"},
+                                                             {0.08, 0.40, "TOTALS"}, {0.64, 0.40, "1,860.00"}})));
+    ASSERT_EQ(analysis.rows.size(), 2u);
+    EXPECT_EQ(statusOf(analysis.rows[0]), "inconsistent");
+    EXPECT_EQ(analysis.rows[0].arithmetic.difference->toString(), "0.01");
+    EXPECT_EQ(analysis.rows[0].arithmetic.reviewReason, "Rate × hours does not reconcile to the printed amount.");
+    EXPECT_EQ(statusOf(analysis.rows[1]), "normalizedConsistent");  // read only once its grouping and currency are
+    EXPECT_EQ(analysis.sumValidation.status, PayStubArithmeticStatus::inconsistent);
+    EXPECT_EQ(analysis.sumValidation.difference->toString(), "-0.01");
+}
+
+TEST(StubEarnings, LeaveTaxesOutOfTheEarnings) {
+    const auto analysis = analyzeEarnings(evidenceOf(
+        table({{0.08, 0.33, "REGULAR"}, {0.40, 0.33, "45.00"}, {0.52, 0.33, "8.0"}, {0.64, 0.33, "360.00"}, {0.78, 0.33, "FICA"}, {0.90, 0.33, "22.32"},
+               {0.08, 0.40, "TOTALS"}, {0.52, 0.40, "8.0"}, {0.64, 0.40, "360.00"}},
+              true)));
+    ASSERT_EQ(analysis.rows.size(), 1u);
+    EXPECT_EQ(analysis.rows[0].rawAmount, "360.00");
+    EXPECT_EQ(analysis.rows[0].rawDescription, "REGULAR");
+    EXPECT_EQ(analysis.sumValidation.status, PayStubArithmeticStatus::exact);
+}
+
+TEST(StubEarnings, SayWhyNoTableWasFound) {
+    const auto analysis = analyzeEarnings(evidenceOf({{0.08, 0.30, "DESC"}, {0.40, 0.30, "RATE"}, {0.08, 0.33, "REGULAR"}}));
+    EXPECT_FALSE(analysis.found());
+    EXPECT_EQ(analysis.diagnostics, (std::vector<std::string>{"No reliable single-page earnings geometry is available.",
+                                                              "No earnings table reconstructed from the available geometry."}));
+}
+
+}  // namespace
+}  // namespace tessel
