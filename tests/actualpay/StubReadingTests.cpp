@@ -220,3 +220,63 @@ TEST(StubEarnings, SayWhyNoTableWasFound) {
 
 }  // namespace
 }  // namespace tessel
+
+#include "App/actualpay/StubFields.hpp"
+
+namespace tessel {
+namespace {
+
+std::vector<PayStubTokenLine> linesOf(const std::vector<std::string>& texts) {
+    std::vector<Word> words;
+    double y = 0.05;
+    for (const auto& text : texts) {
+        words.push_back({0.05, y, text.c_str()});
+        y += 0.03;
+    }
+    return tokenLines(evidenceOf(words));
+}
+
+struct MarkerCase {
+    const char* name;
+    std::vector<std::string> lines;
+    int count;
+    bool recognized;
+};
+
+class EPMarkers : public ::testing::TestWithParam<MarkerCase> {};
+
+TEST_P(EPMarkers, NeedThreeOfFour) {
+    const auto found = ep_layout::markers(linesOf(GetParam().lines));
+    EXPECT_EQ(found.count(), GetParam().count);
+    EXPECT_EQ(found.recognized(), GetParam().recognized);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Stubs, EPMarkers,
+    ::testing::Values(MarkerCase{"all", {"Entertainment Partners", "Pay Period", "Occupation Title: Grip", "Totals", "Gross 604.75"}, 4, true},
+                      MarkerCase{"noCompanyName", {"Pay Period", "Occupation\u00A0Title: Grip", "TOTALS 11.5 604.75 GROSS"}, 3, true},
+                      MarkerCase{"totalsWithoutGross", {"Pay Period", "Occupation Title: Grip", "Totals 604.75"}, 2, false},
+                      MarkerCase{"twoMarkers", {"ENTERTAINMENT PARTNERS", "PAY PERIOD"}, 2, false},
+                      MarkerCase{"spacedLetters", {"E N T E R T A I N M E N T  P A R T N E R S", "Pay-Period", "Occupation.Title", "x"}, 3, true}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(EPFields, AreReadFromTheFirstLineMatchingEach) {
+    const auto fields = ep_layout::printedFields(
+        linesOf({"Entertainment Partners", "1 Dana M. Rivera-Ortiz SSN: XXX-XX-1234", "Occupation\u00A0Title:  Key Grip ",
+                 "Pay Period Start: 11/02/26 End: 11/08/2026", "Occupation Title: Best Boy"}),
+        PayStubTextSource::embeddedPDFText);
+    ASSERT_TRUE(fields.employeeName && fields.occupation && fields.payPeriod);
+    EXPECT_EQ(fields.employeeName->value, "DANA M. RIVERA-ORTIZ");
+    EXPECT_EQ(fields.employeeName->excerpt.rawText, "1 Dana M. Rivera-Ortiz SSN: XXX-XX-1234");
+    EXPECT_EQ(fields.occupation->value, "KEY GRIP");
+    EXPECT_EQ(fields.payPeriod->value.first, CalendarDate(std::chrono::year(2026) / 11 / 2));
+    EXPECT_EQ(fields.payPeriod->value.second, CalendarDate(std::chrono::year(2026) / 11 / 8));
+}
+
+TEST(EPFields, ANonexistentDateIsNoPeriod) {
+    const auto fields = ep_layout::printedFields(linesOf({"Start: 02/30/2026 End: 03/06/2026"}), PayStubTextSource::embeddedPDFText);
+    EXPECT_FALSE(fields.payPeriod.has_value());
+}
+
+}  // namespace
+}  // namespace tessel
