@@ -3,6 +3,7 @@
 #include <string>
 
 #include "App/actualpay/StubEarnings.hpp"
+#include "App/actualpay/StubFields.hpp"
 #include "App/actualpay/StubText.hpp"
 
 // A token stream as any reading might give it: each token is five bytes (page, x, y, width, height, in
@@ -22,6 +23,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         evidence.tokens.push_back({std::to_string(evidence.tokens.size()), text, tessel::stub_text::normalized(text), page, bounds,
                                    tessel::PayStubTextSource::tesseractOCR, 0.9f});
     }
+    const auto lines = tessel::tokenLines(evidence);
+    (void)tessel::ep_layout::markers(lines);
+    (void)tessel::ep_layout::printedFields(lines, evidence.source);
     const auto analysis = tessel::analyzeEarnings(evidence);
     if (!analysis.found() && analysis.diagnostics.empty()) __builtin_trap();
     return 0;
