@@ -280,3 +280,30 @@ TEST(EPFields, ANonexistentDateIsNoPeriod) {
 
 }  // namespace
 }  // namespace tessel
+
+#include "App/actualpay/StubOcr.hpp"
+
+namespace tessel {
+namespace {
+
+// OCR reads the page's pixels only: the words it gives are those the page shows, where it shows them.
+TEST(StubOcr, ReadsTheWordsThePageShowsWhereItShowsThem) {
+    const std::string pdf = drawnPdf({{{72, 100, "EARNINGS STATEMENT"}, {72, 160, "REGULAR"}, {400, 160, "1,234.50"}}});
+    StubOcrEngine engine;
+    const auto evidence = engine.read(pdf);
+    EXPECT_EQ(evidence.source, PayStubTextSource::tesseractOCR);
+    const auto lines = tokenLines(evidence);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].normalizedText(), "EARNINGS STATEMENT");
+    EXPECT_EQ(lines[1].normalizedText(), "REGULAR 1,234.50");
+    const auto& amount = lines[1].tokens.back();
+    EXPECT_NEAR(amount.normalizedBounds.x, 400.0 / 612, 0.01);
+    EXPECT_NEAR(amount.normalizedBounds.y + amount.normalizedBounds.height, 160.0 / 792, 0.01);
+    ASSERT_TRUE(amount.confidence.has_value());
+    EXPECT_GT(*amount.confidence, 0.5f);
+    EXPECT_THROW(engine.read(""), PayStubExtractionError);  // the engine stays usable after a refusal
+    EXPECT_EQ(engine.read(pdf).tokens.size(), evidence.tokens.size());
+}
+
+}  // namespace
+}  // namespace tessel
