@@ -307,3 +307,92 @@ TEST(StubOcr, ReadsTheWordsThePageShowsWhereItShowsThem) {
 
 }  // namespace
 }  // namespace tessel
+
+#include "App/actualpay/StubInterpretation.hpp"
+
+namespace tessel {
+namespace {
+
+// An Entertainment Partners stub as a payroll company prints one, in points on a Letter page.
+std::string epStub(const char* regularAmount = "360.00") {
+    const double desc = 72, rate = 250, hours = 330, amount = 420;
+    return drawnPdf({{{72, 60, "Entertainment Partners"},
+                      {72, 90, "DANA M RIVERA SSN: XXX-XX-1234"},
+                      {72, 108, "Occupation Title: Key Grip"},
+                      {72, 126, "Pay Period Start: 11/02/2026 End: 11/08/2026"},
+                      {desc, 170, "DESC"}, {rate, 170, "RATE"}, {hours, 170, "HOURS"}, {amount, 170, "AMOUNT"},
+                      {desc, 188, "REGULAR"}, {rate, 188, "45.00"}, {hours, 188, "8.0"}, {amount, 188, regularAmount},
+                      {desc, 206, "OVERTIME"}, {rate, 206, "67.50"}, {hours, 206, "3.5"}, {amount, 206, "236.25"},
+                      {desc, 224, "MEAL PENALTY"}, {amount, 224, "8.50"},
+                      {desc, 250, "TOTALS"}, {hours, 250, "11.5"}, {amount, 250, "604.75"},
+                      {desc, 268, "GROSS"}, {amount, 268, "604.75"}}});
+}
+
+PayStubTextEvidence asOcr(PayStubTextEvidence evidence) {
+    evidence.source = PayStubTextSource::tesseractOCR;
+    for (auto& token : evidence.tokens) token.source = PayStubTextSource::tesseractOCR;
+    return evidence;
+}
+
+TEST(EPInterpretation, AgreesWithItselfAcrossBothReadings) {
+    const std::string pdf = epStub();
+    StubOcrEngine engine;
+    const auto stub = interpretEPStub(extractTextLayer(pdf, PayStubTextSource::embeddedPDFText), engine.read(pdf));
+    EXPECT_EQ(stub.printedEmployeeName.value, "DANA M RIVERA");
+    EXPECT_FALSE(stub.printedEmployeeName.reviewReason.has_value()) << *stub.printedEmployeeName.reviewReason;
+    EXPECT_EQ(stub.printedOccupation.value, "KEY GRIP");
+    EXPECT_EQ(stub.payPeriodStart.value, CalendarDate(std::chrono::year(2026) / 11 / 2));
+    EXPECT_EQ(stub.payPeriodEnd.value, CalendarDate(std::chrono::year(2026) / 11 / 8));
+    ASSERT_EQ(stub.earningLines.size(), 3u);
+    std::vector<std::string> lines;
+    for (const auto& line : stub.earningLines) {
+        lines.push_back(*line.printedLabel.value + " " + (line.amount.value ? line.amount.value->toString() : "-") +
+                        (line.printedLabel.reviewReason || line.amount.reviewReason ? " (review)" : ""));
+    }
+    EXPECT_EQ(lines, (std::vector<std::string>{"REGULAR 360.00", "OVERTIME 236.25", "MEAL PENALTY 8.50"}));
+    EXPECT_EQ(stub.gross.value->toString(), "604.75");
+    EXPECT_EQ(stub.totalHours.value->toString(), "11.5");
+    EXPECT_FALSE(stub.gross.reviewReason.has_value());
+}
+
+TEST(EPInterpretation, ShowsEveryDoubtNextToItsValue) {
+    const auto embedded = extractTextLayer(epStub("360.01"), PayStubTextSource::embeddedPDFText);
+    auto ocr = asOcr(embedded);
+    // The OCR reading sees another amount on the overtime row, and misses the meal penalty row.
+    for (auto& token : ocr.tokens) {
+        if (token.rawText == "236.25") token.rawText = token.normalizedText = "238.25";
+    }
+    std::erase_if(ocr.tokens, [](const auto& t) { return t.rawText == "8.50" || t.rawText == "MEAL" || t.rawText == "PENALTY"; });
+    const auto stub = interpretEPStub(embedded, ocr);
+    ASSERT_EQ(stub.earningLines.size(), 3u);
+    EXPECT_EQ(stub.earningLines[0].amount.reviewReason, "Rate × hours does not reconcile to the printed amount.");
+    EXPECT_EQ(stub.earningLines[1].amount.reviewReason, "The extraction sources do not agree on the amount.");
+    EXPECT_EQ(stub.earningLines[1].amount.value->toString(), "236.25");  // proposed from the text layer
+    EXPECT_EQ(stub.earningLines[2].printedLabel.reviewReason,
+              "This physical earning row could not be associated uniquely across extraction sources. Review it against the PDF; another "
+              "unassociated row may represent the same evidence.");
+    EXPECT_EQ(stub.earningLines[2].amount.value->toString(), "8.50");  // never dropped
+}
+
+TEST(EPInterpretation, RefusesWhatItDoesNotRecognise) {
+    const std::string letter = drawnPdf({{{72, 72, "Dear payroll,"}, {72, 90, "Pay Period Start: 11/02/2026 End: 11/08/2026"}}});
+    const auto text = extractTextLayer(letter, PayStubTextSource::embeddedPDFText);
+    try {
+        interpretEPStub(text, asOcr(text));
+        FAIL();
+    } catch (const EPPayStubInterpretationError& error) {
+        EXPECT_STREQ(error.what(), "Tessel doesn't recognize this pay-stub format yet.");
+    }
+    const std::string noTable =
+        drawnPdf({{{72, 60, "Entertainment Partners"}, {72, 108, "Occupation Title: Grip"}, {72, 126, "Pay Period"}, {72, 140, "TOTALS GROSS"}}});
+    const auto markersOnly = extractTextLayer(noTable, PayStubTextSource::embeddedPDFText);
+    try {
+        interpretEPStub(markersOnly, asOcr(markersOnly));
+        FAIL();
+    } catch (const EPPayStubInterpretationError& error) {
+        EXPECT_EQ(error.errorCase(), EPPayStubInterpretationError::Case::noEarnings);
+    }
+}
+
+}  // namespace
+}  // namespace tessel
