@@ -12,6 +12,7 @@
 #include "App/shell/ReviewCommands.hpp"
 #include "App/shell/RulesCommands.hpp"
 #include "App/shell/StoreCommands.hpp"
+#include "App/shell/StubCommands.hpp"
 
 namespace tessel {
 
@@ -38,6 +39,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     ReviewCommandArguments reviewArguments;
     DiagnosticCommandArguments diagnosticArguments;
     LibraryCommandArguments libraryArguments;
+    StubCommandArguments stubArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
     addDiagnosticCommands(*app.get_subcommand("store"), session, diagnosticArguments, exitStatus);
@@ -46,6 +48,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     addRulesCommands(app, session, rulesArguments, exitStatus);
     addReviewCommands(app, session, reviewArguments, exitStatus);
     addLibraryCommands(app, session, libraryArguments, exitStatus);
+    addStubCommands(app, session, stubArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());

@@ -147,6 +147,8 @@ std::optional<std::string> CommandSession::readInputFile(const std::string& path
     // A folder opens as a stream on Linux but fails on its first read; it is refused here instead.
     if (fs::is_regular_file(path, error)) {
         std::ifstream in(path, std::ios::binary);
+        // An empty file is read as empty: inserting an empty stream buffer reports a failure of its own.
+        if (in && in.peek() == std::ifstream::traits_type::eof() && !in.bad()) return std::string();
         std::ostringstream bytes;
         if (in && bytes << in.rdbuf() && !in.bad()) return std::move(bytes).str();
     }
