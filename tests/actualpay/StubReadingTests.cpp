@@ -396,3 +396,31 @@ TEST(EPInterpretation, RefusesWhatItDoesNotRecognise) {
 
 }  // namespace
 }  // namespace tessel
+
+#include "../support/TemporaryFolder.hpp"
+
+namespace tessel {
+namespace {
+
+// A stub protected by a password cannot be read without it, and is refused as unreadable.
+TEST(StubTextLayer, RefusesAnEncryptedPdf) {
+    testing::TemporaryFolder folder;
+    const auto plain = folder.path() / "plain.pdf";
+    const auto locked = folder.path() / "locked.pdf";
+    testing::writeFile(plain, drawnPdf({{{72, 72, "Entertainment Partners"}}}));
+    const std::string command = "qpdf --encrypt secret owner 256 -- '" + plain.string() + "' '" + locked.string() + "'";
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+    std::ifstream in(locked, std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    try {
+        extractTextLayer(bytes, PayStubTextSource::embeddedPDFText);
+        FAIL() << "read";
+    } catch (const PayStubExtractionError& error) {
+        EXPECT_STREQ(error.what(), "The selected pay stub is not a readable PDF.");
+    }
+    StubOcrEngine engine;
+    EXPECT_THROW(engine.read(bytes), PayStubExtractionError);
+}
+
+}  // namespace
+}  // namespace tessel
