@@ -19,7 +19,7 @@ std::string message(PayStubExtractionError::Case errorCase, std::optional<int> p
         case Case::emptyData: return "The selected pay stub is empty.";
         case Case::invalidPDF: return "The selected pay stub is not a readable PDF.";
         case Case::noPages: return "The selected pay stub contains no pages.";
-        case Case::invalidEmbeddedTextSource: return "Choose an embedded PDF-text source for PDFKit extraction.";
+        case Case::invalidEmbeddedTextSource: return "Choose an embedded PDF-text source for poppler extraction.";
         case Case::renderingFailed: return "Page " + std::to_string(page.value_or(0) + 1) + " of the selected pay stub could not be rendered.";
     }
     return {};

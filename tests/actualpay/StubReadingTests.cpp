@@ -134,7 +134,7 @@ INSTANTIATE_TEST_SUITE_P(
                                      "The selected pay stub is not a readable PDF."},
                       UnreadableCase{"zeroPages", zeroPages, PayStubTextSource::embeddedPDFText, "The selected pay stub contains no pages."},
                       UnreadableCase{"ocrAskedOfTheTextLayer", drawnPdf({{{72, 72, "Gross"}}}), PayStubTextSource::tesseractOCR,
-                                     "Choose an embedded PDF-text source for PDFKit extraction."}),
+                                     "Choose an embedded PDF-text source for poppler extraction."}),
     [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
