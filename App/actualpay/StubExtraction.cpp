@@ -8,6 +8,7 @@
 #include <poppler-global.h>
 #include <poppler-page.h>
 
+#include "App/actualpay/StubPdfDocument.hpp"
 #include "App/actualpay/StubText.hpp"
 
 namespace tessel {
@@ -49,16 +50,21 @@ std::string_view PayStubExtractionError::caseName() const noexcept {
     return {};
 }
 
-PayStubTextEvidence extractTextLayer(std::string_view pdf, PayStubTextSource source) {
+std::unique_ptr<poppler::document> stub_pdf::open(std::string_view pdf) {
     using Case = PayStubExtractionError::Case;
-    if (source == PayStubTextSource::tesseractOCR) throw PayStubExtractionError(Case::invalidEmbeddedTextSource);
     if (pdf.empty()) throw PayStubExtractionError(Case::emptyData);
     if (pdf.size() > static_cast<std::size_t>(INT_MAX)) throw PayStubExtractionError(Case::invalidPDF);
     poppler::set_debug_error_function(quiet, nullptr);
-    const std::unique_ptr<poppler::document> document(poppler::document::load_from_raw_data(pdf.data(), static_cast<int>(pdf.size())));
+    std::unique_ptr<poppler::document> document(poppler::document::load_from_raw_data(pdf.data(), static_cast<int>(pdf.size())));
     if (!document || document->is_locked()) throw PayStubExtractionError(Case::invalidPDF);
+    if (document->pages() <= 0) throw PayStubExtractionError(Case::noPages);
+    return document;
+}
+
+PayStubTextEvidence extractTextLayer(std::string_view pdf, PayStubTextSource source) {
+    if (source == PayStubTextSource::tesseractOCR) throw PayStubExtractionError(PayStubExtractionError::Case::invalidEmbeddedTextSource);
+    const auto document = stub_pdf::open(pdf);
     PayStubTextEvidence evidence{source, document->pages(), {}};
-    if (evidence.pageCount <= 0) throw PayStubExtractionError(Case::noPages);
     for (int index = 0; index < evidence.pageCount; ++index) {
         const std::unique_ptr<poppler::page> page(document->create_page(index));
         if (!page) continue;

@@ -1,7 +1,5 @@
 #include "StubOcr.hpp"
 
-#include <climits>
-
 #include <poppler-document.h>
 #include <poppler-global.h>
 #include <poppler-image.h>
@@ -9,6 +7,7 @@
 #include <poppler-page.h>
 #include <tesseract/baseapi.h>
 
+#include "App/actualpay/StubPdfDocument.hpp"
 #include "App/actualpay/StubText.hpp"
 
 namespace tessel {
@@ -18,8 +17,6 @@ constexpr double rasterDpi = 300;
 // 2000 points (about 28 inches) a side: a 300-dpi grey raster of at most some 70 MB. A stub is a sheet
 // of paper; a page beyond this is refused rather than drawn.
 constexpr double maximumPagePoints = 2000;
-
-void quiet(const std::string&, void*) {}
 
 }  // namespace
 
@@ -43,13 +40,8 @@ StubOcrEngine::~StubOcrEngine() {
 
 PayStubTextEvidence StubOcrEngine::read(std::string_view pdf) {
     using Case = PayStubExtractionError::Case;
-    if (pdf.empty()) throw PayStubExtractionError(Case::emptyData);
-    if (pdf.size() > static_cast<std::size_t>(INT_MAX)) throw PayStubExtractionError(Case::invalidPDF);
-    poppler::set_debug_error_function(quiet, nullptr);
-    const std::unique_ptr<poppler::document> document(poppler::document::load_from_raw_data(pdf.data(), static_cast<int>(pdf.size())));
-    if (!document || document->is_locked()) throw PayStubExtractionError(Case::invalidPDF);
+    const auto document = stub_pdf::open(pdf);
     PayStubTextEvidence evidence{PayStubTextSource::tesseractOCR, document->pages(), {}};
-    if (evidence.pageCount <= 0) throw PayStubExtractionError(Case::noPages);
     if (!engine_->ready) throw PayStubExtractionError(Case::renderingFailed, 0);
     poppler::page_renderer renderer;
     renderer.set_image_format(poppler::image::format_gray8);
