@@ -1,7 +1,6 @@
 #include "StubOcr.hpp"
 
 #include <poppler-document.h>
-#include <poppler-global.h>
 #include <poppler-image.h>
 #include <poppler-page-renderer.h>
 #include <poppler-page.h>
