@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "App/actualpay/StubBatch.hpp"
 #include "App/actualpay/StubEarnings.hpp"
 #include "App/actualpay/StubExtraction.hpp"
 #include "App/actualpay/StubOcr.hpp"
@@ -68,6 +69,19 @@ void tesseractCommandOnTheSameRaster(benchmark::State& state) {
     run(state, "tesseract '" + stub().raster + "-1.pgm' - --psm 11 >/dev/null 2>&1");
 }
 BENCHMARK(tesseractCommandOnTheSameRaster)->Unit(benchmark::kMillisecond)->Iterations(5);
+
+}  // namespace
+}  // namespace tessel
+
+namespace tessel {
+namespace {
+
+// Twenty stubs read on one worker, then on two: the second should take little more than half as long.
+void readTwentyStubs(benchmark::State& state) {
+    const std::vector<stub_batch::StubFile> files(20, stub_batch::StubFile{"stub.pdf", stub().bytes});
+    for (auto _ : state) benchmark::DoNotOptimize(stub_batch::read(files, PayStubTextSource::embeddedPDFText, static_cast<int>(state.range(0))));
+}
+BENCHMARK(readTwentyStubs)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->Iterations(1)->UseRealTime();
 
 }  // namespace
 }  // namespace tessel

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <memory>
+#include <mutex>
 
 #include <poppler-document.h>
 #include <poppler-global.h>
@@ -54,7 +55,8 @@ std::unique_ptr<poppler::document> stub_pdf::open(std::string_view pdf) {
     using Case = PayStubExtractionError::Case;
     if (pdf.empty()) throw PayStubExtractionError(Case::emptyData);
     if (pdf.size() > static_cast<std::size_t>(INT_MAX)) throw PayStubExtractionError(Case::invalidPDF);
-    poppler::set_debug_error_function(quiet, nullptr);
+    static std::once_flag silenced;
+    std::call_once(silenced, [] { poppler::set_debug_error_function(quiet, nullptr); });
     std::unique_ptr<poppler::document> document(poppler::document::load_from_raw_data(pdf.data(), static_cast<int>(pdf.size())));
     if (!document || document->is_locked()) throw PayStubExtractionError(Case::invalidPDF);
     if (document->pages() <= 0) throw PayStubExtractionError(Case::noPages);

@@ -424,3 +424,28 @@ TEST(StubTextLayer, RefusesAnEncryptedPdf) {
 
 }  // namespace
 }  // namespace tessel
+
+#include "App/actualpay/StubBatch.hpp"
+
+namespace tessel {
+namespace {
+
+// Files read on two workers come back, and are reported, in the order they were given.
+TEST(StubBatch, AnswersInFileOrderWhateverFinishesFirst) {
+    const std::vector<stub_batch::StubFile> files{{"a.pdf", epStub()}, {"b.pdf", "not a pdf"}, {"c.pdf", epStub("360.01")}, {"d.pdf", ""}};
+    std::vector<std::size_t> reported;
+    const auto outcomes = stub_batch::read(files, PayStubTextSource::embeddedPDFText, 2,
+                                           [&](std::size_t done, const stub_batch::Outcome&) { reported.push_back(done); });
+    EXPECT_EQ(reported, (std::vector<std::size_t>{1, 2, 3, 4}));
+    ASSERT_EQ(outcomes.size(), 4u);
+    ASSERT_TRUE(std::holds_alternative<EPPayStubInterpretation>(outcomes[0]));
+    EXPECT_EQ(std::get<std::string>(outcomes[1]), "The selected pay stub is not a readable PDF.");
+    ASSERT_TRUE(std::holds_alternative<EPPayStubInterpretation>(outcomes[2]));
+    EXPECT_EQ(std::get<EPPayStubInterpretation>(outcomes[2]).earningLines[0].amount.reviewReason,
+              "Rate × hours does not reconcile to the printed amount.");
+    EXPECT_EQ(std::get<std::string>(outcomes[3]), "The selected pay stub is empty.");
+    EXPECT_TRUE(stub_batch::read({}, PayStubTextSource::embeddedPDFText, 2).empty());
+}
+
+}  // namespace
+}  // namespace tessel
