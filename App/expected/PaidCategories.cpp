@@ -15,16 +15,6 @@ std::optional<PayComparisonConcept> conceptOf(CompensationProvisionKind kind) {
     return std::nullopt;
 }
 
-std::string_view titleOf(CompensationProvisionKind kind) {
-    switch (kind) {
-        case CompensationProvisionKind::cellPhoneAllowance: return "Cell Phone Allowance";
-        case CompensationProvisionKind::perDiem: return "Per Diem";
-        case CompensationProvisionKind::mileage: return "Mileage";
-        case CompensationProvisionKind::vacationPay: return "Vacation Pay";
-    }
-    return {};
-}
-
 PayrollReviewCategory category(std::optional<PayComparisonConcept> concept_, std::string ruleID, std::string_view title) {
     return {concept_, RuleID(std::move(ruleID)), std::string(title), RateMultiplier::one()};
 }
@@ -71,7 +61,7 @@ void addAdditional(std::vector<PayrollReviewCategory>& categories, const std::ve
                    CalendarDate date) {
     for (const auto& item : items) {
         if (item.kind == CompensationProvisionKind::vacationPay) continue;  // a weekly percentage, added last
-        contribute(categories, category(conceptOf(item.kind), provisionRuleID(item.kind), titleOf(item.kind)), sourceID, date, item.compensation);
+        contribute(categories, category(conceptOf(item.kind), provisionRuleID(item.kind), label(item.kind)), sourceID, date, item.compensation);
     }
 }
 
@@ -129,7 +119,7 @@ void addOtherCategories(WeeklyCrewPayrollReview& review) {
     }
     for (const auto& item : review.additionalCompensation) {
         if (item.kind != CompensationProvisionKind::vacationPay) continue;
-        auto vacation = category(PayComparisonConcept::vacation, provisionRuleID(item.kind), titleOf(item.kind));
+        auto vacation = category(PayComparisonConcept::vacation, provisionRuleID(item.kind), label(item.kind));
         vacation.compensation = item.compensation;
         categories.push_back(std::move(vacation));  // a percentage of the week, from no one day
     }

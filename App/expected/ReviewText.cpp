@@ -36,13 +36,6 @@ std::size_t characters(const std::string& text) {
     return length;
 }
 
-// Pads by characters, not bytes, so that names with accents line up.
-std::string padded(std::string text, std::size_t width) {
-    const std::size_t length = characters(text);
-    if (length < width) text.append(width - length, ' ');
-    return text;
-}
-
 std::string rightAligned(const std::string& text, std::size_t width) {
     const std::size_t length = characters(text);
     return length < width ? std::string(width - length, ' ') + text : text;
@@ -490,6 +483,12 @@ void writeIssues(std::ostringstream& text, const std::vector<PayrollReviewIssue>
 }
 
 }  // namespace
+
+std::string padded(std::string text, std::size_t width) {
+    const std::size_t length = characters(text);
+    if (length < width) text.append(width - length, ' ');
+    return text;
+}
 
 std::string weekly(const WeeklyCrewPayrollReview& r, const Style& style) {
     std::ostringstream text;

@@ -18,6 +18,9 @@ struct Style {
 
 // One crew member's week: each day and activity in date order, then the week's lines and gross.
 std::string weekly(const WeeklyCrewPayrollReview& review, const Style& style);
+// The text followed by spaces to `width` characters (not bytes), so that names with accents line up.
+std::string padded(std::string text, std::size_t width);
+
 // One day on its own (no week around it, so its meal penalties are counted but not priced).
 std::string daily(const DailyPayrollReview& review, const Style& style);
 

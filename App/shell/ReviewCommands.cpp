@@ -33,14 +33,6 @@ review_text::Style textStyle(const UserSettingsStore& settings, bool explain) {
     return {settings.categoryLabels(), settings.showMonetaryDetails(), explain};
 }
 
-std::string padded(std::string text, std::size_t width) {
-    // Pad by characters, not bytes, so that names with accents line up.
-    std::size_t length = 0;
-    for (unsigned char c : text) length += (c & 0xC0) != 0x80;
-    if (length < width) text.append(width - length, ' ');
-    return text;
-}
-
 // The Payroll Week holding a date, looked up by the production's start weekday and, failing that, among
 // weeks made under an earlier start weekday.
 std::optional<PayrollWeek> weekHolding(ModelContext& context, const Uuid& productionID, CalendarDate date) {
@@ -108,7 +100,7 @@ Instant localNow() {
 }
 
 std::string goldenHourLine(const std::string& name, const DailyPayrollReview& day, const std::optional<GoldenHourAdvisoryPresentation>& advisory) {
-    std::string line = padded(name, 24);
+    std::string line = review_text::padded(name, 24);
     line += day.goldenHourTarget ? std::string(review_words::goldenHourWrap) + " " + formatTimeOfDay(day.goldenHourTarget->targetTime, day.calendarDate)
                                  : std::string(review_words::goldenHourUnavailable);
     if (advisory) line += "  (" + std::to_string((advisory->remainingSeconds + 59) / 60) + " min left)";
