@@ -1,12 +1,6 @@
 #include "ReviewCommands.hpp"
 
-#include <algorithm>
-#include <cctype>
-#include <array>
 #include <ctime>
-#include <fstream>
-#include <iterator>
-#include <sstream>
 
 #include "App/dts/DailyTimeSheets.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
@@ -24,7 +18,6 @@ namespace tessel {
 namespace {
 
 using namespace std::chrono;
-using payroll_decimal_time::formatDuration;
 using payroll_decimal_time::formatTimeOfDay;
 namespace weeks = payroll_week_repository;
 
