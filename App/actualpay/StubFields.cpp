@@ -85,19 +85,31 @@ PrintedFields printedFields(const std::vector<PayStubTokenLine>& lines, PayStubT
     for (const auto& line : lines) {
         const std::string normalized = line.normalizedText();
         const PayStubEvidenceExcerpt excerpt{source, line.rawText(), normalized};
+        // The value comes from the normal form; the same pattern over the raw line keeps what was printed.
+        const auto printed = [&](const char16_t* pattern, int count, const std::string& fallback) {
+            const auto raw = compiled(pattern).groups(excerpt.rawText, count);
+            if (!raw) return fallback;
+            std::string joined;
+            for (const auto& group : *raw) joined += (joined.empty() ? "" : " ") + trimmed(group);
+            return joined;
+        };
         if (!fields.employeeName) {
-            if (const auto found = compiled(namePattern).groups(normalized, 1)) fields.employeeName = {{trimmed((*found)[0]), excerpt}};
+            if (const auto found = compiled(namePattern).groups(normalized, 1)) {
+                const auto value = trimmed((*found)[0]);
+                fields.employeeName = {{value, excerpt, printed(namePattern, 1, value)}};
+            }
         }
         if (!fields.occupation) {
             if (const auto found = compiled(occupationPattern).groups(normalized, 1); found && !trimmed((*found)[0]).empty()) {
-                fields.occupation = {{trimmed((*found)[0]), excerpt}};
+                const auto value = trimmed((*found)[0]);
+                fields.occupation = {{value, excerpt, printed(occupationPattern, 1, value)}};
             }
         }
         if (!fields.payPeriod) {
             if (const auto found = compiled(periodPattern).groups(normalized, 2)) {
                 const auto start = monthDayYear((*found)[0]);
                 const auto end = monthDayYear((*found)[1]);
-                if (start && end) fields.payPeriod = {{{*start, *end}, excerpt}};
+                if (start && end) fields.payPeriod = {{{*start, *end}, excerpt, printed(periodPattern, 2, (*found)[0] + " " + (*found)[1])}};
             }
         }
     }

@@ -34,6 +34,7 @@ template <typename Value>
 struct Found {
     Value value;
     PayStubEvidenceExcerpt excerpt;
+    std::string printed;  // the captured text as the reading gave it, before normalisation
 };
 
 struct PrintedFields {

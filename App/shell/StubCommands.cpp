@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <sstream>
 
+#include "App/actualpay/StubFacts.hpp"
 #include "App/actualpay/StubInterpretation.hpp"
 #include "App/actualpay/StubOcr.hpp"
 #include "App/model/CalendarText.hpp"
@@ -129,14 +130,16 @@ std::string interpretationText(const std::string& file, const EPPayStubInterpret
     return out.str();
 }
 
+std::optional<PayStubTextSource> embeddedSource(CommandSession& session, const StubCommandArguments& a) {
+    if (a.embedded == "downloaded") return PayStubTextSource::embeddedPDFText;
+    if (a.embedded == "ocr-layer") return PayStubTextSource::embeddedOCRText;
+    session.streams().err << "Give --embedded downloaded or ocr-layer.\n";
+    return std::nullopt;
+}
+
 int readStub(CommandSession& session, const StubCommandArguments& a) {
-    const auto source = a.embedded == "downloaded" ? std::optional(PayStubTextSource::embeddedPDFText)
-                        : a.embedded == "ocr-layer" ? std::optional(PayStubTextSource::embeddedOCRText)
-                                                    : std::nullopt;
-    if (!source) {
-        session.streams().err << "Give --embedded downloaded or ocr-layer.\n";
-        return exitUsage;
-    }
+    const auto source = embeddedSource(session, a);
+    if (!source) return exitUsage;
     const auto bytes = session.readInputFile(a.file);
     if (!bytes) return exitUsage;
     try {
@@ -153,6 +156,58 @@ int readStub(CommandSession& session, const StubCommandArguments& a) {
     }
 }
 
+Json recoveryJSON(const PayStubFactRecoveryReport& report) {
+    Json facts = Json::array();
+    for (const auto& fact : report.facts) {
+        facts.push_back({{"id", fact.id}, {"expected", fact.expected}, {"observed", fact.observed ? Json(*fact.observed) : Json()},
+                         {"classification", toRawValue(fact.classification)}});
+    }
+    const auto& s = report.summary;
+    return {{"source", toRawValue(s.source)},
+            {"label", label(s.source)},
+            {"facts", facts},
+            {"summary",
+             {{"totalCount", s.totalCount}, {"exactCount", s.exactCount}, {"normalizedCount", s.normalizedCount},
+              {"incorrectCount", s.incorrectCount}, {"missingCount", s.missingCount}, {"earningsReconcile", s.earningsReconcile}}}};
+}
+
+// One block per reading: every fact that was not recovered exactly, then the counts.
+std::string recoveryText(const PayStubFactRecoveryReport& report) {
+    const auto& s = report.summary;
+    std::ostringstream out;
+    out << label(s.source) << ": " << s.exactCount << " of " << s.totalCount << " facts exact, " << s.normalizedCount << " normalized, "
+        << s.incorrectCount << " incorrect, " << s.missingCount << " missing; earnings " << (s.earningsReconcile ? "reconcile" : "do not reconcile")
+        << "\n";
+    for (const auto& fact : report.facts) {
+        out << "  " << fact.id << ": " << toRawValue(fact.classification) << " (expected \u201C" << fact.expected << "\u201D";
+        if (fact.observed) out << ", read \u201C" << *fact.observed << "\u201D";
+        out << ")\n";
+    }
+    return out.str();
+}
+
+int scoreStub(CommandSession& session, const StubCommandArguments& a) {
+    const auto source = embeddedSource(session, a);
+    if (!source) return exitUsage;
+    const auto bytes = session.readInputFile(a.file);
+    if (!bytes) return exitUsage;
+    const auto factsFile = session.readInputFile(a.facts);
+    if (!factsFile) return exitUsage;
+    try {
+        const auto facts = readReferenceFacts(*factsFile);
+        const auto embedded = recoverFacts(extractTextLayer(*bytes, *source), facts);
+        StubOcrEngine engine;
+        const auto ocr = recoverFacts(engine.read(*bytes), facts);
+        session.answer(Json{{"file", a.file}, {"sources", Json::array({recoveryJSON(embedded), recoveryJSON(ocr)})}},
+                       "Pay stub \u201C" + a.file + "\u201D against \u201C" + a.facts + "\u201D\n" + recoveryText(embedded) + recoveryText(ocr));
+        return exitSuccess;
+    } catch (const PayStubReferenceFactsError& error) {
+        return session.refuse("invalidFacts", error.what());
+    } catch (const PayStubExtractionError& error) {
+        return session.refuse(error.caseName(), error.what());
+    }
+}
+
 }  // namespace
 
 void addStubCommands(CLI::App& app, CommandSession& session, StubCommandArguments& arguments, int& exitStatus) {
@@ -162,6 +217,15 @@ void addStubCommands(CLI::App& app, CommandSession& session, StubCommandArgument
     read->add_option("--embedded", arguments.embedded,
                      "What the PDF's text layer is: downloaded (the payroll company's own text, the default) or ocr-layer (an earlier OCR's)");
     read->callback([&] { exitStatus = readStub(session, arguments); });
+
+    auto* lab = stub->add_subcommand("lab", "Score both readings of a pay-stub PDF against the facts it is known to print");
+    lab->add_option("FILE", arguments.file, "The pay-stub PDF")->required();
+    lab->add_option("--facts", arguments.facts,
+                    "A JSON file of the printed facts: printedEmployeeName, printedOccupation, payPeriodStart, payPeriodEnd, totalHours, "
+                    "gross, earningLines [[label, rate, hours, amount], …]")
+        ->required();
+    lab->add_option("--embedded", arguments.embedded, "What the PDF's text layer is: downloaded (the default) or ocr-layer");
+    lab->callback([&] { exitStatus = scoreStub(session, arguments); });
 }
 
 }  // namespace tessel

@@ -35,6 +35,36 @@ TEST_F(StubCommands, ReadAStubWithEveryValueAndItsEvidence) {
     EXPECT_NE(layer.out.find("read from Embedded OCR text"), std::string::npos) << layer.out;
 }
 
+TEST_F(StubCommands, ScoreEachReadingAgainstTheKnownFacts) {
+    const std::string pdf = testing::drawnPdf({{{72, 90, "DANA M RIVERA SSN: XXX-XX-1234"}, {72, 108, "Occupation Title: Key Grip"},
+                                                {72, 170, "DESC"}, {250, 170, "RATE"}, {330, 170, "HOURS"}, {420, 170, "AMOUNT"},
+                                                {72, 188, "REGULAR"}, {250, 188, "45.00"}, {330, 188, "8.0"}, {420, 188, "360.00"},
+                                                {72, 214, "TOTALS"}, {330, 214, "8.0"}, {420, 214, "360.00"}}});
+    const auto stub = file("stub.pdf", pdf);
+    const auto facts = file("stub.facts.json", R"({"printedEmployeeName": "DANA M RIVERA", "printedOccupation": "KEY GRIP", "gross": 360.00,
+        "earningLines": [["REGULAR", "45.00", "8.0", "360.00"], ["MEAL PENALTY", null, null, "8.50"]]})");
+    const auto text = run({"stub", "lab", stub, "--facts", facts});
+    ASSERT_EQ(text.status, 0) << text.err;
+    EXPECT_NE(text.out.find("Downloaded PDF text: 6 of 9 facts exact, 1 normalized, 0 incorrect, 2 missing; earnings reconcile\n"), std::string::npos)
+        << text.out;
+    EXPECT_NE(text.out.find("  printedOccupation: normalizedCorrect (expected \u201CKEY GRIP\u201D, read \u201CKey Grip\u201D)\n"), std::string::npos);
+    EXPECT_NE(text.out.find("Tesseract OCR: "), std::string::npos);
+
+    const auto json = run({"stub", "lab", stub, "--facts", facts, "--json"});
+    ASSERT_EQ(json.status, 0) << json.err;
+    const Json sources = json.json()["sources"];
+    ASSERT_EQ(sources.size(), 2u);
+    EXPECT_EQ(sources[0]["label"], "Downloaded PDF text");
+    EXPECT_EQ(sources[0]["summary"]["missingCount"], 2);
+    EXPECT_EQ(sources[0]["facts"].back()["classification"], "missing");
+    EXPECT_EQ(sources[1]["source"], "tesseractOCR");
+
+    const auto bad = run({"stub", "lab", stub, "--facts", file("bad.json", R"({"gross": "lots"})")});
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(bad.err, "\u201Cgross\u201D in the facts file must be a number, not \u201Clots\u201D.\n");
+    EXPECT_NE(run({"stub", "lab", stub}).status, 0);  // the facts are required
+}
+
 TEST_F(StubCommands, RefuseUnreadableFilesInOneSentence) {
     const auto notPdf = run({"stub", "read", file("letter.pdf", "Dear payroll")});
     EXPECT_EQ(notPdf.status, 1);
