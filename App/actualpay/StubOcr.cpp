@@ -6,6 +6,11 @@
 #include <poppler-page.h>
 #include <tesseract/baseapi.h>
 
+#include <algorithm>
+#include <cctype>
+#include <string>
+#include <vector>
+
 #include "App/actualpay/StubPdfDocument.hpp"
 #include "App/actualpay/StubText.hpp"
 
@@ -16,6 +21,27 @@ constexpr double rasterDpi = 300;
 // 2000 points (about 28 inches) a side: a 300-dpi grey raster of at most some 70 MB. A stub is a sheet
 // of paper; a page beyond this is refused rather than drawn.
 constexpr double maximumPagePoints = 2000;
+
+// Tesseract sometimes ends a word that a wide gap follows with a mark that is not on the page ("RIVERA_",
+// "OKONKWO.", "FAULKNER’"), and then doubts the whole word. In a word it gives under 50% confidence, such
+// marks after two or more letters are left out of the normalised text the interpreter compares, while
+// the raw text keeps what Tesseract said.
+std::string withoutDoubtfulMark(const std::string& raw, float confidence) {
+    if (confidence >= 0.5f) return raw;
+    static const std::vector<std::string> marks{".", ",", ":", ";", "_", "'", "`", "\"", "\u2019", "\u2018", "\u201D"};
+    std::string word = raw;
+    for (bool trimmed = true; trimmed;) {
+        trimmed = false;
+        for (const auto& mark : marks) {
+            if (word.size() > mark.size() && word.ends_with(mark)) {
+                word.resize(word.size() - mark.size());
+                trimmed = true;
+            }
+        }
+    }
+    const bool letters = word.size() >= 2 && std::all_of(word.begin(), word.end(), [](unsigned char c) { return std::isalpha(c); });
+    return letters ? word : raw;
+}
 
 }  // namespace
 
@@ -70,13 +96,14 @@ PayStubTextEvidence StubOcrEngine::read(std::string_view pdf) {
                 int left = 0, top = 0, right = 0, bottom = 0;
                 if (!text || !*text.get() || !words->BoundingBox(tesseract::RIL_WORD, &left, &top, &right, &bottom)) continue;
                 const std::string raw(text.get());
+                const auto confidence = static_cast<float>(words->Confidence(tesseract::RIL_WORD) / 100.0);
                 evidence.tokens.push_back({"tesseractOCR-p" + std::to_string(index) + "-" + std::to_string(word++),
                                            raw,
-                                           stub_text::normalized(raw),
+                                           stub_text::normalized(withoutDoubtfulMark(raw, confidence)),
                                            index,
                                            {left / width, top / height, (right - left) / width, (bottom - top) / height},
                                            PayStubTextSource::tesseractOCR,
-                                           static_cast<float>(words->Confidence(tesseract::RIL_WORD) / 100.0)});
+                                           confidence});
             } while (words->Next(tesseract::RIL_WORD));
         }
         api.Clear();

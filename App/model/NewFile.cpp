@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <fstream>
 #include <unistd.h>
 
 namespace tessel::new_file {
@@ -25,6 +26,23 @@ bool place(const fs::path& finished, const fs::path& target) {
     fs::remove(finished, ignored);
     if (!placed && error != EEXIST) throw fs::filesystem_error("link", target, std::error_code(error, std::generic_category()));
     return placed;
+}
+
+bool write(const fs::path& target, std::string_view bytes) {
+    std::error_code ignored;
+    try {
+        const fs::path building = beside(target);
+        std::ofstream out(building, std::ios::binary | std::ios::trunc);
+        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        out.close();
+        if (!out) {
+            fs::remove(building, ignored);
+            return false;
+        }
+        return place(building, target);
+    } catch (const fs::filesystem_error&) {
+        return false;
+    }
 }
 
 }  // namespace tessel::new_file

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <string_view>
 
 // Files the program writes for the user (a store, a support package, a ruleset file) are built beside
 // their final name and put in place whole, and never over a file that is already there.
@@ -13,5 +14,9 @@ std::filesystem::path beside(const std::filesystem::path& target);
 // finished file's own name. True when placed, false when the target exists; throws a filesystem error
 // for any other failure.
 bool place(const std::filesystem::path& finished, const std::filesystem::path& target);
+
+// Writes the bytes as a new file at the target, whole or not at all. False when the target exists or
+// the file could not be written; nothing is left behind then.
+bool write(const std::filesystem::path& target, std::string_view bytes);
 
 }  // namespace tessel::new_file

@@ -40,6 +40,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     DiagnosticCommandArguments diagnosticArguments;
     LibraryCommandArguments libraryArguments;
     StubCommandArguments stubArguments;
+    PayStubCommandArguments payStubArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
     addDiagnosticCommands(*app.get_subcommand("store"), session, diagnosticArguments, exitStatus);
@@ -48,7 +49,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     addRulesCommands(app, session, rulesArguments, exitStatus);
     addReviewCommands(app, session, reviewArguments, exitStatus);
     addLibraryCommands(app, session, libraryArguments, exitStatus);
-    addStubCommands(app, session, stubArguments, exitStatus);
+    addStubCommands(app, session, stubArguments, payStubArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());

@@ -5,7 +5,9 @@
 #include <sstream>
 
 #include "App/dts/CrewDailyEntryRepair.hpp"
+#include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
+#include "App/model/ProductionWeekCalendars.hpp"
 
 namespace tessel {
 
@@ -113,6 +115,19 @@ std::vector<CrewMember> crewMembersNamed(ModelContext& context, const Uuid& prod
     return crew;
 }
 
+std::optional<PayrollWeek> weekHolding(ModelContext& context, const Uuid& productionID, CalendarDate date) {
+    using namespace std::chrono;
+    const int startWeekday = ProductionWeekCalendars::payrollStartWeekday(context, productionID);
+    const auto start = ProductionWeekCalendars::payrollWeekStart(date, startWeekday);
+    const auto found = payroll_week_repository::weeksStartingAt(context, productionID, Instant(sys_days(start)));
+    if (!found.empty()) return found.front();
+    for (const auto& week : payroll_week_repository::weeks(context, productionID)) {
+        const auto first = floor<days>(week.startDate);
+        if (sys_days(date) >= first && sys_days(date) < first + days(7)) return week;
+    }
+    return std::nullopt;
+}
+
 CrewMember crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name) {
     const auto named = crewMembersNamed(context, productionID, name);
     if (named.empty()) throw Refused{"crewMemberNotFound", "There is no crew member named \u201C" + name + "\u201D on this production."};
@@ -121,6 +136,12 @@ CrewMember crewMemberNamed(ModelContext& context, const Uuid& productionID, cons
                       "More than one crew member is named \u201C" + name + "\u201D; give them different names to tell them apart."};
     }
     return named.front();
+}
+
+int CommandSession::confirmationNeeded(std::string_view title, const std::string& question) {
+    if (!options_.json) streams_.err << title << '\n' << question << '\n';
+    return refuse("confirmationRequired", "Nothing was changed; run the command again with --yes to confirm.",
+                  Json{{"title", std::string(title)}, {"question", question}});
 }
 
 int CommandSession::refuse(std::string_view errorCase, const std::string& message, const Json& payload) {

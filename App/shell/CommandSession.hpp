@@ -25,6 +25,10 @@ std::vector<CrewMember> crewMembersNamed(ModelContext& context, const Uuid& prod
 // no one or more than one person of the production carries is refused rather than guessed.
 CrewMember crewMemberNamed(ModelContext& context, const Uuid& productionID, const std::string& name);
 
+// The Payroll Week holding a date, looked up by the production's start weekday and, failing that, among
+// weeks made under an earlier start weekday.
+std::optional<PayrollWeek> weekHolding(ModelContext& context, const Uuid& productionID, CalendarDate date);
+
 // "1 week", "3 weeks": a count with its noun in the right number.
 std::string counted(std::int64_t count, std::string_view one, std::string_view many);
 
@@ -61,6 +65,9 @@ public:
     int refuse(std::string_view errorCase, const std::string& message, const Json& payload = Json::object());
     // A refusal the window shows as an alert: the title is the first line of the text, "title" in JSON.
     int refuseWithTitle(std::string_view errorCase, const std::string& title, const std::string& message);
+    // An action that replaces or removes something says what it will do and needs --yes: the title and
+    // question, then the refusal "Nothing was changed; …".
+    int confirmationNeeded(std::string_view title, const std::string& question);
     // The bytes of a file the user named (a rules document, a ruleset file, a support package); when it
     // is not a readable file, writes "The file “…” could not be read." and returns nothing.
     std::optional<std::string> readInputFile(const std::string& path);

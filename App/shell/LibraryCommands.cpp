@@ -108,12 +108,6 @@ int save(CommandSession& session, const std::string& name, const std::string& no
     });
 }
 
-// Apply and update replace rules wholesale, so they say what they will do and need --yes.
-int confirmationNeeded(CommandSession& session, std::string_view title, const std::string& question) {
-    if (!session.options().json) session.streams().err << title << '\n' << question << '\n';
-    return session.refuse("confirmationRequired", "Nothing was changed; run the command again with --yes to confirm.",
-                          Json{{"title", std::string(title)}, {"question", question}});
-}
 
 int apply(CommandSession& session, const std::string& name, bool confirmed) {
     const auto production = session.production();
@@ -121,7 +115,7 @@ int apply(CommandSession& session, const std::string& name, bool confirmed) {
     return libraryAction(session, [&](ModelContext& context) -> int {
         const auto item = library::named(context, name);
         const std::string question = library::applyQuestion(production->name, item.name);
-        if (!confirmed) return confirmationNeeded(session, library::applyTitle, question);
+        if (!confirmed) return session.confirmationNeeded(library::applyTitle, question);
         library::applyToProduction(context, item, production->id, currentRulesetRevision(context, *production), now());
         session.answer(Json{{"applied", item.name}, {"production", production->id.text()}},
                        question + "\nApplied a copy of \u201C" + item.name + "\u201D to " + production->name + ".\n" +
@@ -138,7 +132,7 @@ int update(CommandSession& session, const std::string& name, bool confirmed) {
         const auto item = library::named(context, name);
         const auto configuration = productionRules(context, *production);
         const std::string question = library::updateQuestion(item.name);
-        if (!confirmed) return confirmationNeeded(session, library::updateTitle, question);
+        if (!confirmed) return session.confirmationNeeded(library::updateTitle, question);
         library::update(context, item, configuration, now());
         session.answer(Json{{"updated", item.name}}, question + "\nUpdated \u201C" + item.name + "\u201D from " + production->name + ".\n");
         return exitSuccess;
@@ -175,19 +169,8 @@ int exportFile(CommandSession& session, const std::string& name, const std::stri
             return session.refuse("fileExists", "The file \u201C" + file.string() + "\u201D already exists; choose another with --output.");
         }
         const std::string bytes = ruleset_file::write(item, now(), std::string(TESSEL_VERSION), std::string(TESSEL_BUILD));
-        const auto failed = [&] { return session.refuse("writeFailed", "The file \u201C" + file.string() + "\u201D could not be written."); };
-        try {
-            const fs::path building = new_file::beside(file);
-            std::ofstream out(building, std::ios::binary | std::ios::trunc);
-            out << bytes;
-            out.close();
-            if (!out) {
-                fs::remove(building, ignored);
-                return failed();
-            }
-            if (!new_file::place(building, file)) return failed();
-        } catch (const fs::filesystem_error&) {
-            return failed();
+        if (!new_file::write(file, bytes)) {
+            return session.refuse("writeFailed", "The file \u201C" + file.string() + "\u201D could not be written.");
         }
         session.answer(Json{{"file", file.string()}, {"portableRulesetID", item.portableRulesetID.text()}},
                        "Exported \u201C" + item.name + "\u201D to \u201C" + file.string() + "\u201D.\n");

@@ -26,20 +26,6 @@ review_text::Style textStyle(const UserSettingsStore& settings, bool explain) {
     return {settings.categoryLabels(), settings.showMonetaryDetails(), explain};
 }
 
-// The Payroll Week holding a date, looked up by the production's start weekday and, failing that, among
-// weeks made under an earlier start weekday.
-std::optional<PayrollWeek> weekHolding(ModelContext& context, const Uuid& productionID, CalendarDate date) {
-    const int startWeekday = ProductionWeekCalendars::payrollStartWeekday(context, productionID);
-    const auto start = ProductionWeekCalendars::payrollWeekStart(date, startWeekday);
-    const auto found = weeks::weeksStartingAt(context, productionID, Instant(sys_days(start)));
-    if (!found.empty()) return found.front();
-    for (const auto& week : weeks::weeks(context, productionID)) {
-        const auto first = floor<days>(week.startDate);
-        if (sys_days(date) >= first && sys_days(date) < first + days(7)) return week;
-    }
-    return std::nullopt;
-}
-
 int refuseDate(CommandSession& session) {
     session.streams().err << "Enter the date as YYYY-MM-DD, such as 2026-11-02.\n";
     return exitUsage;

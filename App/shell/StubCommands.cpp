@@ -210,8 +210,9 @@ int scoreStub(CommandSession& session, const StubCommandArguments& a) {
 
 }  // namespace
 
-void addStubCommands(CLI::App& app, CommandSession& session, StubCommandArguments& arguments, int& exitStatus) {
-    auto* stub = app.add_subcommand("stub", "Pay stubs read and interpreted (nothing is stored)")->require_subcommand(1);
+void addStubCommands(CLI::App& app, CommandSession& session, StubCommandArguments& arguments, PayStubCommandArguments& payStubArguments,
+                     int& exitStatus) {
+    auto* stub = app.add_subcommand("stub", "Pay stubs read, interpreted, imported for a Payroll Week and confirmed as Actual Pay")->require_subcommand(1);
     auto* read = stub->add_subcommand("read", "Read a pay-stub PDF from its text layer and by OCR, and interpret it");
     read->add_option("FILE", arguments.file, "The pay-stub PDF")->required();
     read->add_option("--embedded", arguments.embedded,
@@ -226,6 +227,8 @@ void addStubCommands(CLI::App& app, CommandSession& session, StubCommandArgument
         ->required();
     lab->add_option("--embedded", arguments.embedded, "What the PDF's text layer is: downloaded (the default) or ocr-layer");
     lab->callback([&] { exitStatus = scoreStub(session, arguments); });
+
+    addPayStubCommands(*stub, session, payStubArguments, exitStatus);
 }
 
 }  // namespace tessel

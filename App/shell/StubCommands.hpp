@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "App/shell/CommandSession.hpp"
+#include "App/shell/PayStubCommands.hpp"
 
 namespace tessel {
 
@@ -14,7 +15,8 @@ struct StubCommandArguments {
 
 // stub read: a pay-stub PDF read from its text layer and by OCR of its pixels, interpreted and compared.
 // stub lab: each reading scored against a file of the facts the stub is known to print.
-// Nothing is stored.
-void addStubCommands(CLI::App& app, CommandSession& session, StubCommandArguments& arguments, int& exitStatus);
+// Neither stores anything; the import, confirmation and confirmed stubs come with the pay-stub commands.
+void addStubCommands(CLI::App& app, CommandSession& session, StubCommandArguments& arguments, PayStubCommandArguments& payStubArguments,
+                     int& exitStatus);
 
 }  // namespace tessel

@@ -3,7 +3,8 @@
 //
 //   tessel-stub-fixtures OUTPUT_FOLDER
 //
-// writes NAME.pdf and NAME.facts.json for every fixture and manifest.json listing them, with what the
+// writes NAME.pdf and NAME.facts.json for every fixture, a week of stubs for the demo crew in demo-week/,
+// and manifest.json listing the fixtures, with what the
 // text layer is ("downloaded" or "ocr-layer"), what reading the file must give ("reads" or the refusal's
 // case), and whether OCR alone must recover every fact (the scans, and the clean stub whose 300-dpi
 // render OCR reads). Every fact of a stub with a text layer must be recovered exactly from that layer. Fonts, sizes, alignment and column positions
@@ -477,6 +478,46 @@ std::vector<Fixture> fixtures() {
     return all;
 }
 
+// A week of stubs for the demo production's crew (Payroll Week 2026-11-02 to 2026-11-08), as payroll
+// would send them: most ready to confirm, one a cent off, one a day off the week, one scanned, one for
+// somebody not on the production, the same PDF twice under two names, and a file that is not a PDF.
+std::vector<std::pair<std::string, std::string>> demoWeek() {
+    const auto stub = [](std::string employee, std::string occupation, std::int64_t rate, std::int64_t overtimeHours) {
+        Stub s;
+        s.employee = std::move(employee);
+        s.occupation = std::move(occupation);
+        s.start = "11/02/2026";
+        s.end = "11/08/2026";
+        s.rows = {worked("REGULAR", rate, 2, 4000, 2), worked("OVERTIME", rate * 3 / 2, 2, overtimeHours, 2), flat("MEAL PENALTY", 2500)};
+        return s;
+    };
+    Drawing serif;
+    serif.font = "DejaVu Serif";
+    serif.rate = 240;
+    serif.hours = 320;
+    serif.amount = 410;
+    std::vector<std::pair<std::string, std::string>> files;
+    const Stub quint = stub("MARISOL A QUINT", "GAFFER", 520000, 1150);
+    files.emplace_back("01-quint.pdf", textPdf(quint, Drawing{}));
+    files.emplace_back("02-vance.pdf", textPdf(stub("TEODOR VANCE", "BEST BOY ELECTRIC", 450000, 1150), serif));
+    files.emplace_back("03-lindqvist.pdf", textPdf(stub("PRIYA LINDQVIST", "ELECTRICIAN", 450000, 1150), Drawing{}));
+    files.emplace_back("04-bellamy.pdf", textPdf(stub("OSKAR J BELLAMY", "ELECTRICIAN", 415000, 850), serif));
+    Stub achterberg = stub("NELL ACHTERBERG", "ELECTRICIAN", 415000, 1150);
+    achterberg.rows[0] = worked("REGULAR", 415000, 2, 4000, 2, 1);
+    files.emplace_back("05-achterberg.pdf", textPdf(achterberg, Drawing{}));
+    Stub osei = stub("FENWICK OSEI", "ELECTRICIAN", 380000, 800);
+    osei.start = "11/01/2026";
+    osei.end = "11/07/2026";
+    files.emplace_back("06-osei.pdf", textPdf(osei, serif));
+    files.emplace_back("07-whitcombe-scan.pdf", scanPdf(stub("DARA WHITCOMBE", "ELECTRICIAN", 380000, 1000), Drawing{}, {200, 0.3, 0.001}));
+    files.emplace_back("08-marr.pdf", textPdf(stub("JULES MARR", "ELECTRICIAN", 400000, 300), serif));
+    files.emplace_back("09-blackwood.pdf", textPdf(stub("CORA BLACKWOOD", "GRIP", 450000, 500), Drawing{}));
+    files.emplace_back("10-quint-again.pdf", textPdf(quint, Drawing{}));
+    files.back().second = files.front().second;  // the very same bytes
+    files.emplace_back("11-notes.pdf", "Timecard notes for payroll: none this week.\n");
+    return files;
+}
+
 void writeFile(const std::filesystem::path& path, const std::string& bytes) {
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out << bytes;
@@ -505,6 +546,8 @@ int main(int argc, char** argv) {
             manifest.push_back(std::move(entry));
         }
         writeFile(folder / "manifest.json", manifest.dump(2) + "\n");
+        std::filesystem::create_directories(folder / "demo-week");
+        for (const auto& [name, bytes] : demoWeek()) writeFile(folder / "demo-week" / name, bytes);
     } catch (const std::exception& error) {
         std::cerr << error.what() << "\n";
         return 1;
