@@ -99,10 +99,10 @@ std::function<void(std::size_t, std::size_t)> progressOn(CommandSession& session
     };
 }
 
-PayStubBatchSession readBatch(CommandSession& session, const ImportSetting& setting, const std::vector<PayStubBatchInput>& inputs,
-                              const std::string& embedded) {
+PayStubBatchSession readBatch(const ImportSetting& setting, const std::vector<PayStubBatchInput>& inputs, const std::string& embedded,
+                              const std::function<void(std::size_t, std::size_t)>& progress = {}) {
     PayStubBatchOptions options{embeddedSourceOf(embedded), static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1u, 2u)), now()};
-    return importBatch(inputs, setting.week, setting.crew, setting.existing, options, progressOn(session));
+    return importBatch(inputs, setting.week, setting.crew, setting.existing, options, progress);
 }
 
 std::string crewName(const PayStubBatchSession& batch, const std::optional<Uuid>& id) {
@@ -162,7 +162,7 @@ int importStubs(CommandSession& session, const PayStubCommandArguments& a) {
     std::vector<std::filesystem::path> paths(a.paths.begin(), a.paths.end());
     std::optional<PayStubBatchSession> read;
     try {
-        read = readBatch(session, *setting, batchInputs(paths), a.embedded);
+        read = readBatch(*setting, batchInputs(paths), a.embedded, progressOn(session));
     } catch (const PayStubImportError& error) {
         return session.refuse("noPDFs", error.what());
     } catch (const Refused& refused) {
@@ -304,7 +304,7 @@ int confirmStub(CommandSession& session, const PayStubCommandArguments& a) {
     std::optional<PayStubBatchSession> batch;
     std::optional<ConfirmedPayStubActualPay> confirmed;
     try {
-        batch = readBatch(session, *setting, batchInputs({a.file}), a.embedded);
+        batch = readBatch(*setting, batchInputs({a.file}), a.embedded);
         auto& candidate = batch->candidates.front();
         if (candidate.failure) return session.refuse("failed", *candidate.failure);
         applyCorrections(*candidate.review, a, crewID);
