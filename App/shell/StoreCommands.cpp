@@ -1,5 +1,7 @@
 #include "StoreCommands.hpp"
 
+#include "App/actualpay/ConfirmedPayStubs.hpp"
+
 #include <array>
 #include <chrono>
 #include <map>
@@ -61,6 +63,13 @@ int storeInfo(CommandSession& session) {
     for (const auto& finding : CrewOnDTS::orphanedRowSettings(store->context())) {
         integrity.push_back(finding);
         text << "DTS Data Integrity Warning: " << finding << "\n";
+    }
+    // Confirmed pay stubs that something other than Tessel changed.
+    for (const auto& production : production_repository::list(store->context())) {
+        for (const auto& finding : confirmed_pay_stubs::integrityFindings(store->context(), production.id)) {
+            integrity.push_back(finding);
+            text << "Pay Stub Data Integrity Warning (" << production.name << "): " << finding << "\n";
+        }
     }
     Json json{{"environment", toRawValue(environment.kind)},
               {"storePath", environment.storeURL.string()},

@@ -5,6 +5,8 @@
 #include <map>
 #include <sstream>
 
+#include <SQLiteCpp/Database.h>
+
 #include "../support/CommandRun.hpp"
 
 // Pay stubs imported and confirmed against a production like the demo's: eight crew, a DTS in the
@@ -137,6 +139,23 @@ TEST_F(PayStubCommands, RefuseWhatCannotBeImported) {
     ASSERT_EQ(run({"production", "create", "Empty Show"}).status, 0);
     ASSERT_EQ(run({"dts", "create", week}).status, 0);
     EXPECT_EQ(run({"stub", "import", stub("01-quint.pdf"), "--week", week}).err, "Add Production crew before importing pay stubs.\n");
+}
+
+// A stored stub changed behind Tessel's back is reported by store info, one sentence per finding.
+TEST_F(PayStubCommands, StoreInfoReportsStubsChangedOutsideTessel) {
+    ASSERT_EQ(run({"stub", "confirm", stub("02-vance.pdf"), "--week", week}).status, 0);
+    {
+        SQLite::Database db((folder.path() / "data" / "canonical-store" / "Tessel.store").string(), SQLite::OPEN_READWRITE);
+        db.exec("UPDATE ConfirmedPayStubActualPay SET gross = 'lots', importedAt = '2099-01-01T00:00:00Z', sourcePDFData = x'00'");
+        db.exec("DELETE FROM CrewMember WHERE displayName = 'Teodor Vance'");
+    }
+    const auto info = run({"--json", "store", "info"});
+    ASSERT_EQ(info.status, 0) << info.err;
+    const Json answer = info.json();
+    std::vector<std::string> findings;
+    for (const auto& finding : answer["dataIntegrity"]) findings.push_back(finding);
+    EXPECT_EQ(findings, (std::vector<std::string>{"A confirmed pay stub references missing crew.", "A confirmed pay stub source PDF is invalid.",
+                                                  "A confirmed pay stub gross is invalid.", "A confirmed pay stub timestamp sequence is invalid."}));
 }
 
 }  // namespace
