@@ -49,7 +49,8 @@ std::vector<ConfirmedPayStubEarningLine> linesOf(ModelContext& context, const Uu
 
 std::vector<ConfirmedPayStubActualPay> stubsWhere(ModelContext& context, const std::string& condition, const Uuid& id, bool withPDF) {
     auto& statement = context.prepare(std::string("SELECT ") + stubColumns + (withPDF ? ", sourcePDFData" : "") +
-                                      " FROM ConfirmedPayStubActualPay WHERE " + condition + " ORDER BY payrollWeekStart, crewMemberID");
+                                      " FROM ConfirmedPayStubActualPay s WHERE " + condition +
+                                      " ORDER BY payrollWeekStart, (SELECT c.displayOrder FROM CrewMember c WHERE c.id = s.crewMemberID), crewMemberID");
     bind(statement, 1, id);
     auto stubs = readAll<ConfirmedPayStubActualPay>(statement, [&](SQLite::Statement& row) { return readStub(row, withPDF); });
     for (auto& stub : stubs) stub.lines = linesOf(context, stub.id);

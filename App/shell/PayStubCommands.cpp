@@ -137,15 +137,23 @@ std::string batchText(const PayStubBatchSession& batch) {
     std::ostringstream out;
     out << "Pay stubs for the Payroll Week " << periodText(batch.week.start, batch.week.end) << " ("
         << counted(static_cast<std::int64_t>(batch.candidates.size()), "file", "files") << ")\n";
-    std::size_t width = 4;
-    for (const auto& c : batch.candidates) width = std::max(width, c.filename.size());
+    const auto shownCrew = [&](const PayStubBatchCandidate& c) {
+        const auto name = crewName(batch, c.review ? c.review->selectedCrewMemberID : std::nullopt);
+        return name.empty() ? std::string("(no crew member)") : name;
+    };
+    std::size_t fileWidth = 4, crewWidth = 4;
     for (const auto& c : batch.candidates) {
-        const auto status = statusOf(c, batch);
-        out << "  " << review_text::padded(c.filename, width) << "  " << review_text::padded(std::string(label(status)), 18);
+        fileWidth = std::max(fileWidth, c.filename.size());
+        if (!c.review) continue;
+        const auto name = shownCrew(c);  // counted in characters, as the padding counts them
+        crewWidth = std::max(crewWidth, static_cast<std::size_t>(std::count_if(name.begin(), name.end(), [](unsigned char b) { return (b & 0xC0) != 0x80; })));
+    }
+    for (const auto& c : batch.candidates) {
+        const std::string status(label(statusOf(c, batch)));
+        out << "  " << review_text::padded(c.filename, fileWidth) << "  " << (c.review ? review_text::padded(status, 18) : status);
         if (c.review) {
             const auto& r = *c.review;
-            const auto crew = crewName(batch, r.selectedCrewMemberID);
-            out << "  " << review_text::padded(crew.empty() ? "(no crew member)" : crew, 24) << "  " << printedPeriod(r) << "  gross "
+            out << "  " << review_text::padded(shownCrew(c), crewWidth) << "  " << printedPeriod(r) << "  gross "
                 << (r.gross.rawValue.empty() ? "?" : r.gross.rawValue);
         }
         out << "\n";
