@@ -141,6 +141,19 @@ TEST_F(PayStubCommands, RefuseWhatCannotBeImported) {
     EXPECT_EQ(run({"stub", "import", stub("01-quint.pdf"), "--week", week}).err, "Add Production crew before importing pay stubs.\n");
 }
 
+// A confirmed stub pins its Payroll Week: a new start day applies to new weeks only.
+TEST_F(PayStubCommands, AConfirmedStubPinsItsWeek) {
+    ASSERT_EQ(run({"stub", "confirm", stub("01-quint.pdf"), "--week", week}).status, 0);
+    ASSERT_EQ(run({"week", "start-weekday", "1"}).status, 0);
+    const auto rebuild = run({"week", "rebuild"});
+    EXPECT_EQ(rebuild.status, 1);
+    EXPECT_EQ(rebuild.err, "Payroll Weeks cannot be rebuilt because this would change a period with confirmed Actual Pay. Confirmed pay stubs "
+                           "have not been moved or changed.\n");
+    const auto list = confirmedList();
+    ASSERT_EQ(list.size(), 1u);
+    EXPECT_EQ(list[0]["payrollWeekStart"], week);
+}
+
 // A stored stub changed behind Tessel's back is reported by store info, one sentence per finding.
 TEST_F(PayStubCommands, StoreInfoReportsStubsChangedOutsideTessel) {
     ASSERT_EQ(run({"stub", "confirm", stub("02-vance.pdf"), "--week", week}).status, 0);
