@@ -57,6 +57,8 @@ std::vector<ConfirmedPayStubActualPay> stubsWhere(ModelContext& context, const s
     return stubs;
 }
 
+void insertLines(ModelContext& context, const ConfirmedPayStubActualPay& s);
+
 void insert(ModelContext& context, const ConfirmedPayStubActualPay& s) {
     auto& statement = context.prepare(std::string("INSERT INTO ConfirmedPayStubActualPay (") + stubColumns +
                                       ", sourcePDFData) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17)");
@@ -74,6 +76,10 @@ void insert(ModelContext& context, const ConfirmedPayStubActualPay& s) {
     bind(statement, 16, s.modifiedAt);
     statement.bind(17, s.sourcePDFData.data(), static_cast<int>(s.sourcePDFData.size()));
     statement.exec();
+    insertLines(context, s);
+}
+
+void insertLines(ModelContext& context, const ConfirmedPayStubActualPay& s) {
     auto& line = context.prepare(
         "INSERT INTO ConfirmedPayStubEarningLine (id, payStubID, printedLabel, hours, rate, amount, displayOrder) VALUES (?1, ?2, ?3, ?4, ?5, "
         "?6, ?7)");
@@ -130,12 +136,44 @@ void confirm(ModelContext& context, const ConfirmedPayStubActualPay& stub, bool 
     insert(context, stub);
 }
 
-void remove(ModelContext& context, const Uuid& payStubID) {
+namespace {
+
+void requireExisting(ModelContext& context, const Uuid& payStubID) {
     auto& statement = context.prepare("SELECT 1 FROM ConfirmedPayStubActualPay WHERE id = ?1");
     bind(statement, 1, payStubID);
     if (!readFirst(statement, [](SQLite::Statement&) { return true; })) {
         throw ConfirmedPayStubError(std::string(confirmed_pay_stub_words::noLongerExists));
     }
+}
+
+}  // namespace
+
+void update(ModelContext& context, const ConfirmedPayStubActualPay& stub) {
+    requireExisting(context, stub.id);
+    if (const auto other = find(context, stub.crewMemberID, stub.payrollWeekID); other && other->id != stub.id) {
+        throw ConfirmedPayStubError(std::string(confirmed_pay_stub_words::alreadyConfirmed));
+    }
+    auto& statement = context.prepare(
+        "UPDATE ConfirmedPayStubActualPay SET crewMemberID = ?2, printedEmployeeName = ?3, printedPayPeriodStart = ?4, printedPayPeriodEnd = ?5, "
+        "printedOccupation = ?6, totalHours = ?7, gross = ?8, modifiedAt = ?9 WHERE id = ?1");
+    bindAll(statement, stub.id, stub.crewMemberID, stub.printedEmployeeName, stub.printedPayPeriodStart, stub.printedPayPeriodEnd,
+            stub.printedOccupation);
+    if (stub.totalHours) {
+        bind(statement, 7, *stub.totalHours);
+    } else {
+        statement.bind(7);
+    }
+    bind(statement, 8, stub.gross);
+    bind(statement, 9, stub.modifiedAt);
+    statement.exec();
+    auto& lines = context.prepare("DELETE FROM ConfirmedPayStubEarningLine WHERE payStubID = ?1");
+    bind(lines, 1, stub.id);
+    lines.exec();
+    insertLines(context, stub);
+}
+
+void remove(ModelContext& context, const Uuid& payStubID) {
+    requireExisting(context, payStubID);
     erase(context, payStubID);
 }
 

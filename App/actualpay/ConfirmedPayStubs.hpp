@@ -47,6 +47,8 @@ inline constexpr std::string_view removeQuestion =
     "This removes Actual Pay authority for this crew member and Payroll Week. Expected Payroll is unchanged.";
 inline constexpr std::string_view noLongerExists = "The confirmed pay stub no longer exists.";
 inline constexpr std::string_view saveFailed = "The pay stub could not be saved.";
+inline constexpr std::string_view invalidPDF = "The original pay-stub PDF is invalid.";
+inline constexpr std::string_view openFailedTitle = "The pay stub could not be opened.";
 }  // namespace confirmed_pay_stub_words
 
 // A confirmation or removal the store's state refuses; the message is the sentence to show.
@@ -66,6 +68,11 @@ std::optional<ConfirmedPayStubActualPay> find(ModelContext& context, const Uuid&
 // `replace` is set: then the new record, with its newly selected PDF, takes the old one's place and the
 // old one and its lines are gone.
 void confirm(ModelContext& context, const ConfirmedPayStubActualPay& stub, bool replace);
+
+// Writes the edited values of a confirmed stub over its record, keeping its identity, its PDF, when it
+// was imported and confirmed; its lines are replaced. Refused when it no longer exists, or when it is moved
+// to a crew member who already has a confirmed stub for the week.
+void update(ModelContext& context, const ConfirmedPayStubActualPay& stub);
 
 // Deletes the stub and its lines; refused when it no longer exists.
 void remove(ModelContext& context, const Uuid& payStubID);

@@ -105,7 +105,8 @@ PayStubReviewSession startReview(const EPPayStubInterpretation& stub, const PayS
                                  std::nullopt,
                                  std::nullopt,
                                  false,
-                                 false};
+                                 false,
+                                 std::nullopt};
     for (const auto& line : stub.earningLines) {
         session.earningLines.push_back({line.id, reviewedText(line.printedLabel), reviewedDecimal(line.hours, false), reviewedDecimal(line.rate, false),
                                         reviewedDecimal(line.amount, true), line.arithmetic, line.displayOrder});
@@ -116,6 +117,38 @@ PayStubReviewSession startReview(const EPPayStubInterpretation& stub, const PayS
     session.selectedCrewMemberID = match.proposedCrewMemberID;
     session.crewReviewReason = match.reviewReason;
     session.crewOptions = std::move(crew);
+    return session;
+}
+
+PayStubReviewSession reviewOfConfirmed(const ConfirmedPayStubActualPay& stub, std::vector<PayStubCrewOption> crew) {
+    const auto text = [](const std::string& value) { return PayStubReviewedText{value, {}, std::nullopt, false}; };
+    const auto date = [](const std::optional<CalendarDate>& value) { return PayStubReviewedDate{value, {}, std::nullopt, false}; };
+    const auto number = [](const std::optional<Decimal>& value, bool required) {
+        return PayStubReviewedDecimal{value ? value->toString() : std::string(), {}, std::nullopt, false, required};
+    };
+    PayStubReviewSession session{stub.id,
+                                 {stub.productionID, stub.payrollWeekID, stub.payrollWeekStart, stub.payrollWeekEnd},
+                                 stub.sourcePDFData,
+                                 stub.sourceFilename,
+                                 stub.importedAt,
+                                 std::move(crew),
+                                 text(stub.printedEmployeeName),
+                                 date(stub.printedPayPeriodStart),
+                                 date(stub.printedPayPeriodEnd),
+                                 text(stub.printedOccupation),
+                                 {},
+                                 number(stub.totalHours, false),
+                                 number(stub.gross, true),
+                                 stub.crewMemberID,
+                                 std::nullopt,
+                                 false,
+                                 true,
+                                 stub.confirmedAt};
+    session.weekMismatchAcknowledged = !periodMatchesWeek(session);
+    for (const auto& line : stub.lines) {
+        session.earningLines.push_back({line.id.text(), text(line.printedLabel), number(line.hours, false), number(line.rate, false),
+                                        number(line.amount, true), {}, static_cast<int>(line.displayOrder)});
+    }
     return session;
 }
 
@@ -220,7 +253,7 @@ ConfirmedPayStubActualPay confirmedRecord(const PayStubReviewSession& s, Instant
                                      s.sourcePDFData,
                                      s.sourceFilename,
                                      std::min(s.importedAt, now),
-                                     now,
+                                     std::min(s.confirmedAt.value_or(now), now),
                                      now,
                                      {}};
     std::int64_t order = 0;

@@ -101,11 +101,16 @@ struct PayStubReviewSession {
     std::optional<std::string> crewReviewReason;
     bool weekMismatchAcknowledged = false;
     bool isExistingAuthority = false;
+    std::optional<Instant> confirmedAt{};  // an edited stub's first confirmation
 };
 
 // The interpretation as a review, with the crew member its printed name proposes.
 PayStubReviewSession startReview(const EPPayStubInterpretation& stub, const PayStubWeek& week, std::vector<PayStubCrewOption> crew,
                                  std::string filename, std::string pdf, Instant importedAt);
+
+// A confirmed stub opened again for editing: its stored values (with any earlier corrections) as the
+// review, its identity kept. A period it was confirmed with counts as associated with its week.
+PayStubReviewSession reviewOfConfirmed(const ConfirmedPayStubActualPay& stub, std::vector<PayStubCrewOption> crew);
 
 // The user's corrections: each marks its value as corrected and settles its review reason.
 void chooseCrewMember(PayStubReviewSession& session, const Uuid& crewMemberID);
@@ -132,7 +137,8 @@ private:
     std::vector<std::string> unresolved_;
 };
 
-// The record confirmation writes, stamped `now`; refused with PayStubReviewError while anything is unresolved.
+// The record confirmation writes, stamped `now` (an edited stub keeps when it was imported and confirmed);
+// refused with PayStubReviewError while anything is unresolved.
 ConfirmedPayStubActualPay confirmedRecord(const PayStubReviewSession& session, Instant now);
 
 }  // namespace tessel

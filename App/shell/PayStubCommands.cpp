@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "App/actualpay/PayStubImport.hpp"
+#include "App/actualpay/StubExtraction.hpp"
 #include "App/expected/ReviewText.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/NewFile.hpp"
@@ -274,8 +275,8 @@ std::string corrected(bool was) { return was ? " (corrected)" : ""; }
 
 std::string confirmationText(const PayStubReviewSession& r, const ConfirmedPayStubActualPay& record, const std::string& crew) {
     std::ostringstream out;
-    out << "Confirmed \u201C" << record.sourceFilename << "\u201D as the Actual Pay of " << crew << " for the Payroll Week "
-        << periodText(record.payrollWeekStart, record.payrollWeekEnd) << ".\n";
+    out << (r.isExistingAuthority ? "Saved the confirmed pay stub \u201C" : "Confirmed \u201C") << record.sourceFilename << "\u201D as the Actual Pay of "
+        << crew << " for the Payroll Week " << periodText(record.payrollWeekStart, record.payrollWeekEnd) << ".\n";
     out << "  Printed name: " << record.printedEmployeeName << corrected(r.printedEmployeeName.wasUserCorrected) << "\n";
     if (!record.printedOccupation.empty()) out << "  Occupation: " << record.printedOccupation << corrected(r.printedOccupation.wasUserCorrected) << "\n";
     out << "  Printed period: " << printedPeriod(r) << corrected(r.payPeriodStart.wasUserCorrected || r.payPeriodEnd.wasUserCorrected)
@@ -427,6 +428,37 @@ int showStub(CommandSession& session, const PayStubCommandArguments& a) {
     });
 }
 
+// A confirmed stub corrected again from its stored values; its PDF must still open.
+int editStub(CommandSession& session, const PayStubCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) -> int {
+        const auto stub = namedStub(context, production, a, true);
+        try {
+            extractTextLayer(stub.sourcePDFData, PayStubTextSource::embeddedPDFText);
+        } catch (const PayStubExtractionError&) {
+            return session.refuseWithTitle("invalidPDF", std::string(confirmed_pay_stub_words::openFailedTitle),
+                                           std::string(confirmed_pay_stub_words::invalidPDF));
+        }
+        const auto crew = crewOptions(context, production.id, stub.payrollWeekID);
+        auto review = reviewOfConfirmed(stub, crew);
+        std::optional<Uuid> reassigned;
+        if (!a.reassign.empty()) reassigned = crewMemberNamed(context, production.id, a.reassign).id;
+        applyCorrections(review, a, reassigned);
+        std::optional<ConfirmedPayStubActualPay> record;
+        try {
+            record = confirmedRecord(review, now());
+            confirmed_pay_stubs::update(context, *record);
+        } catch (const PayStubReviewError& error) {
+            return session.refuse("unresolved", error.what(), Json{{"unresolved", error.unresolved()}});
+        } catch (const ConfirmedPayStubError& error) {
+            throw Refused{"refused", error.what()};
+        }
+        const PayStubBatchSession batch{review.week, crew, {}, {}, false, 0, std::nullopt};
+        session.answer(Json{{"id", record->id.text()}, {"crewMemberID", record->crewMemberID.text()}, {"gross", record->gross.toString()}},
+                       confirmationText(review, *record, crewName(batch, record->crewMemberID)));
+        return exitSuccess;
+    }, "Pay Stub Not Saved", confirmed_pay_stub_words::saveFailed);
+}
+
 int removeStub(CommandSession& session, const PayStubCommandArguments& a) {
     if (!a.yes) return session.confirmationNeeded(confirmed_pay_stub_words::removeTitle, std::string(confirmed_pay_stub_words::removeQuestion));
     return act(session, [&](ModelContext& context, const Production& production) {
@@ -479,6 +511,22 @@ void addPayStubCommands(CLI::App& stub, CommandSession& session, PayStubCommandA
     show->add_option("--week", a.week, "A date in the Payroll Week, YYYY-MM-DD")->required();
     show->add_option("--pdf", a.pdf, "Also write the stub's source PDF to this new file");
     show->callback([&] { exitStatus = showStub(session, a); });
+
+    auto* edit = stub.add_subcommand("edit", "Correct a crew member's confirmed pay stub for a Payroll Week");
+    edit->add_option("NAME", a.crew, "The crew member")->required();
+    edit->add_option("--week", a.week, "A date in the Payroll Week, YYYY-MM-DD")->required();
+    edit->add_option("--crew", a.reassign, "The crew member the stub is for instead");
+    edit->add_flag("--accept-period", a.acceptPeriod, "Associate a mismatched pay period with the Payroll Week");
+    edit->add_option("--name", a.printedName, "The printed employee name, corrected");
+    edit->add_option("--occupation", a.occupation, "The printed occupation, corrected");
+    edit->add_option("--start", a.start, "The printed pay-period start, corrected (YYYY-MM-DD)");
+    edit->add_option("--end", a.end, "The printed pay-period end, corrected (YYYY-MM-DD)");
+    edit->add_option("--gross", a.gross, "The printed gross, corrected");
+    edit->add_option("--total-hours", a.totalHours, "The printed total hours, corrected");
+    edit->add_option("--line", a.lines, "N=LABEL,HOURS,RATE,AMOUNT: earning line N corrected");
+    edit->add_option("--drop-line", a.dropLines, "Earning line N is not an earning");
+    edit->add_option("--add-line", a.addLines, "LABEL,HOURS,RATE,AMOUNT: an earning line to add");
+    edit->callback([&] { exitStatus = editStub(session, a); });
 
     auto* remove = stub.add_subcommand("remove", "Remove a crew member's confirmed pay stub for a Payroll Week");
     remove->add_option("NAME", a.crew, "The crew member")->required();

@@ -141,6 +141,33 @@ TEST_F(PayStubCommands, RefuseWhatCannotBeImported) {
     EXPECT_EQ(run({"stub", "import", stub("01-quint.pdf"), "--week", week}).err, "Add Production crew before importing pay stubs.\n");
 }
 
+TEST_F(PayStubCommands, EditAConfirmedStubKeepingItsIdentity) {
+    ASSERT_EQ(run({"stub", "confirm", stub("01-quint.pdf"), "--week", week}).status, 0);
+    const Json before = confirmedList()[0];
+    const auto refused = run({"stub", "edit", "Marisol Quint", "--week", week, "--gross", "3002.01"});
+    EXPECT_EQ(refused.err, "Review the remaining pay-stub items before confirming:\n- Gross does not match the sum of earning amounts.\n");
+    const auto edited = run({"stub", "edit", "Marisol Quint", "--week", week, "--line", "3=MEAL PENALTY,,,25.01", "--gross", "3002.01"});
+    ASSERT_EQ(edited.status, 0) << edited.err;
+    EXPECT_NE(edited.out.find("  3. MEAL PENALTY  25.01 (corrected)\n"), std::string::npos) << edited.out;
+    Json after = confirmedList()[0];
+    EXPECT_EQ(after["id"], before["id"]);
+    EXPECT_EQ(after["gross"], "3002.01");
+    EXPECT_EQ(after["confirmedAt"], before["confirmedAt"]);
+    EXPECT_EQ(after["earningLines"][0]["amount"], before["earningLines"][0]["amount"]);  // the rest as confirmed
+
+    ASSERT_EQ(run({"stub", "edit", "Marisol Quint", "--week", week, "--crew", "Teodor Vance"}).status, 0);
+    EXPECT_EQ(confirmedList()[0]["crewMember"], "Teodor Vance");
+    ASSERT_EQ(run({"stub", "confirm", stub("03-lindqvist.pdf"), "--week", week}).status, 0);
+    EXPECT_EQ(run({"stub", "edit", "Teodor Vance", "--week", week, "--crew", "Priya Lindqvist"}).err,
+              "A confirmed pay stub already exists for this crew member and Payroll Week.\n");
+    {
+        SQLite::Database db((folder.path() / "data" / "canonical-store" / "Tessel.store").string(), SQLite::OPEN_READWRITE);
+        db.exec("UPDATE ConfirmedPayStubActualPay SET sourcePDFData = x'00'");
+    }
+    EXPECT_EQ(run({"stub", "edit", "Teodor Vance", "--week", week, "--gross", "1"}).err,
+              "The pay stub could not be opened.\nThe original pay-stub PDF is invalid.\n");
+}
+
 // A confirmed stub pins its Payroll Week: a new start day applies to new weeks only.
 TEST_F(PayStubCommands, AConfirmedStubPinsItsWeek) {
     ASSERT_EQ(run({"stub", "confirm", stub("01-quint.pdf"), "--week", week}).status, 0);
