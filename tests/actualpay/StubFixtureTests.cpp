@@ -31,6 +31,8 @@ struct Fixture {
     bool ocrExact = false;
 };
 
+void PrintTo(const Fixture& fixture, std::ostream* out) { *out << fixture.name; }
+
 std::vector<Fixture> manifest() {
     std::vector<Fixture> fixtures;
     const auto json = nlohmann::json::parse(contentsOf(folder / "manifest.json"), nullptr, false);
