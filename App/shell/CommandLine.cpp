@@ -12,6 +12,7 @@
 #include "App/shell/ReviewCommands.hpp"
 #include "App/shell/RulesCommands.hpp"
 #include "App/shell/StoreCommands.hpp"
+#include "App/shell/PositionCommands.hpp"
 #include "App/shell/StubCommands.hpp"
 
 namespace tessel {
@@ -41,6 +42,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     LibraryCommandArguments libraryArguments;
     StubCommandArguments stubArguments;
     PayStubCommandArguments payStubArguments;
+    PositionCommandArguments positionArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
     addDiagnosticCommands(*app.get_subcommand("store"), session, diagnosticArguments, exitStatus);
@@ -50,6 +52,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     addReviewCommands(app, session, reviewArguments, exitStatus);
     addLibraryCommands(app, session, libraryArguments, exitStatus);
     addStubCommands(app, session, stubArguments, payStubArguments, exitStatus);
+    addPositionCommands(app, session, positionArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());

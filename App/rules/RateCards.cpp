@@ -1,0 +1,358 @@
+#include "RateCards.hpp"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "App/model/CalendarText.hpp"
+#include "App/model/ProductionRepository.hpp"
+
+namespace tessel {
+namespace {
+
+using namespace columns;
+
+std::string inQuotes(const std::string& text) { return "\u201C" + text + "\u201D"; }
+
+std::optional<Decimal> optionalDecimal(const SQLite::Column& column) {
+    if (column.isNull()) return std::nullopt;
+    return decimal(column);
+}
+
+std::string blobText(const SQLite::Column& column) {
+    if (column.isNull()) return {};
+    return std::string(static_cast<const char*>(column.getBlob()), static_cast<std::size_t>(column.getBytes()));
+}
+
+void bindBlob(SQLite::Statement& statement, int index, const std::string& data) {
+    if (data.empty()) {
+        statement.bind(index);
+    } else {
+        statement.bind(index, data.data(), static_cast<int>(data.size()));
+    }
+}
+
+void bindOptionalDecimal(SQLite::Statement& statement, int index, const std::optional<Decimal>& value) {
+    if (value) {
+        bind(statement, index, *value);
+    } else {
+        statement.bind(index);
+    }
+}
+
+ProductionRateCard readCard(SQLite::Statement& row) {
+    return {uuid(row.getColumn(0)),         uuid(row.getColumn(1)),         text(row.getColumn(2)),
+            date(row.getColumn(3)),         optionalDate(row.getColumn(4)), optionalText(row.getColumn(5)),
+            boolean(row.getColumn(6))};
+}
+
+void insertCard(ModelContext& context, const ProductionRateCard& c) {
+    auto& statement = context.prepare(
+        "INSERT INTO ProductionRateCard (id, productionID, label, effectiveStart, effectiveEnd, sourceNotes, requiresExplicitPositionTerms) VALUES "
+        "(?1, ?2, ?3, ?4, ?5, ?6, ?7)");
+    bindAll(statement, c.id, c.productionID, c.label, c.effectiveStart, c.effectiveEnd, c.sourceNotes, c.requiresExplicitPositionTerms);
+    statement.exec();
+}
+
+void insertScale(ModelContext& context, const PositionScaleRate& s) {
+    auto& statement = context.prepare(
+        "INSERT INTO PositionScaleRate (id, rateCardID, positionPresetID, employmentScheduleRawValue, hourlyAmount, currencyCode) VALUES (?1, ?2, "
+        "?3, ?4, ?5, ?6)");
+    bindAll(statement, s.id, s.rateCardID, s.positionID, std::string(toRawValue(s.schedule)), s.hourlyAmount, s.currencyCode);
+    statement.exec();
+}
+
+bool overlap(const ProductionRateCard& a, const ProductionRateCard& b) {
+    const bool aBeforeB = a.effectiveEnd && *a.effectiveEnd < b.effectiveStart;
+    const bool bBeforeA = b.effectiveEnd && *b.effectiveEnd < a.effectiveStart;
+    return !aBeforeB && !bBeforeA;
+}
+
+std::optional<CalendarDate> earlier(const std::optional<CalendarDate>& a, const std::optional<CalendarDate>& b) {
+    if (!a) return b;
+    if (!b) return a;
+    return std::min(*a, *b);
+}
+
+EmploymentSchedule scheduleFrom(const std::string& raw) { return raw == "weekly" ? EmploymentSchedule::weekly : EmploymentSchedule::daily; }
+
+bool hasTerms(ModelContext& context, const Uuid& cardID, const Uuid& positionID) {
+    auto& statement = context.prepare("SELECT 1 FROM ProductionRateCardPositionTerms WHERE productionRateCardID = ?1 AND productionPositionID = ?2");
+    bindAll(statement, cardID, positionID);
+    return readFirst(statement, [](SQLite::Statement&) { return true; }).value_or(false);
+}
+
+}  // namespace
+
+std::string_view toRawValue(ProductionPositionReadiness readiness) noexcept {
+    switch (readiness) {
+        case ProductionPositionReadiness::ready: return "ready";
+        case ProductionPositionReadiness::needsReview: return "needsReview";
+        case ProductionPositionReadiness::missingScale: return "missingScale";
+        case ProductionPositionReadiness::missingContractSetup: return "missingContractSetup";
+        case ProductionPositionReadiness::conflictingScale: return "conflictingScale";
+    }
+    return "ready";
+}
+
+namespace rate_cards {
+
+std::vector<ProductionRateCard> cards(ModelContext& context, const Uuid& productionID) {
+    auto& statement = context.prepare(
+        "SELECT id, productionID, label, effectiveStart, effectiveEnd, sourceNotes, requiresExplicitPositionTerms FROM ProductionRateCard WHERE "
+        "productionID = ?1 ORDER BY label, effectiveStart, id");
+    bind(statement, 1, productionID);
+    return readAll<ProductionRateCard>(statement, readCard);
+}
+
+std::vector<PositionScaleRate> scales(ModelContext& context, const Uuid& productionID) {
+    auto& statement = context.prepare(
+        "SELECT s.id, s.rateCardID, s.positionPresetID, s.employmentScheduleRawValue, s.hourlyAmount, s.currencyCode FROM PositionScaleRate s JOIN "
+        "ProductionRateCard c ON c.id = s.rateCardID WHERE c.productionID = ?1 ORDER BY c.label, c.effectiveStart, s.id");
+    bind(statement, 1, productionID);
+    return readAll<PositionScaleRate>(statement, [](SQLite::Statement& row) {
+        return PositionScaleRate{uuid(row.getColumn(0)), uuid(row.getColumn(1)), uuid(row.getColumn(2)),
+                                 scheduleFrom(text(row.getColumn(3))), decimal(row.getColumn(4)),
+                                 text(row.getColumn(5))};
+    });
+}
+
+ProductionRateCard create(ModelContext& context, const Uuid& productionID, const std::string& label, CalendarDate from,
+                          std::optional<CalendarDate> through) {
+    if (label.find_first_not_of(" \t") == std::string::npos) throw ModelValidationError("Enter a Rate Card label.");
+    if (through && *through < from) throw ModelValidationError("A Rate Card cannot end before it starts.");
+    for (const auto& card : cards(context, productionID)) {
+        if (card.label == label && card.effectiveStart == from) {
+            throw ModelValidationError("A Rate Card " + inQuotes(label) + " already starts on " + calendar_text::formatDate(from) + ".");
+        }
+    }
+    // A later period of a card ends the earlier one still open on that date: the new rates replace them.
+    for (const auto& earlier : cards(context, productionID)) {
+        if (earlier.label == label && earlier.effectiveStart < from && earlier.covers(from)) {
+            auto& end = context.prepare("UPDATE ProductionRateCard SET effectiveEnd = ?2 WHERE id = ?1");
+            bindAll(end, earlier.id, CalendarDate(std::chrono::sys_days(from) - std::chrono::days(1)));
+            end.exec();
+        }
+    }
+    ProductionRateCard card{Uuid::generate(), productionID, label, from, through, std::nullopt, false};
+    insertCard(context, card);
+    return card;
+}
+
+PositionScaleRate addScale(ModelContext& context, const Uuid& productionID, const std::string& label, const PositionRecord& position,
+                           const std::string& amountText, CalendarDate from, EmploymentSchedule schedule) {
+    const Decimal amount = positions::validatedScaleAmount(amountText);
+    std::optional<ProductionRateCard> card;
+    for (auto& c : cards(context, productionID)) {
+        if (c.label == label && c.effectiveStart == from) card = std::move(c);
+    }
+    if (!card) card = create(context, productionID, label, from, std::nullopt);
+    for (const auto& s : scales(context, productionID)) {
+        if (s.rateCardID == card->id && s.positionID == position.id && s.schedule == schedule) {
+            throw ModelValidationError(std::string(rate_card_words::rateExists));
+        }
+    }
+    PositionScaleRate rate{Uuid::generate(), card->id, position.id, schedule, amount, position.dailyDefaults.currencyCode};
+    insertScale(context, rate);
+    return rate;
+}
+
+std::vector<ScaleConflict> conflicts(ModelContext& context, const Uuid& productionID) {
+    std::map<Uuid, ProductionRateCard> byID;
+    for (auto& card : cards(context, productionID)) byID.emplace(card.id, std::move(card));
+    const auto all = scales(context, productionID);
+    std::vector<ScaleConflict> found;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        for (std::size_t j = i + 1; j < all.size(); ++j) {
+            const auto &a = all[i], &b = all[j];
+            if (a.positionID != b.positionID || a.schedule != b.schedule) continue;
+            const auto &ca = byID.at(a.rateCardID), &cb = byID.at(b.rateCardID);
+            if (!overlap(ca, cb)) continue;
+            found.push_back({a.positionID, a.schedule, std::max(ca.effectiveStart, cb.effectiveStart), earlier(ca.effectiveEnd, cb.effectiveEnd),
+                             {a.id, b.id}});
+        }
+    }
+    return found;
+}
+
+std::optional<PositionScaleRate> scaleOn(ModelContext& context, const Uuid& productionID, const Uuid& positionID, EmploymentSchedule schedule,
+                                         CalendarDate date) {
+    std::map<Uuid, ProductionRateCard> byID;
+    for (auto& card : cards(context, productionID)) byID.emplace(card.id, std::move(card));
+    std::vector<PositionScaleRate> inForce;
+    for (auto& s : scales(context, productionID)) {
+        if (s.positionID == positionID && s.schedule == schedule && byID.at(s.rateCardID).covers(date)) inForce.push_back(std::move(s));
+    }
+    if (inForce.size() != 1) return std::nullopt;
+    return std::move(inForce.front());
+}
+
+PositionReadiness readiness(ModelContext& context, const PositionRecord& position) {
+    using R = ProductionPositionReadiness;
+    const auto productionID = *position.productionID;
+    for (const auto& conflict : conflicts(context, productionID)) {
+        if (conflict.positionID == position.id) {
+            return {R::conflictingScale, "Two " + std::string(toRawValue(conflict.schedule)) + " Scale rates of this Position overlap from " +
+                                             calendar_text::formatDate(conflict.from) + "."};
+        }
+    }
+    std::set<Uuid> pricedOn;
+    for (const auto& s : scales(context, productionID)) {
+        if (s.positionID == position.id) pricedOn.insert(s.rateCardID);
+    }
+    if (pricedOn.empty()) return {R::missingScale, std::string(rate_card_words::noScale) + "."};
+    for (const auto& card : cards(context, productionID)) {
+        if (card.requiresExplicitPositionTerms && pricedOn.contains(card.id) && !hasTerms(context, card.id, position.id)) {
+            return {R::missingContractSetup, "This Position has no contract setup on Rate Card " + inQuotes(card.label) + "."};
+        }
+    }
+    if (!position.reviewedFingerprint) return {R::needsReview, "This Position was copied from a Rate Card and has not been reviewed yet."};
+    if (*position.reviewedFingerprint != positions::fingerprint(position)) return {R::needsReview, "This Position changed since it was last reviewed."};
+    return {R::ready, std::nullopt};
+}
+
+// ---- saved cards ----
+
+std::vector<SavedRateCard> savedCards(ModelContext& context) {
+    auto& statement = context.prepare(
+        "SELECT id, displayName, effectiveStart, effectiveEnd, sourceNotes FROM RatePackage ORDER BY displayOrder, displayName, id");
+    auto result = readAll<SavedRateCard>(statement, [](SQLite::Statement& row) {
+        return SavedRateCard{uuid(row.getColumn(0)), text(row.getColumn(1)), date(row.getColumn(2)), optionalDate(row.getColumn(3)),
+                             optionalText(row.getColumn(4)), {}};
+    });
+    for (auto& card : result) {
+        auto& positions = context.prepare(
+            "SELECT id, positionName, occupationCode, dailyScale, weeklyScale, currencyCode, dailyDefaultsData, weeklyDefaultsData FROM "
+            "RatePackagePosition WHERE ratePackageID = ?1 ORDER BY displayOrder, positionName, id");
+        bind(positions, 1, card.id);
+        card.positions = readAll<SavedRateCardPosition>(positions, [](SQLite::Statement& row) {
+            return SavedRateCardPosition{uuid(row.getColumn(0)),
+                                         text(row.getColumn(1)),
+                                         optionalText(row.getColumn(2)),
+                                         optionalDecimal(row.getColumn(3)),
+                                         optionalDecimal(row.getColumn(4)),
+                                         text(row.getColumn(5)),
+                                         blobText(row.getColumn(6)),
+                                         blobText(row.getColumn(7))};
+        });
+    }
+    return result;
+}
+
+SavedRateCard savedNamed(ModelContext& context, const std::string& label) {
+    std::vector<SavedRateCard> found;
+    for (auto& card : savedCards(context)) {
+        if (card.displayName == label) found.push_back(std::move(card));
+    }
+    if (found.empty()) throw ModelValidationError("There is no saved Rate Card named " + inQuotes(label) + ".");
+    if (found.size() > 1) throw ModelValidationError("More than one saved Rate Card is named " + inQuotes(label) + "; rename one to tell them apart.");
+    return std::move(found.front());
+}
+
+SavedRateCard createSaved(ModelContext& context, const std::string& label, CalendarDate from, std::optional<CalendarDate> through, Instant now) {
+    if (label.find_first_not_of(" \t") == std::string::npos) throw ModelValidationError("Enter a Rate Card label.");
+    if (through && *through < from) throw ModelValidationError("A Rate Card cannot end before it starts.");
+    const auto existing = savedCards(context);
+    if (std::any_of(existing.begin(), existing.end(), [&](const auto& c) { return c.displayName == label; })) {
+        throw ModelValidationError("A saved Rate Card named " + inQuotes(label) + " already exists.");
+    }
+    SavedRateCard card{Uuid::generate(), label, from, through, std::nullopt, {}};
+    auto& statement = context.prepare(
+        "INSERT INTO RatePackage (id, displayName, effectiveStart, effectiveEnd, displayOrder, createdAt, modifiedAt) VALUES (?1, ?2, ?3, ?4, ?5, "
+        "?6, ?6)");
+    bindAll(statement, card.id, card.displayName, card.effectiveStart, card.effectiveEnd, static_cast<std::int64_t>(existing.size()), now);
+    statement.exec();
+    return card;
+}
+
+void setSavedScale(ModelContext& context, const std::string& label, const std::string& positionName, const std::string& amountText,
+                   EmploymentSchedule schedule, Instant now) {
+    const Decimal amount = positions::validatedScaleAmount(amountText);
+    const auto card = savedNamed(context, label);
+    const auto column = schedule == EmploymentSchedule::daily ? std::string("dailyScale") : std::string("weeklyScale");
+    for (const auto& p : card.positions) {
+        if (p.positionName != positionName) continue;
+        if ((schedule == EmploymentSchedule::daily ? p.dailyScale : p.weeklyScale)) throw ModelValidationError(std::string(rate_card_words::rateExists));
+        auto& statement = context.prepare("UPDATE RatePackagePosition SET " + column + " = ?2, modifiedAt = ?3 WHERE id = ?1");
+        bindAll(statement, p.id, amount, now);
+        statement.exec();
+        return;
+    }
+    SavedRateCardPosition p{.id = Uuid::generate(), .positionName = positionName};
+    for (const auto& saved : positions::list(context, PositionScope::saved, std::nullopt)) {
+        if (saved.positionName != positionName) continue;
+        p.occupationCode = saved.occupationCode;
+        p.currencyCode = saved.dailyDefaults.currencyCode;
+        p.dailyDefaultsData = saved.dailyDefaultsData;
+        p.weeklyDefaultsData = saved.weeklyDefaultsData;
+    }
+    (schedule == EmploymentSchedule::daily ? p.dailyScale : p.weeklyScale) = amount;
+    auto& statement = context.prepare(
+        "INSERT INTO RatePackagePosition (id, ratePackageID, occupationCode, positionName, dailyDefaultsData, weeklyDefaultsData, dailyScale, "
+        "weeklyScale, currencyCode, displayOrder, createdAt, modifiedAt) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?11)");
+    bindAll(statement, p.id, card.id, p.occupationCode, p.positionName);
+    bindBlob(statement, 5, p.dailyDefaultsData);
+    bindBlob(statement, 6, p.weeklyDefaultsData);
+    bindOptionalDecimal(statement, 7, p.dailyScale);
+    bindOptionalDecimal(statement, 8, p.weeklyScale);
+    columns::bind(statement, 9, p.currencyCode);
+    bind(statement, 10, static_cast<std::int64_t>(card.positions.size()));
+    bind(statement, 11, now);
+    statement.exec();
+}
+
+ProductionRateCard apply(ModelContext& context, const Uuid& productionID, const SavedRateCard& saved, Instant now) {
+    const bool anyScale = std::any_of(saved.positions.begin(), saved.positions.end(), [](const auto& p) { return p.dailyScale || p.weeklyScale; });
+    if (!anyScale) throw ModelValidationError(std::string(rate_card_words::savedCardHasNoScales));
+    auto production = positions::list(context, PositionScope::production, productionID);
+    // Each card position to the production position it becomes: the same code, else the same name, else a copy.
+    std::vector<PositionRecord> targets;
+    std::set<Uuid> mapped;
+    for (const auto& p : saved.positions) {
+        const auto same = std::find_if(production.begin(), production.end(), [&](const PositionRecord& existing) {
+            return p.occupationCode ? existing.occupationCode == p.occupationCode : existing.positionName == p.positionName;
+        });
+        PositionRecord target{.id = Uuid::generate(), .scope = PositionScope::production};
+        if (same != production.end()) {
+            target = *same;
+        } else {
+            target.productionID = productionID;
+            target.positionName = p.positionName;
+            target.occupationCode = p.occupationCode;
+            target.dailyDefaultsData = p.dailyDefaultsData;
+            target.weeklyDefaultsData = p.weeklyDefaultsData;
+            target.displayOrder = static_cast<std::int64_t>(production.size());
+            target.modifiedAt = now;
+            target.sourceRatePackageID = saved.id;
+            target.sourcePackagePositionID = p.id;
+            positions::insertCopy(context, target);
+            production.push_back(target);
+        }
+        if (!mapped.insert(target.id).second) throw ModelValidationError(std::string(rate_card_words::distinctPositions));
+        targets.push_back(std::move(target));
+    }
+    ProductionRateCard card{Uuid::generate(), productionID, saved.displayName, saved.effectiveStart, saved.effectiveEnd, saved.sourceNotes, true};
+    for (const auto& existing : cards(context, productionID)) {
+        if (existing.label == card.label && existing.effectiveStart == card.effectiveStart) {
+            throw ModelValidationError("A Rate Card " + inQuotes(card.label) + " already starts on " + calendar_text::formatDate(card.effectiveStart) + ".");
+        }
+    }
+    insertCard(context, card);
+    for (std::size_t i = 0; i < saved.positions.size(); ++i) {
+        const auto& p = saved.positions[i];
+        if (p.dailyScale) insertScale(context, {Uuid::generate(), card.id, targets[i].id, EmploymentSchedule::daily, *p.dailyScale, p.currencyCode});
+        if (p.weeklyScale) insertScale(context, {Uuid::generate(), card.id, targets[i].id, EmploymentSchedule::weekly, *p.weeklyScale, p.currencyCode});
+        auto& terms = context.prepare(
+            "INSERT INTO ProductionRateCardPositionTerms (id, productionRateCardID, productionPositionID, dailyDefaultsData, weeklyDefaultsData, "
+            "payloadFormatVersion, createdAt, modifiedAt) VALUES (?1, ?2, ?3, ?4, ?5, 1, ?6, ?6)");
+        bindAll(terms, Uuid::generate(), card.id, targets[i].id);
+        bindBlob(terms, 4, p.dailyDefaultsData.empty() ? std::string("{}") : p.dailyDefaultsData);
+        bindBlob(terms, 5, p.weeklyDefaultsData.empty() ? std::string("{}") : p.weeklyDefaultsData);
+        bind(terms, 6, now);
+        terms.exec();
+    }
+    return card;
+}
+
+}  // namespace rate_cards
+}  // namespace tessel

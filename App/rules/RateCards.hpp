@@ -1,0 +1,119 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "App/model/PersistenceModels.hpp"
+#include "App/rules/Positions.hpp"
+
+// Rate Cards: the contract's scale rates (the hourly floor) per position for a period. A reusable card
+// lives on the installation; applying it copies its positions, scales and contract setup into the
+// production, which keeps its own cards from then on.
+namespace tessel {
+
+
+// A production's card for one effective period. Several cards may share a label, one per period.
+struct ProductionRateCard {
+    Uuid id;
+    Uuid productionID;
+    std::string label;
+    CalendarDate effectiveStart;
+    std::optional<CalendarDate> effectiveEnd{};
+    std::optional<std::string> sourceNotes{};
+    bool requiresExplicitPositionTerms = false;
+    bool covers(CalendarDate date) const { return date >= effectiveStart && (!effectiveEnd || date <= *effectiveEnd); }
+};
+
+struct PositionScaleRate {
+    Uuid id;
+    Uuid rateCardID;
+    Uuid positionID;  // the production position it prices
+    EmploymentSchedule schedule = EmploymentSchedule::daily;
+    Decimal hourlyAmount;
+    std::string currencyCode;
+};
+
+// A reusable card and its positions, each with its daily and weekly scale.
+struct SavedRateCardPosition {
+    Uuid id;
+    std::string positionName{};
+    std::optional<std::string> occupationCode{};
+    std::optional<Decimal> dailyScale{}, weeklyScale{};
+    std::string currencyCode = "USD";
+    std::string dailyDefaultsData{}, weeklyDefaultsData{};
+};
+
+struct SavedRateCard {
+    Uuid id;
+    std::string displayName;
+    CalendarDate effectiveStart;
+    std::optional<CalendarDate> effectiveEnd{};
+    std::optional<std::string> sourceNotes{};
+    std::vector<SavedRateCardPosition> positions;
+};
+
+enum class ProductionPositionReadiness { ready, needsReview, missingScale, missingContractSetup, conflictingScale };
+std::string_view toRawValue(ProductionPositionReadiness readiness) noexcept;
+
+struct PositionReadiness {
+    ProductionPositionReadiness state = ProductionPositionReadiness::ready;
+    std::optional<std::string> reason;  // in words, for every state but ready
+};
+
+namespace rate_card_words {
+inline constexpr std::string_view copies =
+    "Tessel copies the rates and contract setup into this Production, so future changes to the saved Rate Card won\u2019t affect this show.";
+inline constexpr std::string_view incomplete = "Incomplete \u2014 no Position Scale rates.";
+inline constexpr std::string_view savedCardHasNoScales = "This card has no Scale rates. Complete it in the Rate Card library first.";
+inline constexpr std::string_view rateExists = "A rate already exists for this effective date. Edit the existing rate instead.";
+inline constexpr std::string_view noScale = "No Scale Rate is available for this Position";
+inline constexpr std::string_view distinctPositions = "Choose a distinct Production Position for each mapped Rate Card Position.";
+}  // namespace rate_card_words
+
+// Two scale rates of one position and schedule whose cards' periods overlap: neither can be the floor.
+struct ScaleConflict {
+    Uuid positionID;
+    EmploymentSchedule schedule;
+    CalendarDate from;                  // where the periods begin to overlap
+    std::optional<CalendarDate> through;
+    std::vector<Uuid> rateIDs;
+};
+
+namespace rate_cards {
+
+// ---- the production's cards ----
+std::vector<ProductionRateCard> cards(ModelContext& context, const Uuid& productionID);  // by label, then start
+std::vector<PositionScaleRate> scales(ModelContext& context, const Uuid& productionID);
+// A new card for a period; refused when a card of that label already starts on that date. A card of the
+// same label that is still in force on that date ends the day before: its new period replaces it.
+ProductionRateCard create(ModelContext& context, const Uuid& productionID, const std::string& label, CalendarDate from,
+                          std::optional<CalendarDate> through);
+// The scale of a position on the card of that label starting on `from` (made, open-ended, when there is
+// none yet); refused when the card already has a rate for the position and schedule.
+PositionScaleRate addScale(ModelContext& context, const Uuid& productionID, const std::string& label, const PositionRecord& position,
+                           const std::string& amountText, CalendarDate from, EmploymentSchedule schedule);
+std::vector<ScaleConflict> conflicts(ModelContext& context, const Uuid& productionID);
+// The scale of a position and schedule on a date, if exactly one card in force prices it.
+std::optional<PositionScaleRate> scaleOn(ModelContext& context, const Uuid& productionID, const Uuid& positionID, EmploymentSchedule schedule,
+                                         CalendarDate date);
+// Tested in this order: overlapping scales, no scale at all, a card in force that needs terms it lacks,
+// a state that differs from the one the user last reviewed; else ready.
+PositionReadiness readiness(ModelContext& context, const PositionRecord& position);
+
+// ---- the installation's reusable cards ----
+std::vector<SavedRateCard> savedCards(ModelContext& context);
+SavedRateCard createSaved(ModelContext& context, const std::string& label, CalendarDate from, std::optional<CalendarDate> through, Instant now);
+// Sets a position's scale on a saved card: the card position of that name, else a new one taking the
+// code and defaults of the Saved Position of that name when there is one.
+void setSavedScale(ModelContext& context, const std::string& label, const std::string& positionName, const std::string& amountText,
+                   EmploymentSchedule schedule, Instant now);
+SavedRateCard savedNamed(ModelContext& context, const std::string& label);
+
+// Copies a saved card into the production: a card with its period, and for each card position the
+// production position with that occupation code (else that name), or a new copy, with its scales and
+// its contract setup as the card's terms. Refused for a card without scales.
+ProductionRateCard apply(ModelContext& context, const Uuid& productionID, const SavedRateCard& card, Instant now);
+
+}  // namespace rate_cards
+}  // namespace tessel
