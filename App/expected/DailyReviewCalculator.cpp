@@ -109,6 +109,7 @@ DailyPayrollReview DailyReviewCalculator::calculate(const DailyReviewInputs& inp
     review.mealPenaltyScheduleName = rules.mealPenaltyScheduleName;
     review.mealPenaltyFixedDollarWeeklyLimit = static_cast<int>(rules.mealPenaltyFixedDollarWeeklyLimit);
     review.rateResolution = inputs.rate;
+    review.rateWarning = inputs.rateWarning;
     if (inputs.rate) review.applicableRate = Money(inputs.rate->hourlyAmount, CurrencyCode(inputs.rate->currencyCode));
     review.goldenHourTarget = goldenHourTarget(s, rules);
     review.boxRentalCompensation = inputs.boxRental;

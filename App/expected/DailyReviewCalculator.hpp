@@ -14,6 +14,7 @@ struct DailyReviewInputs {
     DTSCalculationInput source;
     const SandboxConfiguration* rules = nullptr;
     std::optional<ResolvedRate> rate{};
+    std::optional<ResolvedRate::Warning> rateWarning{};
     std::optional<std::int64_t> personalDailyGuaranteeSeconds{};  // takes the place of the ruleset's daily minimum
     std::optional<CrewWorkdaySequencePosition> sequence{};
     std::optional<TurnaroundRule> turnaroundRule{};

@@ -8,6 +8,8 @@
 
 #include "App/dts/DailyTimeSheets.hpp"
 #include "App/expected/PaidCategories.hpp"
+#include "App/expected/RateResolution.hpp"
+#include "App/rules/RateCards.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/SatelliteRepository.hpp"
@@ -32,6 +34,8 @@ struct WeekFacts {
     std::unordered_map<Uuid, Decimal> rowMiles;             // by entry
     std::unordered_map<Uuid, Decimal> departmentMiles;      // by workday
     std::unordered_map<Uuid, MealWorkLocation> locations;   // by workday
+    std::unordered_map<Uuid, std::pair<Uuid, std::string>> jobs;     // by entry: the production position worked today
+    std::unordered_map<Uuid, std::pair<Uuid, std::string>> rerates;  // by entry: the saved position the row is rerated to
     std::vector<PayrollDayActivity> activities;
     std::unordered_map<Uuid, std::vector<std::pair<const Workday*, const CrewDailyEntry*>>> rowsByCrewMember;  // pointers into the above
 };
@@ -64,6 +68,14 @@ void readSettings(ModelContext& context, WeekFacts& facts, const DTSScope& scope
                [&](SQLite::Statement& row) { facts.boxRentals.insert(columns::uuid(row.getColumn(0))); });
     forEachRow(context, "SELECT s.crewDailyEntryID, s.miles FROM CrewDailyMileageEntry s" + rowsInScope, scope.id,
                [&](SQLite::Statement& row) { facts.rowMiles.insert_or_assign(columns::uuid(row.getColumn(0)), columns::decimal(row.getColumn(1))); });
+    forEachRow(context, "SELECT s.crewDailyEntryID, s.productionPositionID, s.positionName FROM CrewDailyJobConfiguration s" + rowsInScope, scope.id,
+               [&](SQLite::Statement& row) {
+                   facts.jobs.insert_or_assign(columns::uuid(row.getColumn(0)), std::pair(columns::uuid(row.getColumn(1)), row.getColumn(2).getString()));
+               });
+    forEachRow(context, "SELECT s.crewDailyEntryID, s.positionPresetID, s.positionName FROM CrewDailyRerateConfiguration s" + rowsInScope, scope.id,
+               [&](SQLite::Statement& row) {
+                   facts.rerates.insert_or_assign(columns::uuid(row.getColumn(0)), std::pair(columns::uuid(row.getColumn(1)), row.getColumn(2).getString()));
+               });
     const std::string dtsInScope = " JOIN Workday w ON s.workdayID = w.id WHERE " + scope.workdayCondition;
     forEachRow(context, "SELECT s.workdayID, s.miles FROM WorkdayMileageConfiguration s" + dtsInScope, scope.id, [&](SQLite::Statement& row) {
         facts.departmentMiles.insert_or_assign(columns::uuid(row.getColumn(0)), columns::decimal(row.getColumn(1)));
@@ -109,6 +121,8 @@ bool rereadWorkday(ModelContext& context, WeekFacts& facts, const Uuid& workdayI
         facts.workModes.erase(entry.id);
         facts.boxRentals.erase(entry.id);
         facts.rowMiles.erase(entry.id);
+        facts.jobs.erase(entry.id);
+        facts.rerates.erase(entry.id);
     }
     facts.departmentMiles.erase(workdayID);
     facts.locations.erase(workdayID);
@@ -192,6 +206,13 @@ struct ExpectedPayrollReview::Session {
     std::unordered_map<Uuid, std::vector<EngagementProvisionTerm>> provisionTerms;
     std::unordered_map<Uuid, std::vector<std::pair<CalendarDate, std::int64_t>>> guaranteeTerms;
     std::unordered_map<Uuid, std::optional<std::int64_t>> turnaroundRests;
+    // Positions and their scales: the engagement's position, whether it follows the scale (by date), the
+    // production's Rate Cards, and each saved position's production counterpart for rerates.
+    std::unordered_map<Uuid, std::pair<Uuid, std::string>> engagementPositions;
+    std::unordered_map<Uuid, std::vector<std::pair<CalendarDate, bool>>> followsScale;
+    std::optional<std::vector<ProductionRateCard>> rateCards;
+    std::vector<PositionScaleRate> scaleRates;
+    std::unordered_map<Uuid, std::optional<Uuid>> rerateTargets;
     std::map<std::pair<const SandboxConfiguration*, std::optional<Uuid>>, std::optional<TurnaroundRule>> turnaroundSuggestions;
     // Once the review recalculates after edits of time sheets, each row's last inputs and day: a row
     // whose inputs did not change keeps its day rather than being calculated again.
@@ -278,6 +299,17 @@ struct ExpectedPayrollReview::Session {
             guaranteeTerms.emplace(id, std::vector<std::pair<CalendarDate, std::int64_t>>{});
             turnaroundRests.emplace(id, std::nullopt);
         }
+        const std::string ofProductionEngagements = " s JOIN ProductionEngagement e ON s.engagementID = e.id WHERE e.productionID = ?1";
+        forEachRow(context, "SELECT s.engagementID, s.sourcePresetID, s.payrollPositionName FROM EngagementPositionConfiguration" + ofProductionEngagements +
+                                " AND s.sourcePresetID IS NOT NULL",
+                   production.id, [&](SQLite::Statement& row) {
+                       engagementPositions.emplace(columns::uuid(row.getColumn(0)), std::pair(columns::uuid(row.getColumn(1)), row.getColumn(2).getString()));
+                   });
+        forEachRow(context, "SELECT s.engagementID, s.effectiveDate, s.followsPositionScale FROM EngagementPositionRateConfiguration" +
+                                ofProductionEngagements + " ORDER BY s.engagementID, s.effectiveDate",
+                   production.id, [&](SQLite::Statement& row) {
+                       followsScale[columns::uuid(row.getColumn(0))].emplace_back(columns::date(row.getColumn(1)), row.getColumn(2).getInt() != 0);
+                   });
         const std::string ofProduction = " s JOIN ProductionEngagement e ON s.engagementID = e.id WHERE e.productionID = ?1";
         forEachRow(context, "SELECT s.engagementID, s.effectiveDate, s.minimumPaidDurationSeconds FROM EngagementDailyGuaranteeTerm" + ofProduction +
                                 " ORDER BY s.engagementID, s.effectiveDate, s.rowid",
@@ -304,15 +336,71 @@ struct ExpectedPayrollReview::Session {
     }
 
     // The engagement's own dated rate: the latest effective on or before the date.
-    std::optional<ResolvedRate> rate(const std::optional<Uuid>& engagementID, CalendarDate date) {
-        if (!engagementID) return std::nullopt;
-        std::optional<ResolvedRate> resolved;
-        for (const auto& rate : cached(payRates, *engagementID, [&] { return crew_repository::payRates(context, *engagementID); })) {
-            if (sys_days(rate.effectiveDate) <= sys_days(date)) {
-                resolved = ResolvedRate{rate.hourlyAmount, rate.currencyCode, ResolvedRate::Source::overScale, rate.effectiveDate};
+    std::optional<OverScaleRate> ownRate(const Uuid& engagementID, CalendarDate date) {
+        std::optional<OverScaleRate> own;
+        for (const auto& rate : cached(payRates, engagementID, [&] { return crew_repository::payRates(context, engagementID); })) {
+            if (sys_days(rate.effectiveDate) <= sys_days(date)) own = OverScaleRate{rate.hourlyAmount, rate.currencyCode, rate.effectiveDate};
+        }
+        return own;
+    }
+
+    // The daily scale of a production position on a date, when exactly one Rate Card in force prices it.
+    std::optional<ScaleOnDate> scaleOn(const Uuid& positionID, CalendarDate date) {
+        if (!rateCards) {
+            rateCards = rate_cards::cards(context, production.id);
+            scaleRates = rate_cards::scales(context, production.id);
+        }
+        std::optional<ScaleOnDate> found;
+        int count = 0;
+        for (const auto& scale : scaleRates) {
+            if (scale.positionID != positionID || scale.schedule != EmploymentSchedule::daily) continue;
+            const auto card = std::find_if(rateCards->begin(), rateCards->end(), [&](const auto& c) { return c.id == scale.rateCardID; });
+            if (card == rateCards->end() || !card->covers(date)) continue;
+            ++count;
+            found = ScaleOnDate{scale.hourlyAmount, scale.currencyCode, card->id, card->label, card->effectiveStart};
+        }
+        return count == 1 ? found : std::nullopt;  // overlapping scales conflict: neither is the floor
+    }
+
+    PositionOnDate positionOn(const Uuid& positionID, const std::string& name, CalendarDate date) {
+        return {positionID, name, scaleOn(positionID, date)};
+    }
+
+    // A rerate names a saved position: it is priced by the production's position with its code, else its name.
+    std::optional<Uuid> rerateTarget(const Uuid& savedPositionID) {
+        return cached(rerateTargets, savedPositionID, [&]() -> std::optional<Uuid> {
+            const auto saved = positions::find(context, PositionScope::saved, std::nullopt, savedPositionID);
+            if (!saved) return std::nullopt;
+            for (const auto& p : positions::list(context, PositionScope::production, production.id)) {
+                if (saved->occupationCode ? p.occupationCode == saved->occupationCode : p.positionName == saved->positionName) return p.id;
+            }
+            return std::nullopt;
+        });
+    }
+
+    // The rate of a day: a crew row's (with its Job for Today or rerate) or an activity's.
+    RateResolution rate(const std::optional<Uuid>& engagementID, CalendarDate date, const CrewDailyEntry* entry = nullptr,
+                        const WeekFacts* facts = nullptr) {
+        RateFacts rateFacts;
+        if (engagementID) {
+            rateFacts.individual = ownRate(*engagementID, date);
+            if (const auto position = engagementPositions.find(*engagementID); position != engagementPositions.end()) {
+                rateFacts.engagementPosition = positionOn(position->second.first, position->second.second, date);
+                for (const auto& [from, follows] : followsScale[*engagementID]) {
+                    if (from <= date) rateFacts.followsPositionScale = follows;
+                }
             }
         }
-        return resolved;
+        if (entry && facts) {
+            if (const auto job = facts->jobs.find(entry->id); job != facts->jobs.end()) {
+                rateFacts.jobForToday = positionOn(job->second.first, job->second.second, date);
+            }
+            if (const auto rerate = facts->rerates.find(entry->id); rerate != facts->rerates.end()) {
+                const auto target = rerateTarget(rerate->second.first);
+                rateFacts.rerate = target ? positionOn(*target, rerate->second.second, date) : PositionOnDate{rerate->second.first, rerate->second.second};
+            }
+        }
+        return resolveRate(rateFacts);
     }
 
     const PayrollRuleConfiguration* configuration(const std::optional<Uuid>& revisionID) {
@@ -409,7 +497,8 @@ struct ExpectedPayrollReview::Session {
         const SandboxConfiguration& rules = sandbox(*revisionID, locality, dayKindOf(sequence),
                                                     location == facts.locations.end() ? std::nullopt : std::optional(location->second));
 
-        DailyReviewInputs inputs{source, &rules, rate(entry.engagementID, workday.calendarDate)};
+        auto resolution = rate(entry.engagementID, workday.calendarDate, &entry, &facts);
+        DailyReviewInputs inputs{source, &rules, std::move(resolution.rate), std::move(resolution.warning)};
         inputs.sequence = sequence;
         if (engagement) {
             inputs.personalDailyGuaranteeSeconds = personalGuarantee(engagement->id, workday.calendarDate);
@@ -455,7 +544,7 @@ struct ExpectedPayrollReview::Session {
         const auto kind = activity.kind();
         const auto& engagement = this->engagement(activity.engagementID);
         const auto revisionID = revisionOn(activity.calendarDate);
-        const auto rateOnDay = rate(activity.engagementID, activity.calendarDate);
+        const auto rateOnDay = rate(activity.engagementID, activity.calendarDate).rate;
         const std::optional<HourlyPayRate> hourly =
             rateOnDay ? std::optional(HourlyPayRate(rateOnDay->hourlyAmount, CurrencyCode(rateOnDay->currencyCode))) : std::nullopt;
         if (kind == PayrollDayActivityKind::idleAvailable) {

@@ -86,16 +86,42 @@ struct PayrollReviewCategory {
     RulesLocality rulesLocality = RulesLocality::local;  // the schedule the band belongs to
 };
 
-// How the applicable hourly rate was found. Only the engagement's own dated (over-scale) rate exists
-// until rate cards do; the other sources and warnings come with them.
+// How the applicable hourly rate was found: its source (the engagement's own over-scale rate, a
+// position's scale, the scale as a floor under a lower own rate, or a rerate's or Job for Today's), the
+// scale and own amount it was weighed against, and any warning.
 struct ResolvedRate {
-    enum class Source { overScale };
+    enum class Source { overScale, positionScale, scaleFloor, reratedPositionScale, rerateOverScale, dailyJobPositionScale, dailyJobOverScale };
+    struct Warning {
+        enum class Kind {
+            overScaleBelowScale,
+            currencyMismatch,
+            rerateBelowCurrentPay,
+            reratedPositionScaleMissing,
+            dailyJobBelowCurrentPay,
+            dailyJobPositionScaleMissing,
+            positionScaleMissing
+        };
+        Kind kind = Kind::positionScaleMissing;
+        std::string positionName{};
+        std::optional<Decimal> individualAmount{}, scale{};
+        std::optional<CalendarDate> scaleEffectiveStart{};
+        std::string individualCurrency{}, scaleCurrency{};
+        bool operator==(const Warning&) const = default;
+    };
     Decimal hourlyAmount;
     std::string currencyCode{};
     Source source = Source::overScale;
-    CalendarDate effectiveDate{};
+    CalendarDate effectiveDate{};  // the own rate's effective date, for the over-scale sources
+    std::optional<Uuid> rateCardID{};
+    std::string rateCardLabel{};
+    std::optional<Uuid> positionID{};
+    std::string positionName{};
+    std::optional<Decimal> applicableScale{}, applicableIndividualAmount{};
+    std::optional<Warning> warning{};
     bool operator==(const ResolvedRate&) const = default;
 };
+std::string_view toRawValue(ResolvedRate::Source source) noexcept;
+std::string_view toRawValue(ResolvedRate::Warning::Kind kind) noexcept;
 
 struct PayrollReviewIssue {
     enum class Kind { dtsSource, calculationFailure, missingRate };
@@ -164,6 +190,7 @@ struct DailyPayrollReview {
     std::vector<PayrollReviewCategory> categories{};
     std::optional<Money> applicableRate{};
     std::optional<ResolvedRate> rateResolution{};
+    std::optional<ResolvedRate::Warning> rateWarning{};  // also on a day the warning leaves without a rate
     std::optional<Money> compensation{};
     std::optional<Money> boxRentalCompensation{};
     std::vector<AdditionalCompensationReview> additionalCompensation{};

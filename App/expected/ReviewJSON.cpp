@@ -1,11 +1,47 @@
 #include "ReviewJSON.hpp"
 
+#include "App/expected/RateResolution.hpp"
 #include "App/expected/PaidCategories.hpp"
 #include "App/model/CalculationJSON.hpp"
 #include "App/model/CalendarText.hpp"
 
 namespace tessel::review_json {
 namespace {
+
+Json optionalDecimal(const std::optional<Decimal>& value) { return value ? Json(value->toString()) : Json(); }
+
+Json warningJSON(const ResolvedRate::Warning& w, bool hasRate) {
+    Json json{{"case", toRawValue(w.kind)}, {"words", rateWarningWords(w, hasRate)}};
+    if (!w.positionName.empty()) json["positionName"] = w.positionName;
+    if (w.individualAmount) json["individualAmount"] = w.individualAmount->toString();
+    if (w.scale) json["scale"] = w.scale->toString();
+    if (w.scaleEffectiveStart) json["scaleEffectiveStart"] = calendar_text::formatDate(*w.scaleEffectiveStart);
+    if (!w.individualCurrency.empty()) json["individualCurrency"] = w.individualCurrency;
+    return json;
+}
+
+// The source as its case with what identifies it: the own rate's date, the Rate Card, the position.
+Json rateJSON(const ResolvedRate& r) {
+    Json source{{"case", toRawValue(r.source)}};
+    using S = ResolvedRate::Source;
+    if (r.source == S::overScale || r.source == S::scaleFloor || r.source == S::rerateOverScale || r.source == S::dailyJobOverScale) {
+        source[r.source == S::scaleFloor ? "overScaleEffectiveDate" : "effectiveDate"] = calendar_text::formatDate(r.effectiveDate);
+    }
+    if (r.rateCardID && r.source != S::overScale) {
+        source["rateCardID"] = r.rateCardID->text();
+        source["label"] = r.rateCardLabel;
+    }
+    if (r.positionID) {
+        source["positionID"] = r.positionID->text();
+        source["positionName"] = r.positionName;
+    }
+    return {{"hourlyAmount", r.hourlyAmount.toString()},
+            {"currencyCode", r.currencyCode},
+            {"source", source},
+            {"applicableScale", optionalDecimal(r.applicableScale)},
+            {"applicableIndividualAmount", optionalDecimal(r.applicableIndividualAmount)}};
+}
+
 
 namespace cj = calculation_json;
 using calendar_text::formatDate;
@@ -162,11 +198,8 @@ Json toJSON(const DailyPayrollReview& r) {
     }
     json["categories"] = list(r.categories, categoryJSON);
     put(json, "applicableRate", r.applicableRate, money);
-    if (r.rateResolution) {
-        json["rateResolution"] = Json{{"hourlyAmount", r.rateResolution->hourlyAmount.toString()},
-                                      {"currencyCode", r.rateResolution->currencyCode},
-                                      {"source", Json{{"case", "overScale"}, {"effectiveDate", formatDate(r.rateResolution->effectiveDate)}}}};
-    }
+    if (r.rateResolution) json["rateResolution"] = rateJSON(*r.rateResolution);
+    if (r.rateWarning) json["rateWarning"] = warningJSON(*r.rateWarning, r.rateResolution.has_value());
     put(json, "compensation", r.compensation, money);
     put(json, "boxRentalCompensation", r.boxRentalCompensation, money);
     json["additionalCompensation"] = list(r.additionalCompensation, additionalJSON);

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "App/dts/PayrollDecimalTime.hpp"
+#include "App/expected/RateResolution.hpp"
 #include "App/expected/PaidCategories.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/ProductionWeekCalendars.hpp"
@@ -203,14 +204,29 @@ void writeCategories(std::ostringstream& text, const std::vector<PayrollReviewCa
     writeTable(text, categoryLines(categories, categories, style, day, nullptr), indent);
 }
 
-// "Over-scale 52.00/hr (the engagement's rate from 2026-11-01)"; a day priced outside any engagement (the
-// sandbox) shows the rate it was given.
+// "Over-scale 52.00/hr (the engagement's rate from 2026-11-01)", "Scale, Rate Card 2026 Basic: 52.20/hr",
+// "Job for Today Gaffer, Scale, Rate Card 2026 Basic: 60.00/hr", then the warning's words; a day priced
+// outside any engagement (the sandbox) shows the rate it was given.
 std::string rateWords(const DailyPayrollReview& d, const Style& style) {
-    if (!d.rateResolution || !d.applicableRate) return std::string(review_words::noApplicablePayRate);
+    const std::string warning = d.rateWarning ? " — " + rateWarningWords(*d.rateWarning, d.rateResolution.has_value()) : std::string();
+    if (!d.rateResolution || !d.applicableRate) return std::string(review_words::noApplicablePayRate) + warning;
+    const auto& r = *d.rateResolution;
     const std::string hourly = amount(*d.applicableRate) + "/hr";
     if (!d.source.engagementID) return hourly;
-    return "Over-scale " + hourly + " (the engagement's rate from " + calendar_text::formatDate(d.rateResolution->effectiveDate) + ")" +
-           (style.explain ? "  [overScale]" : "");
+    using S = ResolvedRate::Source;
+    const std::string scale = "Scale, Rate Card " + r.rateCardLabel + ": " + hourly;
+    const std::string overScale = "Over-scale " + hourly + " (the engagement's rate from " + calendar_text::formatDate(r.effectiveDate) + ")";
+    std::string words;
+    switch (r.source) {
+        case S::overScale: words = overScale; break;
+        case S::positionScale: words = scale; break;
+        case S::scaleFloor: words = scale + " (the Scale floor)"; break;
+        case S::reratedPositionScale: words = "Rerate " + r.positionName + ", " + scale; break;
+        case S::rerateOverScale: words = "Rerate " + r.positionName + ", " + overScale; break;
+        case S::dailyJobPositionScale: words = "Job for Today " + r.positionName + ", " + scale; break;
+        case S::dailyJobOverScale: words = "Job for Today " + r.positionName + ", " + overScale; break;
+    }
+    return words + warning + (style.explain ? "  [" + std::string(toRawValue(r.source)) + "]" : "");
 }
 
 void writeGuarantees(std::ostringstream& text, const DailyPayrollReview& d, const Style& style) {
