@@ -114,6 +114,17 @@ void CrewOnDTS::setRerate(ModelContext& context, const Uuid& entryID, const Uuid
                       {{"displayTitle", displayTitle}, {"kindRawValue", kindRawValue}});
 }
 
+void CrewOnDTS::clearJobForToday(ModelContext& context, const Uuid& entryID) {
+    DailyTimeSheets::fetchEntry(context, entryID);
+    satellites::removeAll(context, satelliteTable("CrewDailyJobConfiguration"), entryID);
+}
+
+void CrewOnDTS::clearRerate(ModelContext& context, const Uuid& entryID) {
+    DailyTimeSheets::fetchEntry(context, entryID);
+    satellites::removeAll(context, satelliteTable("CrewDailyRerateConfiguration"), entryID);
+    satellites::removeAll(context, satelliteTable("CrewDailyRerateDisplayConfiguration"), entryID);
+}
+
 void CrewOnDTS::setDTSNameForToday(ModelContext& context, const Uuid& entryID, const std::string& name) {
     DailyTimeSheets::fetchEntry(context, entryID);
     if (entry_text::isBlank(name)) throw DTSWorkflowError(std::string(messages::emptyDTSName));

@@ -51,6 +51,9 @@ public:
     // A rerate to a saved position, worded on the DTS by its display title.
     static void setRerate(ModelContext& context, const Uuid& entryID, const Uuid& positionPresetID,
                           const std::string& displayTitle, const std::string& kindRawValue);
+    // The row is paid in its engagement's position again.
+    static void clearJobForToday(ModelContext& context, const Uuid& entryID);
+    static void clearRerate(ModelContext& context, const Uuid& entryID);
     static void setDTSNameForToday(ModelContext& context, const Uuid& entryID, const std::string& name);
     static std::optional<std::string> dtsNameForToday(ModelContext& context, const Uuid& entryID);
 

@@ -211,6 +211,24 @@ PositionReadiness readiness(ModelContext& context, const PositionRecord& positio
     return {R::ready, std::nullopt};
 }
 
+void engageInPosition(ModelContext& context, const Uuid& engagementID, const PositionRecord& position, CalendarDate from, bool followsScale,
+                      Instant now) {
+    auto& configuration = context.prepare(
+        "INSERT OR REPLACE INTO EngagementPositionConfiguration (engagementID, sourcePresetID, payrollPositionName, snapshotData, appliedAt) VALUES "
+        "(?1, ?2, ?3, ?4, ?5)");
+    bindAll(configuration, engagementID, position.id, position.positionName);
+    bindBlob(configuration, 4, positions::fingerprint(position));
+    bind(configuration, 5, now);
+    configuration.exec();
+    const auto scale = scaleOn(context, *position.productionID, position.id, EmploymentSchedule::daily, from);
+    auto& rate = context.prepare(
+        "INSERT OR REPLACE INTO EngagementPositionRateConfiguration (engagementID, effectiveDate, appliedScaleAmount, currencyCode, "
+        "followsPositionScale) VALUES (?1, ?2, ?3, ?4, ?5)");
+    bindAll(rate, engagementID, from, scale ? scale->hourlyAmount : Decimal(0), scale ? scale->currencyCode : position.dailyDefaults.currencyCode,
+            followsScale);
+    rate.exec();
+}
+
 // ---- saved cards ----
 
 std::vector<SavedRateCard> savedCards(ModelContext& context) {

@@ -101,6 +101,13 @@ std::optional<PositionScaleRate> scaleOn(ModelContext& context, const Uuid& prod
 // a state that differs from the one the user last reviewed; else ready.
 PositionReadiness readiness(ModelContext& context, const PositionRecord& position);
 
+// Engages a person's engagement in a production position from a date: the engagement's payroll
+// position (with a snapshot of the position) and, from that date, whether its rate follows the
+// position's scale (the scale then pays, whatever the person's own rate) or the own rate stands as
+// over-scale with the scale as its floor.
+void engageInPosition(ModelContext& context, const Uuid& engagementID, const PositionRecord& position, CalendarDate from, bool followsScale,
+                      Instant now);
+
 // ---- the installation's reusable cards ----
 std::vector<SavedRateCard> savedCards(ModelContext& context);
 SavedRateCard createSaved(ModelContext& context, const std::string& label, CalendarDate from, std::optional<CalendarDate> through, Instant now);

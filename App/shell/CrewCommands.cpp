@@ -5,6 +5,7 @@
 #include "App/model/CrewRoster.hpp"
 #include "App/model/ProductionProfile.hpp"
 #include "App/rules/CompensationProvisions.hpp"
+#include "App/rules/RateCards.hpp"
 #include "App/shell/CommandActions.hpp"
 
 namespace tessel {
@@ -445,6 +446,24 @@ void addDatedTerm(CLI::App* crew, CommandSession& session, CrewCommandArguments&
     });
 }
 
+
+// The engagement in force on the date (else the person's latest one) is paid in the position from then on.
+int engagePosition(CommandSession& session, const CrewCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const auto member = crewMemberNamed(context, production.id, a.name);
+        const auto position = positions::named(context, PositionScope::production, production.id, a.position);
+        const auto on = a.from.empty() ? CalendarDate(floor<days>(system_clock::now())) : dateArgument(a.from);
+        const auto engagement = crew_roster::engagementOn(context, member.id, on);
+        if (!engagement) throw Refused{"noEngagement", member.displayName + " has no engagement on " + calendar_text::formatDate(on) + "."};
+        const auto from = a.from.empty() ? engagement->effectiveFrom : on;
+        rate_cards::engageInPosition(context, engagement->id, position, from, a.followsScale, now());
+        session.answer(Json{{"engagementID", engagement->id.text()}, {"position", position.positionName}, {"followsScale", a.followsScale}},
+                       member.displayName + " is engaged as " + position.positionName + " from " + calendar_text::formatDate(from) +
+                           (a.followsScale ? ", paid the Position's scale.\n" : ", with their own rate as over-scale and the scale as its floor.\n"));
+        return exitSuccess;
+    });
+}
+
 }  // namespace
 
 void addCrewCommands(CLI::App& app, CommandSession& session, CrewCommandArguments& a, int& exitStatus) {
@@ -529,6 +548,13 @@ void addCrewCommands(CLI::App& app, CommandSession& session, CrewCommandArgument
         a.given["clear"] = provisionClear;
         exitStatus = provisionTerm(session, a);
     });
+
+    auto* position = crew->add_subcommand("position", "Engage a crew member in a production Position from a date");
+    position->add_option("NAME", a.name, "The crew member")->required();
+    position->add_option("POSITION", a.position, "The production Position")->required();
+    position->add_option("--from", a.from, "The first date, YYYY-MM-DD (default: the engagement's first day)");
+    position->add_flag("--follows-scale", a.followsScale, "Pay the Position's scale rather than the person's own rate");
+    position->callback([&] { exitStatus = engagePosition(session, a); });
 
     auto* rest = crew->add_subcommand("turnaround", "The person's own required rest between wrap and the next call");
     rest->add_option("NAME", a.name, "The crew member")->required();

@@ -19,7 +19,8 @@ struct CrewCommandArguments {
     // production set
     std::string startDate, department, company, workState, departmentHead, defaultNDB, lunchLength, timeDisplay, currency;
     std::int64_t order = 0;
-    bool dayplayer = false, fullTime = false, retire = false, unretire = false, clear = false;
+    bool dayplayer = false, fullTime = false, retire = false, unretire = false, clear = false, followsScale = false;
+    std::string position;
     // Options whose presence matters even when given "" (which clears the value).
     std::map<std::string, CLI::Option*> given;
 };

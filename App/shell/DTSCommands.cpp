@@ -14,6 +14,7 @@
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/ProductionWeekCalendars.hpp"
+#include "App/rules/Positions.hpp"
 #include "App/shell/CommandActions.hpp"
 
 namespace tessel {
@@ -169,6 +170,15 @@ int setRow(CommandSession& session, const DTSCommandArguments& a, const std::map
         if (mileage) DailyTimeSheets::setRowMileage(context, row->id, *mileage);
         if (a.boxRental || a.noBoxRental) DailyTimeSheets::setBoxRental(context, row->id, a.boxRental);
         if (locality) DailyTimeSheets::setRowLocality(context, row->id, *locality);
+        if (!a.job.empty()) {
+            CrewOnDTS::setJobForToday(context, row->id, positions::named(context, PositionScope::production, production.id, a.job).id);
+        }
+        if (a.noJob) CrewOnDTS::clearJobForToday(context, row->id);
+        if (!a.rerate.empty()) {
+            const auto saved = positions::named(context, PositionScope::saved, std::nullopt, a.rerate);
+            CrewOnDTS::setRerate(context, row->id, saved.id, a.rerateTitle, "rerate");
+        }
+        if (a.noRerate) CrewOnDTS::clearRerate(context, row->id);
         session.answer(Json{{"entryID", row->id.text()}, {"added", added}},
                        std::string(added ? "Added " : "Updated ") + member.displayName + (added ? " to" : " on") + " the DTS for " +
                            a.date + ".\n");
@@ -569,6 +579,10 @@ void addDTSCommands(CLI::App& app, CommandSession& session, DTSCommandArguments&
     row->add_flag("--box-rental", a.boxRental, "Pay Box / Kit Rental for this DTS");
     row->add_flag("--no-box-rental", a.noBoxRental, "No box / kit rental for this DTS");
     rowOptions["locality"] = row->add_option("--locality", a.locality, "Rules locality for this day: local or distant");
+    row->add_option("--job", a.job, "Job for Today: the production Position worked today, paid at its scale")->excludes(row->add_flag("--no-job", a.noJob, "No Job for Today"));
+    auto* rerate = row->add_option("--rerate", a.rerate, "Rerate the day to a Saved Position, paid at its production scale");
+    rerate->excludes(row->add_flag("--no-rerate", a.noRerate, "No rerate"));
+    row->add_option("--rerate-title", a.rerateTitle, "The rerate's wording on the DTS")->needs(rerate);
     row->callback([&] { exitStatus = setRow(session, a, presence(rowOptions)); });
 
     auto* removeRowCommand = dts->add_subcommand("remove-row", "Remove one crew member's row from a DTS");

@@ -23,6 +23,8 @@ struct DTSCommandArguments {
     std::vector<std::string> clear, revert;
     // The options of dts set and dts row whose presence matters even with an empty value (which clears).
     std::map<std::string, CLI::Option*> setOptions, rowOptions;
+    std::string job, rerate, rerateTitle;  // Job for Today and rerate, by Position name
+    bool noJob = false, noRerate = false;
 };
 
 void addDTSCommands(CLI::App& app, CommandSession& session, DTSCommandArguments& arguments, int& exitStatus);

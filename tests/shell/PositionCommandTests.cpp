@@ -47,5 +47,44 @@ TEST_F(PositionCommands, RefuseWhatTheEditorsRefuse) {
     EXPECT_EQ(run({"position", "list"}).out, "This Production has no Positions.\n");
 }
 
+// Each day of a stored week paid from its own source: the scale floor under a lower own rate, a Job for
+// Today at a higher scale for that day only, and a raise mid-week above the scale.
+TEST_F(PositionCommands, EachDayOfAWeekIsPaidFromItsSource) {
+    ASSERT_EQ(run({"crew", "add", "Dana Rivera", "--from", "2026-11-01", "--rate", "45.00"}).status, 0);
+    for (const char* name : {"Gaffer", "Operator"}) ASSERT_EQ(run({"position", "add", name}).status, 0);
+    ASSERT_EQ(run({"ratecard", "scale", "2026 Basic", "Gaffer", "52.20", "--from", "2026-01-01"}).status, 0);
+    ASSERT_EQ(run({"ratecard", "scale", "2026 Basic", "Operator", "70.00", "--from", "2026-01-01"}).status, 0);
+    ASSERT_EQ(run({"crew", "position", "Dana Rivera", "Gaffer", "--from", "2026-11-01"}).status, 0);
+    for (const char* date : {"2026-11-02", "2026-11-03", "2026-11-04"}) {
+        ASSERT_EQ(run({"dts", "create", date}).status, 0);
+        ASSERT_EQ(run({"dts", "set", date, "--call", "7", "--lunch-out", "13", "--wrap", "19"}).status, 0);
+    }
+    ASSERT_EQ(run({"dts", "row", "2026-11-03", "Dana Rivera", "--job", "Operator"}).status, 0);
+    ASSERT_EQ(run({"crew", "rate", "Dana Rivera", "60.00", "--from", "2026-11-04"}).status, 0);
+
+    const Json review = run({"--json", "review", "week", "2026-11-02"}).json();
+    const auto& days = review["weeklyReviews"][0]["days"];
+    ASSERT_EQ(days.size(), 3u);
+    const auto source = [&](int i) { return days[i]["rateResolution"]["source"]["case"].get<std::string>() + " " + days[i]["rateResolution"]["hourlyAmount"].get<std::string>(); };
+    EXPECT_EQ(source(0), "scaleFloor 52.20");
+    EXPECT_EQ(days[0]["rateWarning"]["case"], "overScaleBelowScale");
+    EXPECT_EQ(source(1), "dailyJobPositionScale 70.00");
+    EXPECT_EQ(days[1]["rateResolution"]["source"]["positionName"], "Operator");
+    EXPECT_EQ(source(2), "overScale 60.00");
+    EXPECT_EQ(days[2]["rateResolution"]["applicableScale"], "52.20");
+
+    const auto text = run({"review", "week", "2026-11-02"}).out;
+    EXPECT_NE(text.find("Rate: Scale, Rate Card 2026 Basic: 52.20/hr (the Scale floor) \u2014 Over-Scale Rate is below Scale: The stored individual "
+                        "rate of 45.00/hr is below the applicable 52.20/hr Scale Rate. Payroll uses the Scale floor.\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("Rate: Job for Today Operator, Scale, Rate Card 2026 Basic: 70.00/hr\n"), std::string::npos);
+
+    // Without the Job for Today, Tuesday is paid at the floor again; the position cannot be removed while a row names it.
+    EXPECT_EQ(run({"position", "remove", "Operator"}).err, "This Position is used by Production history and cannot be removed.\n");
+    ASSERT_EQ(run({"dts", "row", "2026-11-03", "Dana Rivera", "--no-job"}).status, 0);
+    EXPECT_EQ(run({"--json", "review", "week", "2026-11-02"}).json()["weeklyReviews"][0]["days"][1]["rateResolution"]["source"]["case"], "scaleFloor");
+}
+
 }  // namespace
 }  // namespace tessel
