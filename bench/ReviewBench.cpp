@@ -1,6 +1,7 @@
 #include <benchmark/benchmark.h>
 
 #include "App/expected/ExpectedPayrollReview.hpp"
+#include "App/rules/RateCards.hpp"
 #include "Season.hpp"
 
 namespace tessel {
@@ -21,9 +22,34 @@ ReviewSeason& season() {
     return shared;
 }
 
+// The same season with every crew member engaged in one of ten positions, each with a scale on a Rate
+// Card, so that every day's rate is weighed against a scale.
+struct PositionedSeason : ReviewSeason {
+    PositionedSeason() {
+        store->perform([&](ModelContext& context) {
+            const Instant now{};
+            std::vector<PositionRecord> positions;
+            for (int i = 0; i < 10; ++i) {
+                PositionEdit edit{"Position " + std::to_string(i), std::optional(std::optional(std::to_string(1000 + i))), std::nullopt};
+                positions.push_back(positions::add(context, PositionScope::production, crew.productionID, edit, now));
+                rate_cards::addScale(context, crew.productionID, "Season Card", positions.back(), "4" + std::to_string(i) + ".50",
+                                     CalendarDate(std::chrono::year(2026) / 1 / 1), EmploymentSchedule::daily);
+            }
+            std::size_t i = 0;
+            for (const auto& [member, engagement] : crew.members) {
+                rate_cards::engageInPosition(context, engagement.id, positions[i++ % positions.size()], engagement.effectiveFrom, false, now);
+            }
+        });
+    }
+};
+
+PositionedSeason& positionedSeason() {
+    static PositionedSeason shared;
+    return shared;
+}
+
 // Every crew member's weekly review of every payroll week of the season, from the store.
-void reviewEveryWeekOfASeason(benchmark::State& state) {
-    ReviewSeason& s = season();
+void reviewEveryWeek(benchmark::State& state, ReviewSeason& s) {
     ModelContext& context = s.store->context();
     const auto allWeeks = weeks::weeks(context, s.crew.productionID);
     std::size_t reviews = 0;
@@ -39,7 +65,10 @@ void reviewEveryWeekOfASeason(benchmark::State& state) {
     state.counters["weeks"] = static_cast<double>(allWeeks.size());
     state.counters["weeklyReviews"] = static_cast<double>(reviews);
 }
+void reviewEveryWeekOfASeason(benchmark::State& state) { reviewEveryWeek(state, season()); }
 BENCHMARK(reviewEveryWeekOfASeason)->Unit(benchmark::kMillisecond);
+void reviewEveryWeekOfASeasonWithPositions(benchmark::State& state) { reviewEveryWeek(state, positionedSeason()); }
+BENCHMARK(reviewEveryWeekOfASeasonWithPositions)->Unit(benchmark::kMillisecond);
 
 // The window recalculates the week after every edit: one Wrap typed into a DTS of the week (not timed),
 // then every crew member's review of that week, its time sheets read afresh from the store. The window
