@@ -174,6 +174,14 @@ Json toJSON(const GoldenHourAdvisoryPresentation& advisory) {
     return Json{{"target", toJSON(advisory.target)}, {"remainingSeconds", advisory.remainingSeconds}};
 }
 
+Json rateJSON(const DailyPayrollReview& r) {
+    Json json = Json::object();
+    put(json, "applicableRate", r.applicableRate, money);
+    if (r.rateResolution) json["rateResolution"] = rateJSON(*r.rateResolution);
+    if (r.rateWarning) json["rateWarning"] = warningJSON(*r.rateWarning, r.rateResolution.has_value());
+    return json;
+}
+
 Json toJSON(const DailyPayrollReview& r) {
     Json json{{"id", r.id.text()}, {"calendarDate", formatDate(r.calendarDate)}};
     if (r.workdaySequence) {
@@ -197,9 +205,7 @@ Json toJSON(const DailyPayrollReview& r) {
                                  {"deductibleMealSeconds", r.durations->deductibleMeal.seconds()}};
     }
     json["categories"] = list(r.categories, categoryJSON);
-    put(json, "applicableRate", r.applicableRate, money);
-    if (r.rateResolution) json["rateResolution"] = rateJSON(*r.rateResolution);
-    if (r.rateWarning) json["rateWarning"] = warningJSON(*r.rateWarning, r.rateResolution.has_value());
+    for (auto& [key, value] : rateJSON(r).items()) json[key] = value;
     put(json, "compensation", r.compensation, money);
     put(json, "boxRentalCompensation", r.boxRentalCompensation, money);
     json["additionalCompensation"] = list(r.additionalCompensation, additionalJSON);

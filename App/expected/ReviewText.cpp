@@ -531,6 +531,8 @@ std::string weekly(const WeeklyCrewPayrollReview& r, const Style& style) {
     return text.str();
 }
 
+std::string rate(const DailyPayrollReview& review, const Style& style) { return rateWords(review, style); }
+
 std::string daily(const DailyPayrollReview& review, const Style& style) {
     std::ostringstream text;
     writeDay(text, review, nullptr, style);

@@ -24,4 +24,8 @@ std::string padded(std::string text, std::size_t width);
 // One day on its own (no week around it, so its meal penalties are counted but not priced).
 std::string daily(const DailyPayrollReview& review, const Style& style);
 
+// The day's rate with its source and warning, as the review words it ("Scale, Rate Card 2026 Basic:
+// 52.20/hr", "No applicable pay rate").
+std::string rate(const DailyPayrollReview& review, const Style& style);
+
 }  // namespace tessel::review_text

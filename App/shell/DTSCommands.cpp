@@ -9,6 +9,9 @@
 #include "App/dts/NonDTSActivities.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/expected/ExpectedPayrollReview.hpp"
+#include "App/model/SatelliteRepository.hpp"
+#include "App/expected/ReviewText.hpp"
+#include "App/expected/ReviewJSON.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/EntryText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
@@ -192,20 +195,36 @@ std::string shown(const Production& production, const std::optional<Instant>& ti
                                                                   : payroll_decimal_time::formatTimeOfDay(time, date);
 }
 
-// Each row's Golden Hour Wrap, in row order; a DTS whose rules cannot be read shows none rather than
-// failing the whole display.
-std::vector<std::optional<Instant>> goldenHourWraps(ModelContext& context, const Uuid& productionID, const Workday& workday,
-                                                    std::size_t rowCount) {
-    std::vector<std::optional<Instant>> wraps(rowCount);
+// Each row's day as the review calculates it (for its Golden Hour Wrap and its rate), in row order; a
+// DTS whose rules cannot be read shows none rather than failing the whole display.
+std::vector<std::optional<DailyPayrollReview>> rowReviews(ModelContext& context, const Uuid& productionID, const Workday& workday,
+                                                          std::size_t rowCount) {
+    std::vector<std::optional<DailyPayrollReview>> reviews(rowCount);
     try {
-        const auto days = ExpectedPayrollReview(context, productionID).dailyForWorkday(workday.id);
-        for (std::size_t i = 0; i < std::min(days.size(), rowCount); ++i) {
-            if (days[i].goldenHourTarget) wraps[i] = days[i].goldenHourTarget->targetTime;
-        }
+        auto days = ExpectedPayrollReview(context, productionID).dailyForWorkday(workday.id);
+        for (std::size_t i = 0; i < std::min(days.size(), rowCount); ++i) reviews[i] = std::move(days[i]);
     } catch (const PayrollReviewError&) {
     } catch (const RulesPayloadError&) {
     }
-    return wraps;
+    return reviews;
+}
+
+// "Job for Today: Operator", "Rerate: Key Grip (as DTS wording)".
+std::vector<std::string> positionNotes(ModelContext& context, const Uuid& entryID, Json& row) {
+    std::vector<std::string> notes;
+    const auto job = satellite_repository::find(context, store_schema::satelliteTable("CrewDailyJobConfiguration"), entryID);
+    if (const auto name = satellite_repository::text(job, "positionName")) {
+        row["jobForToday"] = *name;
+        notes.push_back("Job for Today: " + *name);
+    }
+    const auto rerate = satellite_repository::find(context, store_schema::satelliteTable("CrewDailyRerateConfiguration"), entryID);
+    if (const auto name = satellite_repository::text(rerate, "positionName")) {
+        const auto wording = satellite_repository::text(
+            satellite_repository::find(context, store_schema::satelliteTable("CrewDailyRerateDisplayConfiguration"), entryID), "displayTitle");
+        row["rerate"] = Json{{"positionName", *name}, {"displayTitle", wording.value_or("")}};
+        notes.push_back("Rerate: " + *name + (wording ? " (\u201C" + *wording + "\u201D on the DTS)" : ""));
+    }
+    return notes;
 }
 
 int showDTS(CommandSession& session, const DTSCommandArguments& a) {
@@ -267,7 +286,7 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
 
         Json rows = Json::array();
         const auto entries = weeks::entries(context, w.id);
-        const auto goldenHour = goldenHourWraps(context, production.id, w, entries.size());
+        const auto reviews = rowReviews(context, production.id, w, entries.size());
         std::size_t rowIndex = 0;
         text << (entries.empty() ? std::string(dts_messages::noCrew) + "\n" : "Crew (* autofilled, ! this row's own time):\n");
         for (const auto& entry : entries) {
@@ -305,7 +324,12 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
                 if (entry.lunchOutOverride || entry.lunchInOverride) rowAdvisories.push_back(*advisory);
             }
             row["advisories"] = rowAdvisories;
-            const auto& goldenHourWrap = goldenHour[rowIndex++];
+            const auto& review = reviews[rowIndex++];
+            const std::optional<Instant> goldenHourWrap = review && review->goldenHourTarget ? std::optional(review->goldenHourTarget->targetTime) : std::nullopt;
+            const auto notes = positionNotes(context, entry.id, row);
+            if (review) {
+                for (auto& [key, value] : review_json::rateJSON(*review).items()) row[key] = value;
+            }
             if (goldenHourWrap) {
                 row["goldenHourWrap"] = Json{{"text", payroll_decimal_time::formatTimeOfDay(goldenHourWrap, date)},
                                              {"instant", calendar_text::formatInstant(*goldenHourWrap)}};
@@ -321,6 +345,8 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
             text << "    " << (goldenHourWrap ? std::string(review_words::goldenHourWrap) + " " + shown(production, goldenHourWrap, date)
                                               : std::string(review_words::goldenHourUnavailable))
                  << "\n";
+            for (const auto& note : notes) text << "    " << note << "\n";
+            if (review && session.settings().showMonetaryDetails()) text << "    Rate: " << review_text::rate(*review, {}) << "\n";
             for (const auto& revert : reverts) text << "    " << revert << "\n";
             for (const auto& advisory : rowAdvisories) text << "    Advisory: " << advisory.get<std::string>() << "\n";
             rows.push_back(std::move(row));

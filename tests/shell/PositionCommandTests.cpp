@@ -80,6 +80,11 @@ TEST_F(PositionCommands, EachDayOfAWeekIsPaidFromItsSource) {
         << text;
     EXPECT_NE(text.find("Rate: Job for Today Operator, Scale, Rate Card 2026 Basic: 70.00/hr\n"), std::string::npos);
 
+    const auto shown = run({"dts", "show", "2026-11-03"}).out;
+    EXPECT_NE(shown.find("    Job for Today: Operator\n    Rate: Job for Today Operator, Scale, Rate Card 2026 Basic: 70.00/hr\n"), std::string::npos)
+        << shown;
+    EXPECT_EQ(run({"--json", "dts", "show", "2026-11-03"}).json()["rows"][0]["rateResolution"]["hourlyAmount"], "70.00");
+
     // Without the Job for Today, Tuesday is paid at the floor again; the position cannot be removed while a row names it.
     EXPECT_EQ(run({"position", "remove", "Operator"}).err, "This Position is used by Production history and cannot be removed.\n");
     ASSERT_EQ(run({"dts", "row", "2026-11-03", "Dana Rivera", "--no-job"}).status, 0);
