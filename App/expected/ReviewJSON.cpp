@@ -205,7 +205,8 @@ Json toJSON(const DailyPayrollReview& r) {
                                  {"deductibleMealSeconds", r.durations->deductibleMeal.seconds()}};
     }
     json["categories"] = list(r.categories, categoryJSON);
-    for (auto& [key, value] : rateJSON(r).items()) json[key] = value;
+    const Json rate = rateJSON(r);  // kept alive for the loop over its items
+    for (const auto& [key, value] : rate.items()) json[key] = value;
     put(json, "compensation", r.compensation, money);
     put(json, "boxRentalCompensation", r.boxRentalCompensation, money);
     json["additionalCompensation"] = list(r.additionalCompensation, additionalJSON);

@@ -328,7 +328,8 @@ int showDTS(CommandSession& session, const DTSCommandArguments& a) {
             const std::optional<Instant> goldenHourWrap = review && review->goldenHourTarget ? std::optional(review->goldenHourTarget->targetTime) : std::nullopt;
             const auto notes = positionNotes(context, entry.id, row);
             if (review) {
-                for (auto& [key, value] : review_json::rateJSON(*review).items()) row[key] = value;
+                const Json rate = review_json::rateJSON(*review);  // kept alive for the loop over its items
+                for (const auto& [key, value] : rate.items()) row[key] = value;
             }
             if (goldenHourWrap) {
                 row["goldenHourWrap"] = Json{{"text", payroll_decimal_time::formatTimeOfDay(goldenHourWrap, date)},
