@@ -18,6 +18,8 @@
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/ProductionWeekCalendars.hpp"
 #include "App/rules/Positions.hpp"
+#include "App/model/CrewRoster.hpp"
+#include "App/rules/RateCards.hpp"
 #include "App/shell/CommandActions.hpp"
 
 namespace tessel {
@@ -184,6 +186,43 @@ int setRow(CommandSession& session, const DTSCommandArguments& a, const std::map
         if (a.noRerate) CrewOnDTS::clearRerate(context, row->id);
         session.answer(Json{{"entryID", row->id.text()}, {"added", added}},
                        std::string(added ? "Added " : "Updated ") + member.displayName + (added ? " to" : " on") + " the DTS for " +
+                           a.date + ".\n");
+        return int{exitSuccess};
+    });
+}
+
+// A dayplayer for the day, in a Position: the person (created when new), a dayplayer engagement in force
+// on the date (reused, else made from that date), engaged in the Position, and the row, whose DTS Name
+// for Today follows the Position unless one is given.
+int addDayplayer(CommandSession& session, const DTSCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate date = dateArgument(a.date);
+        const Workday workday = dtsOn(context, production.id, date);
+        const auto position = positions::named(context, PositionScope::production, production.id, a.position);
+        const std::string name(entry_text::trimmed(a.name));
+        if (name.empty()) throw Refused{"invalidName", "Enter a crew member name."};
+        const auto named = crewMembersNamed(context, production.id, name);
+        const CrewMember member = named.empty() ? crew_repository::createCrewMember(context, production.id, name) : crewMemberNamed(context, production.id, name);
+        auto engagement = crew_roster::engagementOn(context, member.id, date);
+        const bool inForce = engagement && engagement->effectiveFrom <= date && (!engagement->effectiveThrough || *engagement->effectiveThrough >= date);
+        if (inForce && engagement->crewParticipation != CrewParticipation::dayplayer) {
+            throw Refused{"notDayplayer", member.displayName + " is engaged full time on " + a.date + "; add the row with \u201Ctessel dts row\u201D."};
+        }
+        if (!inForce) {
+            engagement = crew_repository::createEngagement(context, production.id, member.id, date);
+            engagement->crewParticipation = CrewParticipation::dayplayer;
+            crew_repository::updateEngagement(context, *engagement);
+        }
+        rate_cards::engageInPosition(context, engagement->id, position, date, false, std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
+        std::optional<CrewDailyEntry> row;
+        for (const auto& entry : weeks::entries(context, workday.id)) {
+            if (entry.crewMemberID == member.id) row = entry;
+        }
+        if (!row) row = CrewOnDTS::addRow(context, workday.id, member.id);
+        const std::string dtsName = a.dtsName.empty() ? position.positionName : a.dtsName;
+        CrewOnDTS::setDTSNameForToday(context, row->id, dtsName);
+        session.answer(Json{{"entryID", row->id.text()}, {"engagementID", engagement->id.text()}, {"dtsNameForToday", dtsName}},
+                       "Added " + member.displayName + " (" + std::string(crew_on_dts_messages::dayplayerLabel) + ") as " + dtsName + " to the DTS for " +
                            a.date + ".\n");
         return int{exitSuccess};
     });
@@ -611,6 +650,13 @@ void addDTSCommands(CLI::App& app, CommandSession& session, DTSCommandArguments&
     rerate->excludes(row->add_flag("--no-rerate", a.noRerate, "No rerate"));
     row->add_option("--rerate-title", a.rerateTitle, "The rerate's wording on the DTS")->needs(rerate);
     row->callback([&] { exitStatus = setRow(session, a, presence(rowOptions)); });
+
+    auto* dayplayer = dts->add_subcommand("dayplayer", "Add a dayplayer to a DTS in a Position (creating the person and engagement when new)");
+    dayplayer->add_option("DATE", a.date, "YYYY-MM-DD")->required();
+    dayplayer->add_option("NAME", a.name, "The dayplayer")->required();
+    dayplayer->add_option("--position", a.position, "The production Position worked")->required();
+    dayplayer->add_option("--dts-name", a.dtsName, "DTS Name for Today (the Position's name unless given)");
+    dayplayer->callback([&] { exitStatus = addDayplayer(session, a); });
 
     auto* removeRowCommand = dts->add_subcommand("remove-row", "Remove one crew member's row from a DTS");
     removeRowCommand->add_option("DATE", a.date, "YYYY-MM-DD")->required();

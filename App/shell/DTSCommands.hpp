@@ -24,6 +24,7 @@ struct DTSCommandArguments {
     // The options of dts set and dts row whose presence matters even with an empty value (which clears).
     std::map<std::string, CLI::Option*> setOptions, rowOptions;
     std::string job, rerate, rerateTitle;  // Job for Today and rerate, by Position name
+    std::string position;                  // dayplayer: the production Position worked
     bool noJob = false, noRerate = false;
 };
 

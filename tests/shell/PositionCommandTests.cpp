@@ -91,5 +91,26 @@ TEST_F(PositionCommands, EachDayOfAWeekIsPaidFromItsSource) {
     EXPECT_EQ(run({"--json", "review", "week", "2026-11-02"}).json()["weeklyReviews"][0]["days"][1]["rateResolution"]["source"]["case"], "scaleFloor");
 }
 
+TEST_F(PositionCommands, ADayplayerIsAddedInAPositionAndPaidItsScale) {
+    ASSERT_EQ(run({"crew", "add", "Dana Rivera", "--from", "2026-11-01", "--rate", "45.00"}).status, 0);
+    ASSERT_EQ(run({"position", "add", "Rigging Grip"}).status, 0);
+    ASSERT_EQ(run({"ratecard", "scale", "2026 Basic", "Rigging Grip", "48.00", "--from", "2026-01-01"}).status, 0);
+    ASSERT_EQ(run({"dts", "create", "2026-11-02"}).status, 0);
+    const auto added = run({"dts", "dayplayer", "2026-11-02", "Cole Vasquez", "--position", "Rigging Grip"});
+    ASSERT_EQ(added.status, 0) << added.err;
+    EXPECT_EQ(added.out, "Added Cole Vasquez (Dayplayer \u2022 Today) as Rigging Grip to the DTS for 2026-11-02.\n");
+    const Json shown = run({"--json", "dts", "show", "2026-11-02"}).json();
+    const auto& row = shown["rows"][1];
+    EXPECT_EQ(row["dayplayer"], true);
+    EXPECT_EQ(row["dtsNameForToday"], "Rigging Grip");
+    EXPECT_EQ(row["rateResolution"]["source"]["case"], "positionScale");
+    EXPECT_EQ(run({"dts", "dayplayer", "2026-11-02", "Dana Rivera", "--position", "Rigging Grip"}).err,
+              "Dana Rivera is engaged full time on 2026-11-02; add the row with \u201Ctessel dts row\u201D.\n");
+    // A second day reuses the dayplayer's engagement.
+    ASSERT_EQ(run({"dts", "create", "2026-11-03"}).status, 0);
+    ASSERT_EQ(run({"dts", "dayplayer", "2026-11-03", "Cole Vasquez", "--position", "Rigging Grip", "--dts-name", "Rigger"}).status, 0);
+    EXPECT_EQ(run({"--json", "crew", "engagements", "Cole Vasquez"}).json()["engagements"].size(), 1u);
+}
+
 }  // namespace
 }  // namespace tessel
