@@ -110,6 +110,7 @@ DailyPayrollReview DailyReviewCalculator::calculate(const DailyReviewInputs& inp
     review.mealPenaltyFixedDollarWeeklyLimit = static_cast<int>(rules.mealPenaltyFixedDollarWeeklyLimit);
     review.rateResolution = inputs.rate;
     review.rateWarning = inputs.rateWarning;
+    review.classification = inputs.classification;
     if (inputs.rate) review.applicableRate = Money(inputs.rate->hourlyAmount, CurrencyCode(inputs.rate->currencyCode));
     review.goldenHourTarget = goldenHourTarget(s, rules);
     review.boxRentalCompensation = inputs.boxRental;

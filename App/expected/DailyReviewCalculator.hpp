@@ -15,6 +15,7 @@ struct DailyReviewInputs {
     const SandboxConfiguration* rules = nullptr;
     std::optional<ResolvedRate> rate{};
     std::optional<ResolvedRate::Warning> rateWarning{};
+    std::optional<PayrollReviewClassification> classification{};  // the position the day is worked in
     std::optional<std::int64_t> personalDailyGuaranteeSeconds{};  // takes the place of the ruleset's daily minimum
     std::optional<CrewWorkdaySequencePosition> sequence{};
     std::optional<TurnaroundRule> turnaroundRule{};

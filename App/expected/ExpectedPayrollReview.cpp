@@ -378,6 +378,16 @@ struct ExpectedPayrollReview::Session {
         });
     }
 
+    // The position a row is worked in: its Job for Today ("Classification for Today controls payroll"),
+    // else its engagement's; a rerate changes the pay, not the classification.
+    std::optional<PayrollReviewClassification> classificationOf(const CrewDailyEntry& entry, const WeekFacts& facts) {
+        if (const auto job = facts.jobs.find(entry.id); job != facts.jobs.end()) return PayrollReviewClassification{job->second.first, job->second.second};
+        if (!entry.engagementID) return std::nullopt;
+        const auto position = engagementPositions.find(*entry.engagementID);
+        if (position == engagementPositions.end()) return std::nullopt;
+        return PayrollReviewClassification{position->second.first, position->second.second};
+    }
+
     // The rate of a day: a crew row's (with its Job for Today or rerate) or an activity's.
     RateResolution rate(const std::optional<Uuid>& engagementID, CalendarDate date, const CrewDailyEntry* entry = nullptr,
                         const WeekFacts* facts = nullptr) {
@@ -499,6 +509,7 @@ struct ExpectedPayrollReview::Session {
 
         auto resolution = rate(entry.engagementID, workday.calendarDate, &entry, &facts);
         DailyReviewInputs inputs{source, &rules, std::move(resolution.rate), std::move(resolution.warning)};
+        inputs.classification = classificationOf(entry, facts);
         inputs.sequence = sequence;
         if (engagement) {
             inputs.personalDailyGuaranteeSeconds = personalGuarantee(engagement->id, workday.calendarDate);

@@ -61,6 +61,7 @@ struct PayrollReviewClassification {
     Uuid positionID;
     std::string name{};
     std::optional<std::string> occupationCode{};
+    bool operator==(const PayrollReviewClassification&) const = default;
 };
 
 struct PayrollReviewCategoryContributor {

@@ -184,6 +184,7 @@ Json rateJSON(const DailyPayrollReview& r) {
 
 Json toJSON(const DailyPayrollReview& r) {
     Json json{{"id", r.id.text()}, {"calendarDate", formatDate(r.calendarDate)}};
+    if (r.classification) json["classification"] = Json{{"positionID", r.classification->positionID.text()}, {"name", r.classification->name}};
     if (r.workdaySequence) {
         json["workdaySequence"] = Json{{"ordinal", r.workdaySequence->ordinal},
                                        {"classification", toRawValue(r.workdaySequence->classification())}};

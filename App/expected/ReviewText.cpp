@@ -4,6 +4,7 @@
 #include <array>
 #include <cctype>
 #include <iterator>
+#include <set>
 #include <sstream>
 
 #include "App/dts/PayrollDecimalTime.hpp"
@@ -449,29 +450,71 @@ bool isBand(const WeeklyCrewPayrollReview& r, const PayrollReviewCategory& categ
     });
 }
 
-// The week's lines: the bands by classification (positions are not yet known, so all are unassigned) and
-// by the schedule they were paid under, then every other paid category. All share one set of columns.
+// A band's share of the week worked in one classification: its contributors on those days, summed.
+PayrollReviewCategory shareOf(const PayrollReviewCategory& category, const std::set<Uuid>& days) {
+    PayrollReviewCategory share = category;
+    share.contributors.clear();
+    share.actualDuration = share.guaranteedDuration = share.paidDuration = WorkDuration();
+    share.compensation.reset();
+    bool priced = true;
+    for (const auto& c : category.contributors) {
+        if (!days.contains(c.workdayID)) continue;
+        share.contributors.push_back(c);
+        share.actualDuration = share.actualDuration + c.actualDuration;
+        share.guaranteedDuration = share.guaranteedDuration + c.guaranteedDuration;
+        share.paidDuration = share.paidDuration + c.paidDuration;
+        if (!c.compensation) priced = false;
+        if (priced) share.compensation = share.compensation ? *share.compensation + *c.compensation : *c.compensation;
+    }
+    if (!priced) share.compensation.reset();
+    return share;
+}
+
+// The week's days by the classification they were worked in, in the order first worked; days without a
+// position are "Unassigned Classification".
+std::vector<std::pair<std::string, std::set<Uuid>>> classificationGroups(const WeeklyCrewPayrollReview& r) {
+    std::vector<std::pair<std::string, std::set<Uuid>>> groups;
+    for (const auto& day : r.days) {
+        const std::string name = day.classification ? day.classification->name : std::string(review_words::unassignedClassification);
+        auto group = std::find_if(groups.begin(), groups.end(), [&](const auto& g) { return g.first == name; });
+        if (group == groups.end()) group = groups.insert(groups.end(), {name, {}});
+        group->second.insert(day.id);
+    }
+    if (groups.empty()) groups.push_back({std::string(review_words::unassignedClassification), {}});
+    return groups;
+}
+
+// The week's lines: the bands by classification and by the schedule they were paid under, then every
+// other paid category. All share one set of columns.
 void writeWeekCategories(std::ostringstream& text, const WeeklyCrewPayrollReview& r, const Style& style) {
     if (r.categories.empty()) return;
-    text << "    " << review_words::unassignedClassification << "\n";
     std::vector<TableLine> lines;
     const auto add = [&](const std::vector<PayrollReviewCategory>& some) {
         for (auto& line : categoryLines(some, r.categories, style, nullptr, &r)) lines.push_back(std::move(line));
     };
-    for (const std::string group : {"ordinary", "sixthDay", "seventhDay"}) {
-        std::vector<PayrollReviewCategory> paid;
-        std::copy_if(r.categories.begin(), r.categories.end(), std::back_inserter(paid),
-                     [&](const auto& c) { return isBand(r, c) && scheduleOf(r, c) == group; });
-        // A rule paid at two rates keeps its lines together, in the order the rules were first paid.
-        const auto original = paid;
-        const auto firstOf = [&](const PayrollReviewCategory& c) {
-            return std::find_if(original.begin(), original.end(), [&](const auto& other) { return other.ruleID == c.ruleID; }) - original.begin();
-        };
-        std::stable_sort(paid.begin(), paid.end(), [&](const auto& a, const auto& b) { return firstOf(a) < firstOf(b); });
-        if (paid.empty()) continue;
-        if (group != "ordinary") lines.push_back({capitalised(scheduleWords(group)) + " schedule:", "", "", ""});
-        add(paid);
+    const auto groups = classificationGroups(r);
+    for (const auto& [classification, days] : groups) {
+        const bool whole = groups.size() == 1;  // one classification: the week's own lines
+        if (!whole) lines.push_back({classification + ":", "", "", ""});
+        for (const std::string group : {"ordinary", "sixthDay", "seventhDay"}) {
+            std::vector<PayrollReviewCategory> paid;
+            for (const auto& c : r.categories) {
+                if (!isBand(r, c) || scheduleOf(r, c) != group) continue;
+                auto share = whole ? c : shareOf(c, days);
+                if (!share.contributors.empty() || whole) paid.push_back(std::move(share));
+            }
+            // A rule paid at two rates keeps its lines together, in the order the rules were first paid.
+            const auto original = paid;
+            const auto firstOf = [&](const PayrollReviewCategory& c) {
+                return std::find_if(original.begin(), original.end(), [&](const auto& other) { return other.ruleID == c.ruleID; }) - original.begin();
+            };
+            std::stable_sort(paid.begin(), paid.end(), [&](const auto& a, const auto& b) { return firstOf(a) < firstOf(b); });
+            if (paid.empty()) continue;
+            if (group != "ordinary") lines.push_back({capitalised(scheduleWords(group)) + " schedule:", "", "", ""});
+            add(paid);
+        }
     }
+    if (groups.size() == 1) text << "    " << groups.front().first << "\n";
     std::vector<PayrollReviewCategory> others;
     std::copy_if(r.categories.begin(), r.categories.end(), std::back_inserter(others), [&](const auto& c) { return !isBand(r, c); });
     if (style.showMoney) add(others);

@@ -79,6 +79,10 @@ TEST_F(PositionCommands, EachDayOfAWeekIsPaidFromItsSource) {
               std::string::npos)
         << text;
     EXPECT_NE(text.find("Rate: Job for Today Operator, Scale, Rate Card 2026 Basic: 70.00/hr\n"), std::string::npos);
+    // The week's bands are grouped by the classification each day was worked in.
+    EXPECT_NE(text.find("    Gaffer:\n    ST  8.0 h x 52.20 x1    417.60\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("    Operator:\n    ST  8.0 h x 70.00 x1    560.00\n"), std::string::npos) << text;
+    EXPECT_EQ(days[1]["classification"]["name"], "Operator");
 
     const auto shown = run({"dts", "show", "2026-11-03"}).out;
     EXPECT_NE(shown.find("    Job for Today: Operator\n    Rate: Job for Today Operator, Scale, Rate Card 2026 Basic: 70.00/hr\n"), std::string::npos)
