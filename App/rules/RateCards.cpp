@@ -5,6 +5,7 @@
 #include <set>
 
 #include "App/model/CalendarText.hpp"
+#include "App/model/JSONFields.hpp"
 #include "App/model/ProductionRepository.hpp"
 
 namespace tessel {
@@ -76,13 +77,18 @@ std::optional<CalendarDate> earlier(const std::optional<CalendarDate>& a, const 
 
 EmploymentSchedule scheduleFrom(const std::string& raw) { return raw == "weekly" ? EmploymentSchedule::weekly : EmploymentSchedule::daily; }
 
-bool hasTerms(ModelContext& context, const Uuid& cardID, const Uuid& positionID) {
-    auto& statement = context.prepare("SELECT 1 FROM ProductionRateCardPositionTerms WHERE productionRateCardID = ?1 AND productionPositionID = ?2");
-    bindAll(statement, cardID, positionID);
-    return readFirst(statement, [](SQLite::Statement&) { return true; }).value_or(false);
-}
-
 }  // namespace
+
+std::string_view toRawValue(PositionTermsResult::Provenance provenance) noexcept {
+    switch (provenance) {
+        case PositionTermsResult::Provenance::explicitTerms: return "explicit";
+        case PositionTermsResult::Provenance::dayJobSnapshot: return "dayJobSnapshot";
+        case PositionTermsResult::Provenance::engagementSnapshot: return "engagementSnapshot";
+        case PositionTermsResult::Provenance::positionDefaults: return "positionDefaults";
+        case PositionTermsResult::Provenance::productionRules: return "productionRules";
+    }
+    return "productionRules";
+}
 
 std::string_view toRawValue(ProductionPositionReadiness readiness) noexcept {
     switch (readiness) {
@@ -202,9 +208,9 @@ PositionReadiness readiness(ModelContext& context, const PositionRecord& positio
     }
     if (pricedOn.empty()) return {R::missingScale, std::string(rate_card_words::noScale) + "."};
     for (const auto& card : cards(context, productionID)) {
-        if (card.requiresExplicitPositionTerms && pricedOn.contains(card.id) && !hasTerms(context, card.id, position.id)) {
-            return {R::missingContractSetup, "This Position has no contract setup on Rate Card " + inQuotes(card.label) + "."};
-        }
+        if (!pricedOn.contains(card.id)) continue;
+        const auto terms = resolveTerms(context, card.id, position);
+        if (terms.kind != PositionTermsResult::Kind::resolved) return {R::missingContractSetup, terms.message};
     }
     if (!position.reviewedFingerprint) return {R::needsReview, "This Position was copied from a Rate Card and has not been reviewed yet."};
     if (*position.reviewedFingerprint != positions::fingerprint(position)) return {R::needsReview, "This Position changed since it was last reviewed."};
@@ -227,6 +233,60 @@ void engageInPosition(ModelContext& context, const Uuid& engagementID, const Pos
     bindAll(rate, engagementID, from, scale ? scale->hourlyAmount : Decimal(0), scale ? scale->currencyCode : position.dailyDefaults.currencyCode,
             followsScale);
     rate.exec();
+}
+
+PositionTermsResult resolveTerms(ModelContext& context, const Uuid& cardID, const PositionRecord& position,
+                                 const std::optional<std::string>& dayJobSnapshot, const std::optional<std::string>& engagementSnapshot) {
+    using R = PositionTermsResult;
+    R result;
+    const auto all = cards(context, *position.productionID);
+    const auto card = std::find_if(all.begin(), all.end(), [&](const auto& c) { return c.id == cardID; });
+    if (card == all.end()) {
+        result.message = "The Rate Card no longer exists.";
+        return result;
+    }
+    auto& statement = context.prepare(
+        "SELECT id, dailyDefaultsData FROM ProductionRateCardPositionTerms WHERE productionRateCardID = ?1 AND productionPositionID = ?2 ORDER BY id");
+    bindAll(statement, cardID, position.id);
+    const auto terms = readAll<std::pair<Uuid, std::string>>(statement, [](SQLite::Statement& row) {
+        return std::pair(uuid(row.getColumn(0)), blobText(row.getColumn(1)));
+    });
+    if (terms.size() > 1) {
+        result.kind = R::Kind::conflict;
+        for (const auto& [id, data] : terms) result.competingTermsIDs.push_back(id);
+        result.message = "Duplicate card/Position terms authority.";
+        return result;
+    }
+    if (terms.size() == 1) {
+        const Json parsed = Json::parse(terms.front().second.empty() ? "{}" : terms.front().second, nullptr, false);
+        if (!parsed.is_object()) {
+            result.kind = R::Kind::invalid;
+            result.message = "The contract setup of " + position.positionName + " on Rate Card " + inQuotes(card->label) + " cannot be read.";
+            return result;
+        }
+        return {R::Kind::resolved, R::Provenance::explicitTerms, terms.front().second, terms.front().first, cardID, {}, {}};
+    }
+    if (card->requiresExplicitPositionTerms) {
+        result.kind = R::Kind::missing;
+        result.message = "This Position has no contract setup on Rate Card " + inQuotes(card->label) + ".";
+        return result;
+    }
+    result.kind = R::Kind::resolved;
+    const Json own = Json::parse(position.dailyDefaultsData.empty() ? "{}" : position.dailyDefaultsData, nullptr, false);
+    const bool ownDefaults = own.is_object() && std::any_of(own.items().begin(), own.items().end(), [](const auto& item) { return item.key() != "currencyCode"; });
+    if (dayJobSnapshot) {
+        result.provenance = R::Provenance::dayJobSnapshot;
+        result.defaultsData = *dayJobSnapshot;
+    } else if (engagementSnapshot) {
+        result.provenance = R::Provenance::engagementSnapshot;
+        result.defaultsData = *engagementSnapshot;
+    } else if (ownDefaults) {
+        result.provenance = R::Provenance::positionDefaults;
+        result.defaultsData = position.dailyDefaultsData;
+    } else {
+        result.provenance = R::Provenance::productionRules;
+    }
+    return result;
 }
 
 // ---- saved cards ----

@@ -71,6 +71,20 @@ inline constexpr std::string_view noScale = "No Scale Rate is available for this
 inline constexpr std::string_view distinctPositions = "Choose a distinct Production Position for each mapped Rate Card Position.";
 }  // namespace rate_card_words
 
+// The contract setup (payroll defaults) that governs a position on a card: the card's own terms for the
+// position, else (when the card allows it) a fallback whose source is recorded.
+struct PositionTermsResult {
+    enum class Kind { resolved, conflict, invalid, missing, unavailable };
+    enum class Provenance { explicitTerms, dayJobSnapshot, engagementSnapshot, positionDefaults, productionRules };
+    Kind kind = Kind::unavailable;
+    std::optional<Provenance> provenance{};
+    std::string defaultsData{};              // the governing PositionPayrollDefaults as stored (JSON)
+    std::optional<Uuid> termsID{}, cardID{};  // explicit terms
+    std::vector<Uuid> competingTermsIDs{};   // conflict
+    std::string message{};                   // invalid, missing, unavailable
+};
+std::string_view toRawValue(PositionTermsResult::Provenance provenance) noexcept;
+
 // Two scale rates of one position and schedule whose cards' periods overlap: neither can be the floor.
 struct ScaleConflict {
     Uuid positionID;
@@ -107,6 +121,15 @@ PositionReadiness readiness(ModelContext& context, const PositionRecord& positio
 // over-scale with the scale as its floor.
 void engageInPosition(ModelContext& context, const Uuid& engagementID, const PositionRecord& position, CalendarDate from, bool followsScale,
                       Instant now);
+
+// The terms of a position on a card. More than one terms record is a conflict ("Duplicate card/Position
+// terms authority."); one is resolved explicitly unless it cannot be read. Without one, a card that
+// requires explicit terms has them missing; otherwise the fallback is, in this order, the Job for Today's
+// snapshot, the engagement's snapshot (each when given), the position's own defaults when it has any, and
+// the production's rules.
+PositionTermsResult resolveTerms(ModelContext& context, const Uuid& cardID, const PositionRecord& position,
+                                 const std::optional<std::string>& dayJobSnapshot = std::nullopt,
+                                 const std::optional<std::string>& engagementSnapshot = std::nullopt);
 
 // ---- the installation's reusable cards ----
 std::vector<SavedRateCard> savedCards(ModelContext& context);

@@ -186,7 +186,8 @@ int setRow(CommandSession& session, const DTSCommandArguments& a, const std::map
         if (a.noRerate) CrewOnDTS::clearRerate(context, row->id);
         session.answer(Json{{"entryID", row->id.text()}, {"added", added}},
                        std::string(added ? "Added " : "Updated ") + member.displayName + (added ? " to" : " on") + " the DTS for " +
-                           a.date + ".\n");
+                           a.date + ".\n" +
+                           (a.job.empty() ? "" : "Classification for Today controls payroll. DTS Name for Today is the label shown on today's DTS.\n"));
         return int{exitSuccess};
     });
 }

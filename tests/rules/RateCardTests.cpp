@@ -108,6 +108,37 @@ TEST_F(RateCards, AnAppliedCardIsTheProductionsOwnCopy) {
     EXPECT_EQ(scales[0].schedule, EmploymentSchedule::daily);
 }
 
+TEST_F(RateCards, TermsComeFromTheCardOrAFallbackThatSaysWhere) {
+    using Kind = PositionTermsResult::Kind;
+    positions::add(context, PositionScope::saved, std::nullopt, {"Gaffer", std::nullopt, std::nullopt}, now);
+    rate_cards::createSaved(context, "2026 Basic", day(1, 1), std::nullopt, now);
+    rate_cards::setSavedScale(context, "2026 Basic", "Gaffer", "52.20", EmploymentSchedule::daily, now);
+    const auto applied = rate_cards::apply(context, production.id, rate_cards::savedNamed(context, "2026 Basic"), now);
+    const auto gaffer = positions::named(context, PositionScope::production, production.id, "Gaffer");
+    const auto fromCard = rate_cards::resolveTerms(context, applied.id, gaffer);
+    EXPECT_EQ(fromCard.kind, Kind::resolved);
+    EXPECT_EQ(fromCard.provenance, PositionTermsResult::Provenance::explicitTerms);
+
+    // A card made in the production has no terms: the fallback says where the setup comes from.
+    const auto grip = position("Grip");
+    rate_cards::addScale(context, production.id, "Local", grip, "40.00", day(1, 1), EmploymentSchedule::daily);
+    const auto local = rate_cards::cards(context, production.id);
+    const auto localCard = std::find_if(local.begin(), local.end(), [](const auto& c) { return c.label == "Local"; });
+    EXPECT_EQ(rate_cards::resolveTerms(context, localCard->id, grip).provenance, PositionTermsResult::Provenance::productionRules);
+    EXPECT_EQ(rate_cards::resolveTerms(context, localCard->id, grip, std::nullopt, std::string("{}")).provenance,
+              PositionTermsResult::Provenance::engagementSnapshot);
+    EXPECT_EQ(rate_cards::resolveTerms(context, localCard->id, grip, std::string("{}"), std::string("{}")).provenance,
+              PositionTermsResult::Provenance::dayJobSnapshot);
+
+    // The applied card requires its own terms: a production position it prices without them is missing them.
+    const auto bestBoy = position("Best Boy");
+    rate_cards::addScale(context, production.id, "2026 Basic", bestBoy, "41.00", day(1, 1), EmploymentSchedule::daily);
+    const auto missing = rate_cards::resolveTerms(context, applied.id, bestBoy);
+    EXPECT_EQ(missing.kind, Kind::missing);
+    EXPECT_EQ(readinessOf("Best Boy").state, ProductionPositionReadiness::missingContractSetup);
+    EXPECT_EQ(readinessOf("Best Boy").reason, "This Position has no contract setup on Rate Card \u201C2026 Basic\u201D.");
+}
+
 TEST_F(RateCards, SavedPositionCodesAreUnique) {
     positions::add(context, PositionScope::saved, std::nullopt, {"Gaffer", std::optional<std::optional<std::string>>("1234"), std::nullopt}, now);
     try {
