@@ -66,7 +66,7 @@ void ocrAStubPage(benchmark::State& state) {
 BENCHMARK(ocrAStubPage)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 void tesseractCommandOnTheSameRaster(benchmark::State& state) {
-    run(state, "tesseract '" + stub().raster + "-1.pgm' - --oem 1 --psm 6 >/dev/null 2>&1");
+    run(state, "tesseract '" + stub().raster + "-1.pgm' - --oem 1 --psm 6 -c tessedit_do_invert=0 >/dev/null 2>&1");
 }
 BENCHMARK(tesseractCommandOnTheSameRaster)->Unit(benchmark::kMillisecond)->Iterations(5);
 
