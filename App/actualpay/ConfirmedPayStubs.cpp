@@ -16,11 +16,6 @@ constexpr const char* stubColumns =
     "id, productionID, crewMemberID, payrollWeekID, payrollWeekStart, payrollWeekEnd, printedEmployeeName, printedPayPeriodStart, "
     "printedPayPeriodEnd, printedOccupation, totalHours, gross, sourceFilename, importedAt, confirmedAt, modifiedAt";
 
-std::optional<Decimal> optionalDecimal(const SQLite::Column& column) {
-    if (column.isNull()) return std::nullopt;
-    return decimal(column);
-}
-
 ConfirmedPayStubActualPay readStub(SQLite::Statement& row, bool withPDF) {
     ConfirmedPayStubActualPay stub{uuid(row.getColumn(0)),  uuid(row.getColumn(1)),         uuid(row.getColumn(2)),
                                    uuid(row.getColumn(3)),  date(row.getColumn(4)),         date(row.getColumn(5)),
@@ -29,8 +24,7 @@ ConfirmedPayStubActualPay readStub(SQLite::Statement& row, bool withPDF) {
                                    {},                      text(row.getColumn(12)),        instant(row.getColumn(13)),
                                    instant(row.getColumn(14)), instant(row.getColumn(15)),  {}};
     if (withPDF) {
-        const SQLite::Column pdf = row.getColumn(16);
-        if (!pdf.isNull()) stub.sourcePDFData.assign(static_cast<const char*>(pdf.getBlob()), static_cast<std::size_t>(pdf.getBytes()));
+        stub.sourcePDFData = blob(row.getColumn(16));
     }
     return stub;
 }
@@ -64,17 +58,13 @@ void insert(ModelContext& context, const ConfirmedPayStubActualPay& s) {
                                       ", sourcePDFData) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13, ?14, ?15, ?16, ?17)");
     bindAll(statement, s.id, s.productionID, s.crewMemberID, s.payrollWeekID, s.payrollWeekStart, s.payrollWeekEnd, s.printedEmployeeName,
             s.printedPayPeriodStart, s.printedPayPeriodEnd, s.printedOccupation);
-    if (s.totalHours) {
-        bind(statement, 11, *s.totalHours);
-    } else {
-        statement.bind(11);
-    }
+    bind(statement, 11, s.totalHours);
     bind(statement, 12, s.gross);
     bind(statement, 13, s.sourceFilename);
     bind(statement, 14, s.importedAt);
     bind(statement, 15, s.confirmedAt);
     bind(statement, 16, s.modifiedAt);
-    statement.bind(17, s.sourcePDFData.data(), static_cast<int>(s.sourcePDFData.size()));
+    bindBlob(statement, 17, s.sourcePDFData);
     statement.exec();
     insertLines(context, s);
 }
@@ -85,13 +75,8 @@ void insertLines(ModelContext& context, const ConfirmedPayStubActualPay& s) {
         "?6, ?7)");
     for (const auto& l : s.lines) {
         bindAll(line, l.id, s.id, l.printedLabel);
-        for (const auto& [index, value] : {std::pair{4, &l.hours}, std::pair{5, &l.rate}}) {
-            if (*value) {
-                bind(line, index, **value);
-            } else {
-                line.bind(index);
-            }
-        }
+        bind(line, 4, l.hours);
+        bind(line, 5, l.rate);
         bind(line, 6, l.amount);
         bind(line, 7, l.displayOrder);
         line.exec();
@@ -158,11 +143,7 @@ void update(ModelContext& context, const ConfirmedPayStubActualPay& stub) {
         "printedOccupation = ?6, totalHours = ?7, gross = ?8, modifiedAt = ?9 WHERE id = ?1");
     bindAll(statement, stub.id, stub.crewMemberID, stub.printedEmployeeName, stub.printedPayPeriodStart, stub.printedPayPeriodEnd,
             stub.printedOccupation);
-    if (stub.totalHours) {
-        bind(statement, 7, *stub.totalHours);
-    } else {
-        statement.bind(7);
-    }
+    bind(statement, 7, stub.totalHours);
     bind(statement, 8, stub.gross);
     bind(statement, 9, stub.modifiedAt);
     statement.exec();
@@ -190,11 +171,10 @@ std::vector<std::string> integrityFindings(ModelContext& context, const Uuid& pr
         "EXISTS (SELECT 1 FROM PayrollWeek w WHERE w.id = s.payrollWeekID) FROM ConfirmedPayStubActualPay s WHERE s.productionID = ?1 ORDER BY s.id");
     bind(statement, 1, productionID);
     const auto rows = readAll<Row>(statement, [](SQLite::Statement& r) {
-        const SQLite::Column pdf = r.getColumn(9);
         return Row{r.getColumn(0).getString(), r.getColumn(1).getString(), r.getColumn(2).getString(), r.getColumn(3).getString(),
                    r.getColumn(4).getString(), r.getColumn(6).getString(), r.getColumn(7).getString(), r.getColumn(8).getString(),
                    optionalText(r.getColumn(5)),
-                   pdf.isNull() ? std::string() : std::string(static_cast<const char*>(pdf.getBlob()), static_cast<std::size_t>(pdf.getBytes())),
+                   blob(r.getColumn(9)),
                    r.getColumn(10).getInt() != 0, r.getColumn(11).getInt() != 0};
     });
     std::vector<std::string> findings;

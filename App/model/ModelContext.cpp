@@ -80,6 +80,20 @@ void bind(SQLite::Statement& statement, int index, const std::optional<CalendarD
     bindOptional(statement, index, date);
 }
 void bind(SQLite::Statement& statement, int index, const Decimal& value) { statement.bind(index, value.toString()); }
+void bind(SQLite::Statement& statement, int index, const std::optional<Decimal>& value) {
+    if (value) {
+        bind(statement, index, *value);
+    } else {
+        statement.bind(index);
+    }
+}
+void bindBlob(SQLite::Statement& statement, int index, std::string_view bytes) {
+    if (bytes.empty()) {
+        statement.bind(index);
+    } else {
+        statement.bind(index, bytes.data(), static_cast<int>(bytes.size()));
+    }
+}
 void bind(SQLite::Statement& statement, int index, const std::string& text) { statement.bind(index, text); }
 void bind(SQLite::Statement& statement, int index, const std::optional<std::string>& text) {
     bindOptional(statement, index, text);
@@ -139,6 +153,16 @@ std::int64_t integer(const SQLite::Column& column) { return column.getInt64(); }
 std::optional<std::int64_t> optionalInteger(const SQLite::Column& column) {
     if (column.isNull()) return std::nullopt;
     return column.getInt64();
+}
+
+std::optional<Decimal> optionalDecimal(const SQLite::Column& column) {
+    if (column.isNull()) return std::nullopt;
+    return decimal(column);
+}
+
+std::string blob(const SQLite::Column& column) {
+    if (column.isNull()) return {};
+    return std::string(static_cast<const char*>(column.getBlob()), static_cast<std::size_t>(column.getBytes()));
 }
 
 bool boolean(const SQLite::Column& column) { return column.getInt() != 0; }

@@ -62,6 +62,9 @@ void bind(SQLite::Statement& statement, int index, const std::optional<Instant>&
 void bind(SQLite::Statement& statement, int index, CalendarDate date);
 void bind(SQLite::Statement& statement, int index, const std::optional<CalendarDate>& date);
 void bind(SQLite::Statement& statement, int index, const Decimal& value);
+void bind(SQLite::Statement& statement, int index, const std::optional<Decimal>& value);
+// Bytes (a PDF, a JSON document) as a blob; empty bytes as null.
+void bindBlob(SQLite::Statement& statement, int index, std::string_view bytes);
 void bind(SQLite::Statement& statement, int index, const std::string& text);
 void bind(SQLite::Statement& statement, int index, const std::optional<std::string>& text);
 void bind(SQLite::Statement& statement, int index, std::int64_t value);
@@ -101,6 +104,8 @@ std::string text(const SQLite::Column& column);
 std::optional<std::string> optionalText(const SQLite::Column& column);
 std::int64_t integer(const SQLite::Column& column);
 std::optional<std::int64_t> optionalInteger(const SQLite::Column& column);
+std::optional<Decimal> optionalDecimal(const SQLite::Column& column);
+std::string blob(const SQLite::Column& column);  // null as empty
 bool boolean(const SQLite::Column& column);
 
 }  // namespace columns

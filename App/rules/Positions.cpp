@@ -15,11 +15,6 @@ std::string inQuotes(const std::string& text) { return "\u201C" + text + "\u201D
 
 const char* tableOf(PositionScope scope) { return scope == PositionScope::saved ? "PositionPreset" : "ProductionPosition"; }
 
-std::string blobText(const SQLite::Column& column) {
-    if (column.isNull()) return {};
-    return std::string(static_cast<const char*>(column.getBlob()), static_cast<std::size_t>(column.getBytes()));
-}
-
 PositionPayrollDefaults defaultsFrom(const std::string& data) {
     PositionPayrollDefaults defaults;
     const Json json = Json::parse(data, nullptr, false);
@@ -46,8 +41,8 @@ PositionRecord readSaved(SQLite::Statement& row) {
     PositionRecord p{.id = uuid(row.getColumn(0)), .scope = PositionScope::saved};
     p.positionName = text(row.getColumn(1));
     p.occupationCode = optionalText(row.getColumn(2));
-    p.dailyDefaultsData = blobText(row.getColumn(3));
-    p.weeklyDefaultsData = blobText(row.getColumn(4));
+    p.dailyDefaultsData = blob(row.getColumn(3));
+    p.weeklyDefaultsData = blob(row.getColumn(4));
     p.displayOrder = integer(row.getColumn(5));
     p.modifiedAt = instant(row.getColumn(6));
     p.dailyDefaults = defaultsFrom(p.dailyDefaultsData);
@@ -59,8 +54,8 @@ PositionRecord readProduction(SQLite::Statement& row) {
     p.productionID = uuid(row.getColumn(1));
     p.positionName = text(row.getColumn(2));
     p.occupationCode = optionalText(row.getColumn(3));
-    p.dailyDefaultsData = blobText(row.getColumn(4));
-    p.weeklyDefaultsData = blobText(row.getColumn(5));
+    p.dailyDefaultsData = blob(row.getColumn(4));
+    p.weeklyDefaultsData = blob(row.getColumn(5));
     p.displayOrder = integer(row.getColumn(6));
     p.modifiedAt = instant(row.getColumn(7));
     p.sourceRatePackageID = optionalUuid(row.getColumn(8));
@@ -75,14 +70,6 @@ constexpr const char* savedColumns = "id, positionName, occupationCode, dailyDef
 constexpr const char* productionColumns =
     "id, productionID, positionName, occupationCode, dailyDefaultsData, weeklyDefaultsData, displayOrder, modifiedAt, sourceRatePackageID, "
     "sourcePackagePositionID, isActive, reviewedFingerprint";
-
-void bindBlob(SQLite::Statement& statement, int index, const std::string& data) {
-    if (data.empty()) {
-        statement.bind(index);
-    } else {
-        statement.bind(index, data.data(), static_cast<int>(data.size()));
-    }
-}
 
 void write(ModelContext& context, const PositionRecord& p, bool insert) {
     if (p.scope == PositionScope::saved) {

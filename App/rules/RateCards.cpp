@@ -15,32 +15,6 @@ using namespace columns;
 
 std::string inQuotes(const std::string& text) { return "\u201C" + text + "\u201D"; }
 
-std::optional<Decimal> optionalDecimal(const SQLite::Column& column) {
-    if (column.isNull()) return std::nullopt;
-    return decimal(column);
-}
-
-std::string blobText(const SQLite::Column& column) {
-    if (column.isNull()) return {};
-    return std::string(static_cast<const char*>(column.getBlob()), static_cast<std::size_t>(column.getBytes()));
-}
-
-void bindBlob(SQLite::Statement& statement, int index, const std::string& data) {
-    if (data.empty()) {
-        statement.bind(index);
-    } else {
-        statement.bind(index, data.data(), static_cast<int>(data.size()));
-    }
-}
-
-void bindOptionalDecimal(SQLite::Statement& statement, int index, const std::optional<Decimal>& value) {
-    if (value) {
-        bind(statement, index, *value);
-    } else {
-        statement.bind(index);
-    }
-}
-
 ProductionRateCard readCard(SQLite::Statement& row) {
     return {uuid(row.getColumn(0)),         uuid(row.getColumn(1)),         text(row.getColumn(2)),
             date(row.getColumn(3)),         optionalDate(row.getColumn(4)), optionalText(row.getColumn(5)),
@@ -249,7 +223,7 @@ PositionTermsResult resolveTerms(ModelContext& context, const Uuid& cardID, cons
         "SELECT id, dailyDefaultsData FROM ProductionRateCardPositionTerms WHERE productionRateCardID = ?1 AND productionPositionID = ?2 ORDER BY id");
     bindAll(statement, cardID, position.id);
     const auto terms = readAll<std::pair<Uuid, std::string>>(statement, [](SQLite::Statement& row) {
-        return std::pair(uuid(row.getColumn(0)), blobText(row.getColumn(1)));
+        return std::pair(uuid(row.getColumn(0)), blob(row.getColumn(1)));
     });
     if (terms.size() > 1) {
         result.kind = R::Kind::conflict;
@@ -310,8 +284,8 @@ std::vector<SavedRateCard> savedCards(ModelContext& context) {
                                          optionalDecimal(row.getColumn(3)),
                                          optionalDecimal(row.getColumn(4)),
                                          text(row.getColumn(5)),
-                                         blobText(row.getColumn(6)),
-                                         blobText(row.getColumn(7))};
+                                         blob(row.getColumn(6)),
+                                         blob(row.getColumn(7))};
         });
     }
     return result;
@@ -371,8 +345,8 @@ void setSavedScale(ModelContext& context, const std::string& label, const std::s
     bindAll(statement, p.id, card.id, p.occupationCode, p.positionName);
     bindBlob(statement, 5, p.dailyDefaultsData);
     bindBlob(statement, 6, p.weeklyDefaultsData);
-    bindOptionalDecimal(statement, 7, p.dailyScale);
-    bindOptionalDecimal(statement, 8, p.weeklyScale);
+    columns::bind(statement, 7, p.dailyScale);
+    columns::bind(statement, 8, p.weeklyScale);
     columns::bind(statement, 9, p.currencyCode);
     bind(statement, 10, static_cast<std::int64_t>(card.positions.size()));
     bind(statement, 11, now);
