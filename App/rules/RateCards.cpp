@@ -361,9 +361,13 @@ ProductionRateCard apply(ModelContext& context, const Uuid& productionID, const 
     std::vector<PositionRecord> targets;
     std::set<Uuid> mapped;
     for (const auto& p : saved.positions) {
-        const auto same = std::find_if(production.begin(), production.end(), [&](const PositionRecord& existing) {
-            return p.occupationCode ? existing.occupationCode == p.occupationCode : existing.positionName == p.positionName;
-        });
+        auto same = production.end();
+        if (p.occupationCode) {
+            same = std::find_if(production.begin(), production.end(), [&](const PositionRecord& existing) { return existing.occupationCode == p.occupationCode; });
+        }
+        if (same == production.end()) {
+            same = std::find_if(production.begin(), production.end(), [&](const PositionRecord& existing) { return existing.positionName == p.positionName; });
+        }
         PositionRecord target{.id = Uuid::generate(), .scope = PositionScope::production};
         if (same != production.end()) {
             target = *same;

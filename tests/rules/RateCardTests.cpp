@@ -139,6 +139,19 @@ TEST_F(RateCards, TermsComeFromTheCardOrAFallbackThatSaysWhere) {
     EXPECT_EQ(readinessOf("Best Boy").reason, "This Position has no contract setup on Rate Card \u201C2026 Basic\u201D.");
 }
 
+// A card position with a code the production does not use yet is still its Position of that name.
+TEST_F(RateCards, AnAppliedCardPositionIsTheProductionsOfTheSameCodeElseName) {
+    const auto gaffer = position("Gaffer");  // made in the production, without a code
+    positions::add(context, PositionScope::saved, std::nullopt, {"Gaffer", std::optional<std::optional<std::string>>("1234"), std::nullopt}, now);
+    rate_cards::createSaved(context, "2026 Basic", day(1, 1), std::nullopt, now);
+    rate_cards::setSavedScale(context, "2026 Basic", "Gaffer", "52.20", EmploymentSchedule::daily, now);
+    rate_cards::apply(context, production.id, rate_cards::savedNamed(context, "2026 Basic"), now);
+    const auto all = positions::list(context, PositionScope::production, production.id);
+    ASSERT_EQ(all.size(), 1u);
+    EXPECT_EQ(all[0].id, gaffer.id);
+    EXPECT_EQ(rate_cards::scaleOn(context, production.id, gaffer.id, EmploymentSchedule::daily, day(11, 2))->hourlyAmount.toString(), "52.20");
+}
+
 TEST_F(RateCards, SavedPositionCodesAreUnique) {
     positions::add(context, PositionScope::saved, std::nullopt, {"Gaffer", std::optional<std::optional<std::string>>("1234"), std::nullopt}, now);
     try {
