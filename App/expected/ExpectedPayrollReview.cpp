@@ -299,6 +299,25 @@ struct ExpectedPayrollReview::Session {
             guaranteeTerms.emplace(id, std::vector<std::pair<CalendarDate, std::int64_t>>{});
             turnaroundRests.emplace(id, std::nullopt);
         }
+        loadPositionFacts();
+        const std::string ofProduction = " s JOIN ProductionEngagement e ON s.engagementID = e.id WHERE e.productionID = ?1";
+        forEachRow(context, "SELECT s.engagementID, s.effectiveDate, s.minimumPaidDurationSeconds FROM EngagementDailyGuaranteeTerm" + ofProduction +
+                                " ORDER BY s.engagementID, s.effectiveDate, s.rowid",
+                   production.id, [&](SQLite::Statement& row) {
+                       guaranteeTerms[columns::uuid(row.getColumn(0))].emplace_back(columns::date(row.getColumn(1)), row.getColumn(2).getInt64());
+                   });
+        forEachRow(context, "SELECT s.engagementID, s.requiredRestSeconds FROM EngagementTurnaroundConfiguration" + ofProduction, production.id,
+                   [&](SQLite::Statement& row) { turnaroundRests[columns::uuid(row.getColumn(0))] = row.getColumn(1).getInt64(); });
+    }
+
+    // Which position each engagement is paid in, and from when it follows the position's scale; the
+    // Rate Cards are read when a day first needs a scale.
+    void loadPositionFacts() {
+        engagementPositions.clear();
+        followsScale.clear();
+        rateCards.reset();
+        scaleRates.clear();
+        rerateTargets.clear();
         const std::string ofProductionEngagements = " s JOIN ProductionEngagement e ON s.engagementID = e.id WHERE e.productionID = ?1";
         forEachRow(context, "SELECT s.engagementID, s.sourcePresetID, s.payrollPositionName FROM EngagementPositionConfiguration" + ofProductionEngagements +
                                 " AND s.sourcePresetID IS NOT NULL",
@@ -310,14 +329,6 @@ struct ExpectedPayrollReview::Session {
                    production.id, [&](SQLite::Statement& row) {
                        followsScale[columns::uuid(row.getColumn(0))].emplace_back(columns::date(row.getColumn(1)), row.getColumn(2).getInt() != 0);
                    });
-        const std::string ofProduction = " s JOIN ProductionEngagement e ON s.engagementID = e.id WHERE e.productionID = ?1";
-        forEachRow(context, "SELECT s.engagementID, s.effectiveDate, s.minimumPaidDurationSeconds FROM EngagementDailyGuaranteeTerm" + ofProduction +
-                                " ORDER BY s.engagementID, s.effectiveDate, s.rowid",
-                   production.id, [&](SQLite::Statement& row) {
-                       guaranteeTerms[columns::uuid(row.getColumn(0))].emplace_back(columns::date(row.getColumn(1)), row.getColumn(2).getInt64());
-                   });
-        forEachRow(context, "SELECT s.engagementID, s.requiredRestSeconds FROM EngagementTurnaroundConfiguration" + ofProduction, production.id,
-                   [&](SQLite::Statement& row) { turnaroundRests[columns::uuid(row.getColumn(0))] = row.getColumn(1).getInt64(); });
     }
 
     static Production load(ModelContext& context, const Uuid& productionID) {
@@ -832,6 +843,11 @@ void ExpectedPayrollReview::forgetTimeSheet(const Uuid& workdayID) {
     session.entriesByWorkday.erase(workdayID);
     // The date's DTS is looked up again when a turnaround needs it.
     std::erase_if(session.workdaysByDate, [&](const auto& item) { return !item.second || item.second->id == workdayID; });
+}
+
+void ExpectedPayrollReview::forgetPositions() {
+    session_->recalculating = true;
+    session_->loadPositionFacts();
 }
 
 void ExpectedPayrollReview::forgetTimeSheets() {

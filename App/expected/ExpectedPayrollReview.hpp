@@ -38,6 +38,9 @@ public:
     void forgetTimeSheets();
     // The same for one DTS after an edit of its times or rows: only that DTS is read again.
     void forgetTimeSheet(const Uuid& workdayID);
+    // Forgets the Positions, Rate Cards and the crew's engagement positions read so far, after an edit of
+    // any of them: the next review prices each day from them afresh.
+    void forgetPositions();
 
 private:
     struct Session;

@@ -10,6 +10,7 @@
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "ReviewWeek.hpp"
 #include "App/expected/ExpectedPayrollReview.hpp"
+#include "App/rules/RateCards.hpp"
 #include "App/expected/ReviewText.hpp"
 #include "App/model/CrewRoster.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
@@ -295,6 +296,22 @@ INSTANTIATE_TEST_SUITE_P(
                      const Uuid tuesday = w.workdayOf(1);
                      DailyTimeSheets::remove(w.context, tuesday);
                      kept.forgetTimeSheet(tuesday);
+                 }},
+        // A Position with a scale above the rate: every day is paid the scale floor from then on.
+        EditCase{"anEngagementsPositionAndScale",
+                 [](KeptReviews& w, ExpectedPayrollReview& kept) {
+                     const auto gaffer = positions::add(w.context, PositionScope::production, w.production.id, {"Gaffer", std::nullopt, std::nullopt}, {});
+                     rate_cards::addScale(w.context, w.production.id, "2026 Basic", gaffer, "52.20", dayOf(0), EmploymentSchedule::daily);
+                     rate_cards::engageInPosition(w.context, w.engagement.id, gaffer, dayOf(0), false, {});
+                     kept.forgetPositions();
+                 }},
+        EditCase{"aJobForToday",
+                 [](KeptReviews& w, ExpectedPayrollReview& kept) {
+                     const auto op = positions::add(w.context, PositionScope::production, w.production.id, {"Operator", std::nullopt, std::nullopt}, {});
+                     rate_cards::addScale(w.context, w.production.id, "2026 Basic", op, "70.00", dayOf(0), EmploymentSchedule::daily);
+                     kept.forgetPositions();
+                     CrewOnDTS::setJobForToday(w.context, w.rows[1], op.id);
+                     kept.forgetTimeSheet(w.workdayOf(1));
                  }},
         EditCase{"aNewDTSAndAnActivity",
                  [](KeptReviews& w, ExpectedPayrollReview& kept) {
