@@ -185,7 +185,11 @@ int importStubs(CommandSession& session, const PayStubCommandArguments& a) {
             const Instant at = now();
             for (auto& c : batch.candidates) {
                 if (statusOf(c, batch) != PayStubBatchStatus::ready) continue;
-                confirmed_pay_stubs::confirm(context, confirmedRecord(*c.review, at), false);
+                try {
+                    confirmed_pay_stubs::confirm(context, confirmedRecord(*c.review, at), false);
+                } catch (const ConfirmedPayStubError& error) {  // confirmed elsewhere while the files were read
+                    throw Refused{"alreadyConfirmed", c.filename + ": " + error.what() + " Nothing was confirmed."};
+                }
                 c.confirmed = true;
                 ++count;
             }
