@@ -35,10 +35,6 @@ PayStubBatchInput inputOf(const std::filesystem::path& path) {
     return {path.filename().string(), std::move(data), std::nullopt};
 }
 
-std::string periodText(CalendarDate start, CalendarDate end) {
-    return calendar_text::formatDate(start) + " to " + calendar_text::formatDate(end);
-}
-
 // "Most imported stubs use …" when more than half of the stubs read print one period that is not the week's.
 std::optional<std::string> periodMessage(const PayStubBatchSession& batch) {
     std::map<std::pair<CalendarDate, CalendarDate>, int> periods;
@@ -50,8 +46,8 @@ std::optional<std::string> periodMessage(const PayStubBatchSession& batch) {
     }
     for (const auto& [period, count] : periods) {
         if (2 * count > read && period != std::pair{batch.week.start, batch.week.end}) {
-            return "Most imported stubs use " + periodText(period.first, period.second) + ", but the selected Payroll Week is " +
-                   periodText(batch.week.start, batch.week.end) + ". Check the Production Payroll Week setting.";
+            return "Most imported stubs use " + calendar_text::formatPeriod(period.first, period.second) + ", but the selected Payroll Week is " +
+                   calendar_text::formatPeriod(batch.week.start, batch.week.end) + ". Check the Production Payroll Week setting.";
         }
     }
     return std::nullopt;
@@ -174,7 +170,7 @@ PayStubBatchStatus statusOf(const PayStubBatchCandidate& c, const PayStubBatchSe
     if (batch.existingCrewIDs.contains(*r.selectedCrewMemberID) && !r.isExistingAuthority) return S::existing;
     if (!periodMatchesWeek(r) && !r.weekMismatchAcknowledged) return S::wrongPeriod;
     if (r.crewReviewReason) return S::name;
-    if (hasReviewReasons(r) || !unresolvedItems(r).empty()) return S::earnings;
+    if (!valueReviewReasons(r).empty() || !unresolvedItems(r).empty()) return S::earnings;
     return S::ready;
 }
 
@@ -184,24 +180,9 @@ std::vector<std::string> reviewReasons(const PayStubBatchCandidate& c, const Pay
     if (!c.review) return {};
     const auto& r = *c.review;
     std::vector<std::string> reasons;
-    const auto add = [&](const std::optional<std::string>& reason, const std::string& field) {
-        if (reason && std::find(reasons.begin(), reasons.end(), field + ": " + *reason) == reasons.end()) reasons.push_back(field + ": " + *reason);
-    };
     if (r.crewReviewReason) reasons.push_back(*r.crewReviewReason);
     for (auto& problem : periodProblems(r)) reasons.push_back(std::move(problem));
-    add(r.printedEmployeeName.reviewReason, "Printed employee name");
-    add(r.printedOccupation.reviewReason, "Printed occupation");
-    add(r.payPeriodStart.reviewReason, "Pay period start");
-    add(r.payPeriodEnd.reviewReason, "Pay period end");
-    for (const auto& line : r.earningLines) {
-        const std::string name = "Earning line " + std::to_string(line.displayOrder + 1);
-        add(line.printedLabel.reviewReason, name);
-        add(line.hours.reviewReason, name + " hours");
-        add(line.rate.reviewReason, name + " rate");
-        add(line.amount.reviewReason, name + " amount");
-    }
-    add(r.totalHours.reviewReason, "Total hours");
-    add(r.gross.reviewReason, "Gross");
+    for (auto& reason : valueReviewReasons(r)) reasons.push_back(std::move(reason));
     return reasons;
 }
 

@@ -1,5 +1,6 @@
 #include "PayStubReview.hpp"
 
+#include <algorithm>
 #include <sstream>
 
 #include "App/actualpay/StubNumbers.hpp"
@@ -187,13 +188,27 @@ std::vector<std::string> periodProblems(const PayStubReviewSession& s) {
     return problems;
 }
 
-bool hasReviewReasons(const PayStubReviewSession& s) {
-    bool any = s.printedEmployeeName.reviewReason || s.payPeriodStart.reviewReason || s.payPeriodEnd.reviewReason ||
-               s.printedOccupation.reviewReason || s.totalHours.reviewReason || s.gross.reviewReason;
-    for (const auto& line : s.earningLines) {
-        any = any || line.printedLabel.reviewReason || line.hours.reviewReason || line.rate.reviewReason || line.amount.reviewReason;
+std::vector<std::string> valueReviewReasons(const PayStubReviewSession& r) {
+    std::vector<std::string> reasons;
+    const auto add = [&](const std::optional<std::string>& reason, const std::string& field) {
+        if (!reason) return;
+        auto line = field + ": " + *reason;
+        if (std::find(reasons.begin(), reasons.end(), line) == reasons.end()) reasons.push_back(std::move(line));
+    };
+    add(r.printedEmployeeName.reviewReason, "Printed employee name");
+    add(r.printedOccupation.reviewReason, "Printed occupation");
+    add(r.payPeriodStart.reviewReason, "Pay period start");
+    add(r.payPeriodEnd.reviewReason, "Pay period end");
+    for (const auto& line : r.earningLines) {
+        const std::string name = lineName(line);
+        add(line.printedLabel.reviewReason, name);
+        add(line.hours.reviewReason, name + " hours");
+        add(line.rate.reviewReason, name + " rate");
+        add(line.amount.reviewReason, name + " amount");
     }
-    return any;
+    add(r.totalHours.reviewReason, "Total hours");
+    add(r.gross.reviewReason, "Gross");
+    return reasons;
 }
 
 std::vector<std::string> unresolvedItems(const PayStubReviewSession& s) {

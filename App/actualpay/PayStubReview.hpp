@@ -122,8 +122,9 @@ void correct(PayStubReviewedDecimal& field, std::string value);
 // a period other than the week's.
 std::vector<std::string> periodProblems(const PayStubReviewSession& session);
 bool periodMatchesWeek(const PayStubReviewSession& session);
-// Whether any value still carries a review reason from the reading.
-bool hasReviewReasons(const PayStubReviewSession& session);
+// Every value that still carries a review reason from the reading, as "Field: reason", in the order a
+// person reads the stub; none when nothing needs a look.
+std::vector<std::string> valueReviewReasons(const PayStubReviewSession& session);
 // Everything that stops confirmation, each as "Field: sentence" (or the sentence alone).
 std::vector<std::string> unresolvedItems(const PayStubReviewSession& session);
 

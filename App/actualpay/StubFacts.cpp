@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "App/model/EntryText.hpp"
 #include "App/actualpay/StubEarnings.hpp"
 #include "App/actualpay/StubFields.hpp"
 #include "App/actualpay/StubText.hpp"
@@ -12,10 +13,8 @@
 namespace tessel {
 namespace {
 
-std::string inQuotes(std::string_view key) { return "\u201C" + std::string(key) + "\u201D"; }
-
 PayStubReferenceFactsError wrong(std::string_view key, std::string_view what) {
-    return PayStubReferenceFactsError(inQuotes(key) + " in the facts file must be " + std::string(what) + ".");
+    return PayStubReferenceFactsError(entry_text::quoted(key) + " in the facts file must be " + std::string(what) + ".");
 }
 
 std::optional<std::string> textAt(const Json& facts, const char* key) {
@@ -45,7 +44,7 @@ std::optional<std::string> numberText(const Json& value, std::string_view key) {
     } else {
         throw wrong(key, "a number, or a number written as text");
     }
-    if (!interpretStubNumber(text).resolved()) throw wrong(key, "a number, not " + inQuotes(text));
+    if (!interpretStubNumber(text).resolved()) throw wrong(key, "a number, not " + entry_text::quoted(text));
     return text;
 }
 

@@ -407,8 +407,10 @@ struct ExpectedPayrollReview::Session {
             rateFacts.individual = ownRate(*engagementID, date);
             if (const auto position = engagementPositions.find(*engagementID); position != engagementPositions.end()) {
                 rateFacts.engagementPosition = positionOn(position->second.first, position->second.second, date);
-                for (const auto& [from, follows] : followsScale[*engagementID]) {
-                    if (from <= date) rateFacts.followsPositionScale = follows;
+                if (const auto dated = followsScale.find(*engagementID); dated != followsScale.end()) {
+                    for (const auto& [from, follows] : dated->second) {
+                        if (from <= date) rateFacts.followsPositionScale = follows;
+                    }
                 }
             }
         }

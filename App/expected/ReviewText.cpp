@@ -32,11 +32,6 @@ std::string amount(const std::optional<Money>& money) { return money ? amount(*m
 std::string multiplier(const RateMultiplier& m) { return "x" + m.value().toString(); }
 std::string counted(std::size_t count, const char* one, const char* many) { return std::to_string(count) + " " + (count == 1 ? one : many); }
 
-std::size_t characters(const std::string& text) {
-    std::size_t length = 0;
-    for (unsigned char c : text) length += (c & 0xC0) != 0x80;
-    return length;
-}
 
 std::string rightAligned(const std::string& text, std::size_t width) {
     const std::size_t length = characters(text);
@@ -542,6 +537,12 @@ void writeIssues(std::ostringstream& text, const std::vector<PayrollReviewIssue>
 }
 
 }  // namespace
+
+std::size_t characters(const std::string& text) {
+    std::size_t length = 0;
+    for (unsigned char c : text) length += (c & 0xC0) != 0x80;
+    return length;
+}
 
 std::string padded(std::string text, std::size_t width) {
     const std::size_t length = characters(text);

@@ -20,6 +20,8 @@ struct Style {
 std::string weekly(const WeeklyCrewPayrollReview& review, const Style& style);
 // The text followed by spaces to `width` characters (not bytes), so that names with accents line up.
 std::string padded(std::string text, std::size_t width);
+// The characters (not bytes) of UTF-8 text: the width padding counts.
+std::size_t characters(const std::string& text);
 
 // One day on its own (no week around it, so its meal penalties are counted but not priced).
 std::string daily(const DailyPayrollReview& review, const Style& style);

@@ -82,4 +82,8 @@ std::string formatInstant(Instant instant) {
     return buffer;
 }
 
+std::string formatPeriod(CalendarDate from, std::optional<CalendarDate> through) {
+    return formatDate(from) + " to " + (through ? formatDate(*through) : std::string("open"));
+}
+
 }  // namespace tessel::calendar_text

@@ -17,5 +17,7 @@ std::string formatInstant(Instant instant);
 // "2026-11-02", a valid Gregorian date.
 std::optional<CalendarDate> parseDate(std::string_view text);
 std::string formatDate(CalendarDate date);
+// "2026-11-02 to 2026-11-08"; a period without an end is "2026-11-02 to open".
+std::string formatPeriod(CalendarDate from, std::optional<CalendarDate> through);
 
 }  // namespace tessel::calendar_text

@@ -41,4 +41,6 @@ std::optional<Decimal> decimal(std::string_view text) noexcept {
     return value;
 }
 
+std::string quoted(std::string_view text) { return "\u201C" + std::string(text) + "\u201D"; }
+
 }  // namespace tessel::entry_text

@@ -18,6 +18,8 @@ std::string_view trimmed(std::string_view text) noexcept;
 bool isBlank(std::string_view text) noexcept;
 // A decimal typed by a person (" 12.5 " reads as 12.5); nothing when it is not one.
 std::optional<Decimal> decimal(std::string_view text) noexcept;
+// A name or value as the program's sentences quote it: “Key Grip”.
+std::string quoted(std::string_view text);
 
 }  // namespace entry_text
 }  // namespace tessel

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 
+#include "App/model/EntryText.hpp"
 #include "App/model/JSONFields.hpp"
 #include "App/model/ProductionRepository.hpp"
 
@@ -10,8 +11,6 @@ namespace tessel::positions {
 namespace {
 
 using namespace columns;
-
-std::string inQuotes(const std::string& text) { return "\u201C" + text + "\u201D"; }
 
 const char* tableOf(PositionScope scope) { return scope == PositionScope::saved ? "PositionPreset" : "ProductionPosition"; }
 
@@ -111,7 +110,7 @@ PositionRecord edited(ModelContext& context, PositionRecord p, const PositionEdi
         const auto name = *edit.positionName;
         if (name.find_first_not_of(" \t") == std::string::npos) throw ModelValidationError("Enter a Position name.");
         for (const auto& other : list(context, p.scope, p.productionID)) {
-            if (other.id != p.id && other.positionName == name) throw ModelValidationError("A Position named " + inQuotes(name) + " already exists.");
+            if (other.id != p.id && other.positionName == name) throw ModelValidationError("A Position named " + entry_text::quoted(name) + " already exists.");
         }
         p.positionName = name;
     }
@@ -120,7 +119,7 @@ PositionRecord edited(ModelContext& context, PositionRecord p, const PositionEdi
         if (p.occupationCode && p.scope == PositionScope::saved) {
             for (const auto& other : list(context, PositionScope::saved, std::nullopt)) {
                 if (other.id != p.id && other.occupationCode == p.occupationCode) {
-                    throw ModelValidationError("Occupation code " + *p.occupationCode + " is already used by Saved Position " + inQuotes(other.positionName) + ".");
+                    throw ModelValidationError("Occupation code " + *p.occupationCode + " is already used by Saved Position " + entry_text::quoted(other.positionName) + ".");
                 }
             }
         }
@@ -183,9 +182,9 @@ PositionRecord named(ModelContext& context, PositionScope scope, const std::opti
     }
     if (found.empty()) {
         throw ModelValidationError(std::string(scope == PositionScope::saved ? "There is no Saved Position named " : "This Production has no Position named ") +
-                                   inQuotes(name) + ".");
+                                   entry_text::quoted(name) + ".");
     }
-    if (found.size() > 1) throw ModelValidationError("More than one Position is named " + inQuotes(name) + "; rename one to tell them apart.");
+    if (found.size() > 1) throw ModelValidationError("More than one Position is named " + entry_text::quoted(name) + "; rename one to tell them apart.");
     return std::move(found.front());
 }
 

@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include "App/model/EntryText.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/JSONFields.hpp"
 #include "App/model/ProductionRepository.hpp"
@@ -12,8 +13,6 @@ namespace tessel {
 namespace {
 
 using namespace columns;
-
-std::string inQuotes(const std::string& text) { return "\u201C" + text + "\u201D"; }
 
 ProductionRateCard readCard(SQLite::Statement& row) {
     return {uuid(row.getColumn(0)),         uuid(row.getColumn(1)),         text(row.getColumn(2)),
@@ -103,7 +102,7 @@ ProductionRateCard create(ModelContext& context, const Uuid& productionID, const
     if (through && *through < from) throw ModelValidationError("A Rate Card cannot end before it starts.");
     for (const auto& card : cards(context, productionID)) {
         if (card.label == label && card.effectiveStart == from) {
-            throw ModelValidationError("A Rate Card " + inQuotes(label) + " already starts on " + calendar_text::formatDate(from) + ".");
+            throw ModelValidationError("A Rate Card " + entry_text::quoted(label) + " already starts on " + calendar_text::formatDate(from) + ".");
         }
     }
     // A later period of a card ends the earlier one still open on that date: the new rates replace them.
@@ -235,14 +234,14 @@ PositionTermsResult resolveTerms(ModelContext& context, const Uuid& cardID, cons
         const Json parsed = Json::parse(terms.front().second.empty() ? "{}" : terms.front().second, nullptr, false);
         if (!parsed.is_object()) {
             result.kind = R::Kind::invalid;
-            result.message = "The contract setup of " + position.positionName + " on Rate Card " + inQuotes(card->label) + " cannot be read.";
+            result.message = "The contract setup of " + position.positionName + " on Rate Card " + entry_text::quoted(card->label) + " cannot be read.";
             return result;
         }
         return {R::Kind::resolved, R::Provenance::explicitTerms, terms.front().second, terms.front().first, cardID, {}, {}};
     }
     if (card->requiresExplicitPositionTerms) {
         result.kind = R::Kind::missing;
-        result.message = "This Position has no contract setup on Rate Card " + inQuotes(card->label) + ".";
+        result.message = "This Position has no contract setup on Rate Card " + entry_text::quoted(card->label) + ".";
         return result;
     }
     result.kind = R::Kind::resolved;
@@ -296,8 +295,8 @@ SavedRateCard savedNamed(ModelContext& context, const std::string& label) {
     for (auto& card : savedCards(context)) {
         if (card.displayName == label) found.push_back(std::move(card));
     }
-    if (found.empty()) throw ModelValidationError("There is no saved Rate Card named " + inQuotes(label) + ".");
-    if (found.size() > 1) throw ModelValidationError("More than one saved Rate Card is named " + inQuotes(label) + "; rename one to tell them apart.");
+    if (found.empty()) throw ModelValidationError("There is no saved Rate Card named " + entry_text::quoted(label) + ".");
+    if (found.size() > 1) throw ModelValidationError("More than one saved Rate Card is named " + entry_text::quoted(label) + "; rename one to tell them apart.");
     return std::move(found.front());
 }
 
@@ -306,7 +305,7 @@ SavedRateCard createSaved(ModelContext& context, const std::string& label, Calen
     if (through && *through < from) throw ModelValidationError("A Rate Card cannot end before it starts.");
     const auto existing = savedCards(context);
     if (std::any_of(existing.begin(), existing.end(), [&](const auto& c) { return c.displayName == label; })) {
-        throw ModelValidationError("A saved Rate Card named " + inQuotes(label) + " already exists.");
+        throw ModelValidationError("A saved Rate Card named " + entry_text::quoted(label) + " already exists.");
     }
     SavedRateCard card{Uuid::generate(), label, from, through, std::nullopt, {}};
     auto& statement = context.prepare(
@@ -390,7 +389,7 @@ ProductionRateCard apply(ModelContext& context, const Uuid& productionID, const 
     ProductionRateCard card{Uuid::generate(), productionID, saved.displayName, saved.effectiveStart, saved.effectiveEnd, saved.sourceNotes, true};
     for (const auto& existing : cards(context, productionID)) {
         if (existing.label == card.label && existing.effectiveStart == card.effectiveStart) {
-            throw ModelValidationError("A Rate Card " + inQuotes(card.label) + " already starts on " + calendar_text::formatDate(card.effectiveStart) + ".");
+            throw ModelValidationError("A Rate Card " + entry_text::quoted(card.label) + " already starts on " + calendar_text::formatDate(card.effectiveStart) + ".");
         }
     }
     insertCard(context, card);

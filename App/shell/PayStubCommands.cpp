@@ -32,10 +32,6 @@ PayStubTextSource embeddedSourceOf(const std::string& text) {
     throw Refused{"invalidChoice", "Give --embedded downloaded or ocr-layer."};
 }
 
-std::string periodText(CalendarDate start, CalendarDate end) {
-    return calendar_text::formatDate(start) + " to " + calendar_text::formatDate(end);
-}
-
 PayStubWeek stubWeek(ModelContext& context, const Production& production, const std::string& dateText) {
     const auto week = weekHolding(context, production.id, dateArgument(dateText));
     if (!week) throw Refused{"weekNotFound", "There is no Payroll Week with a DTS or activity on " + dateText + "."};
@@ -136,7 +132,7 @@ Json candidateJSON(const PayStubBatchCandidate& c, const PayStubBatchSession& ba
 
 std::string batchText(const PayStubBatchSession& batch) {
     std::ostringstream out;
-    out << "Pay stubs for the Payroll Week " << periodText(batch.week.start, batch.week.end) << " ("
+    out << "Pay stubs for the Payroll Week " << calendar_text::formatPeriod(batch.week.start, batch.week.end) << " ("
         << counted(static_cast<std::int64_t>(batch.candidates.size()), "file", "files") << ")\n";
     const auto shownCrew = [&](const PayStubBatchCandidate& c) {
         const auto name = crewName(batch, c.review ? c.review->selectedCrewMemberID : std::nullopt);
@@ -146,8 +142,7 @@ std::string batchText(const PayStubBatchSession& batch) {
     for (const auto& c : batch.candidates) {
         fileWidth = std::max(fileWidth, c.filename.size());
         if (!c.review) continue;
-        const auto name = shownCrew(c);  // counted in characters, as the padding counts them
-        crewWidth = std::max(crewWidth, static_cast<std::size_t>(std::count_if(name.begin(), name.end(), [](unsigned char b) { return (b & 0xC0) != 0x80; })));
+        crewWidth = std::max(crewWidth, review_text::characters(shownCrew(c)));
     }
     for (const auto& c : batch.candidates) {
         const std::string status(label(statusOf(c, batch)));
@@ -280,7 +275,7 @@ std::string corrected(bool was) { return was ? " (corrected)" : ""; }
 std::string confirmationText(const PayStubReviewSession& r, const ConfirmedPayStubActualPay& record, const std::string& crew) {
     std::ostringstream out;
     out << (r.isExistingAuthority ? "Saved the confirmed pay stub \u201C" : "Confirmed \u201C") << record.sourceFilename << "\u201D as the Actual Pay of "
-        << crew << " for the Payroll Week " << periodText(record.payrollWeekStart, record.payrollWeekEnd) << ".\n";
+        << crew << " for the Payroll Week " << calendar_text::formatPeriod(record.payrollWeekStart, record.payrollWeekEnd) << ".\n";
     out << "  Printed name: " << record.printedEmployeeName << corrected(r.printedEmployeeName.wasUserCorrected) << "\n";
     if (!record.printedOccupation.empty()) out << "  Occupation: " << record.printedOccupation << corrected(r.printedOccupation.wasUserCorrected) << "\n";
     out << "  Printed period: " << printedPeriod(r) << corrected(r.payPeriodStart.wasUserCorrected || r.payPeriodEnd.wasUserCorrected)
@@ -389,7 +384,7 @@ int listStubs(CommandSession& session, const PayStubCommandArguments& a) {
         for (const auto& s : stubs) {
             const auto name = names.contains(s.crewMemberID) ? names.at(s.crewMemberID) : std::string("(missing crew member)");
             list.push_back(stubJSON(s, name));
-            text << periodText(s.payrollWeekStart, s.payrollWeekEnd) << "  " << review_text::padded(name, 24) << "  gross "
+            text << calendar_text::formatPeriod(s.payrollWeekStart, s.payrollWeekEnd) << "  " << review_text::padded(name, 24) << "  gross "
                  << review_text::padded(s.gross.toString(), 10) << "  " << counted(static_cast<std::int64_t>(s.lines.size()), "line", "lines") << "  "
                  << s.sourceFilename << "\n";
         }
@@ -414,11 +409,11 @@ int showStub(CommandSession& session, const PayStubCommandArguments& a) {
             throw Refused{"writeFailed", "The file \u201C" + a.pdf + "\u201D could not be written; it may already exist."};
         }
         std::ostringstream text;
-        text << a.crew << ", Payroll Week " << periodText(stub.payrollWeekStart, stub.payrollWeekEnd) << ": confirmed from \u201C" << stub.sourceFilename
+        text << a.crew << ", Payroll Week " << calendar_text::formatPeriod(stub.payrollWeekStart, stub.payrollWeekEnd) << ": confirmed from \u201C" << stub.sourceFilename
              << "\u201D\n  Printed name: " << stub.printedEmployeeName << "\n";
         if (!stub.printedOccupation.empty()) text << "  Occupation: " << stub.printedOccupation << "\n";
         if (stub.printedPayPeriodStart && stub.printedPayPeriodEnd) {
-            text << "  Printed period: " << periodText(*stub.printedPayPeriodStart, *stub.printedPayPeriodEnd) << "\n";
+            text << "  Printed period: " << calendar_text::formatPeriod(*stub.printedPayPeriodStart, *stub.printedPayPeriodEnd) << "\n";
         }
         for (const auto& line : stub.lines) {
             text << "  " << (line.displayOrder + 1) << ". " << line.printedLabel << (line.hours ? "  " + line.hours->toString() + " h" : "")
@@ -473,7 +468,7 @@ int removeStub(CommandSession& session, const PayStubCommandArguments& a) {
             throw Refused{"notConfirmed", error.what()};
         }
         session.answer(Json{{"removed", stub.id.text()}}, "Removed the confirmed pay stub of " + a.crew + " for the Payroll Week " +
-                                                              periodText(stub.payrollWeekStart, stub.payrollWeekEnd) + ".\n");
+                                                              calendar_text::formatPeriod(stub.payrollWeekStart, stub.payrollWeekEnd) + ".\n");
         return exitSuccess;
     });
 }

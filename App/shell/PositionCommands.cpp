@@ -154,20 +154,16 @@ EmploymentSchedule scheduleOf(const std::string& text) {
     throw Refused{"invalidChoice", "Give --schedule daily or weekly."};
 }
 
-std::string period(CalendarDate from, const std::optional<CalendarDate>& through) {
-    return calendar_text::formatDate(from) + " to " + (through ? calendar_text::formatDate(*through) : std::string("open"));
-}
-
 int createCard(CommandSession& session, const PositionCommandArguments& a) {
     return scoped(session, a.saved, [&](ModelContext& context, const std::optional<Uuid>& productionID) {
         const auto from = dateArgument(a.from);
         const auto through = optionalDate(a.through);
         if (a.saved) {
             const auto card = rate_cards::createSaved(context, a.label, from, through, now());
-            session.answer(Json{{"id", card.id.text()}}, "Saved Rate Card \u201C" + a.label + "\u201D created, " + period(from, through) + ".\n");
+            session.answer(Json{{"id", card.id.text()}}, "Saved Rate Card \u201C" + a.label + "\u201D created, " + calendar_text::formatPeriod(from, through) + ".\n");
         } else {
             const auto card = rate_cards::create(context, *productionID, a.label, from, through);
-            session.answer(Json{{"id", card.id.text()}}, "Rate Card \u201C" + a.label + "\u201D created, " + period(from, through) + ".\n");
+            session.answer(Json{{"id", card.id.text()}}, "Rate Card \u201C" + a.label + "\u201D created, " + calendar_text::formatPeriod(from, through) + ".\n");
         }
         return exitSuccess;
     });
@@ -205,7 +201,7 @@ Json savedCardJSON(const SavedRateCard& card) {
 }
 
 std::string savedCardText(const SavedRateCard& card) {
-    std::string text = card.displayName + "  " + period(card.effectiveStart, card.effectiveEnd) + "\n";
+    std::string text = card.displayName + "  " + calendar_text::formatPeriod(card.effectiveStart, card.effectiveEnd) + "\n";
     bool anyScale = false;
     for (const auto& p : card.positions) {
         text += "  " + p.positionName + (p.occupationCode ? " (" + *p.occupationCode + ")" : "");
@@ -221,7 +217,7 @@ std::string savedCardText(const SavedRateCard& card) {
 // A production card with the scales it holds and the readiness of each position it prices.
 std::pair<Json, std::string> productionCard(ModelContext& context, const ProductionRateCard& card) {
     Json scales = Json::array();
-    std::string text = card.label + "  " + period(card.effectiveStart, card.effectiveEnd) + "\n";
+    std::string text = card.label + "  " + calendar_text::formatPeriod(card.effectiveStart, card.effectiveEnd) + "\n";
     for (const auto& s : rate_cards::scales(context, card.productionID)) {
         if (s.rateCardID != card.id) continue;
         const auto position = positions::find(context, PositionScope::production, card.productionID, s.positionID);
