@@ -123,6 +123,11 @@ DailyPayrollReview DailyReviewCalculator::calculate(const DailyReviewInputs& inp
         const bool weekend = following == Saturday || following == Sunday;
         review.turnaround->note = std::string(weekend ? turnaround_words::weekendNotCalculated : turnaround_words::noCallNextDay);
     }
+    review.scheduleTerms = inputs.scheduleTerms;
+    if (inputs.scheduleTermsProblem) {
+        review.issues.push_back(issue(PayrollReviewIssue::Kind::positionTerms, *inputs.scheduleTermsProblem,
+                                      PayrollReviewIssue::DestinationKind::workday, s.workdayID));
+    }
     if (rules.mealPenaltyProblem) {
         review.issues.push_back(issue(PayrollReviewIssue::Kind::calculationFailure, *rules.mealPenaltyProblem,
                                       PayrollReviewIssue::DestinationKind::workday, s.workdayID));
@@ -181,6 +186,7 @@ std::string_view toRawValue(PayrollReviewIssue::Kind kind) noexcept {
         case PayrollReviewIssue::Kind::dtsSource: return "dtsSource";
         case PayrollReviewIssue::Kind::calculationFailure: return "calculationFailure";
         case PayrollReviewIssue::Kind::missingRate: return "missingRate";
+        case PayrollReviewIssue::Kind::positionTerms: return "positionTerms";
     }
     return {};
 }

@@ -26,6 +26,8 @@ struct DailyReviewInputs {
     std::vector<ResolvedCompensationProvision> dailyProvisions{};  // fixed daily amounts in force for the day
     std::optional<ResolvedCompensationProvision> mileage{};         // an amount per mile
     std::optional<Decimal> miles{};
+    std::optional<std::string> scheduleTerms{};         // whose terms shaped `rules`' schedule, in words
+    std::optional<std::string> scheduleTermsProblem{};  // why a position's terms could not be used
     // Equal inputs give an equal day: the calculation reads nothing else.
     bool operator==(const DailyReviewInputs&) const = default;
 };

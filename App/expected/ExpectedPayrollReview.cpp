@@ -9,6 +9,8 @@
 #include "App/dts/DailyTimeSheets.hpp"
 #include "App/expected/PaidCategories.hpp"
 #include "App/expected/RateResolution.hpp"
+#include "App/expected/ReviewText.hpp"
+#include "App/model/EntryText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/SatelliteRepository.hpp"
@@ -214,6 +216,19 @@ struct ExpectedPayrollReview::Session {
     std::vector<PositionScaleRate> scaleRates;
     std::unordered_map<Uuid, std::optional<Uuid>> rerateTargets;
     std::map<std::pair<const SandboxConfiguration*, std::optional<Uuid>>, std::optional<TurnaroundRule>> turnaroundSuggestions;
+    // The schedules positions shape: each position's terms and each person's changes, read when a day
+    // first needs them, and the rules a day is calculated with under them.
+    struct DayScheduleTerms {
+        std::optional<OrdinaryDayScheduleDraft> schedule{};
+        std::string key{};  // tells the shaped schedules apart
+        std::optional<std::string> words{}, problem{};
+    };
+    std::optional<std::unordered_map<Uuid, PositionRecord>> productionPositions;
+    std::vector<rate_cards::CardPositionTerms> cardTerms;
+    std::unordered_map<Uuid, std::string> personalOverrides;  // by engagement, as stored
+    bool anyScheduleTerms = false;
+    std::map<std::string, DayScheduleTerms> scheduleTermsByKey;
+    std::map<std::tuple<Uuid, RulesLocality, DayKind, std::optional<MealWorkLocation>, std::string>, SandboxConfiguration> shapedSandboxes;
     // Once the review recalculates after edits of time sheets, each row's last inputs and day: a row
     // whose inputs did not change keeps its day rather than being calculated again.
     bool recalculating = false;
@@ -318,6 +333,11 @@ struct ExpectedPayrollReview::Session {
         rateCards.reset();
         scaleRates.clear();
         rerateTargets.clear();
+        productionPositions.reset();
+        cardTerms.clear();
+        personalOverrides.clear();
+        scheduleTermsByKey.clear();
+        shapedSandboxes.clear();
         const std::string ofProductionEngagements = " s JOIN ProductionEngagement e ON s.engagementID = e.id WHERE e.productionID = ?1";
         forEachRow(context, "SELECT s.engagementID, s.sourcePresetID, s.payrollPositionName FROM EngagementPositionConfiguration" + ofProductionEngagements +
                                 " AND s.sourcePresetID IS NOT NULL",
@@ -329,6 +349,86 @@ struct ExpectedPayrollReview::Session {
                    production.id, [&](SQLite::Statement& row) {
                        followsScale[columns::uuid(row.getColumn(0))].emplace_back(columns::date(row.getColumn(1)), row.getColumn(2).getInt() != 0);
                    });
+        forEachRow(context, "SELECT s.engagementID, s.defaultsData FROM EngagementPositionOverrideConfiguration" + ofProductionEngagements, production.id,
+                   [&](SQLite::Statement& row) { personalOverrides.emplace(columns::uuid(row.getColumn(0)), columns::blob(row.getColumn(1))); });
+    }
+
+    // The production's positions and their card terms; whether any of them (or any person) shapes a schedule.
+    void readPositionTerms() {
+        if (productionPositions) return;
+        productionPositions.emplace();
+        for (auto& position : positions::list(context, PositionScope::production, production.id)) {
+            anyScheduleTerms = anyScheduleTerms || position.dailyDefaults.changesSchedule();
+            productionPositions->emplace(position.id, std::move(position));
+        }
+        cardTerms = rate_cards::terms(context, production.id);
+        for (const auto& terms : cardTerms) anyScheduleTerms = anyScheduleTerms || terms.dailyDefaultsData.find("chedule") != std::string::npos;
+        anyScheduleTerms = anyScheduleTerms || !personalOverrides.empty();
+    }
+
+    // The card whose terms govern a position on a date: the one pricing it then, else one in force with
+    // terms for it, else none.
+    const ProductionRateCard* governingCard(const Uuid& positionID, CalendarDate date) {
+        if (const auto scale = scaleOn(positionID, date)) {
+            for (const auto& card : *rateCards) {
+                if (card.id == scale->rateCardID) return &card;
+            }
+        }
+        for (const auto& card : *rateCards) {
+            if (!card.covers(date)) continue;
+            for (const auto& terms : cardTerms) {
+                if (terms.cardID == card.id && terms.positionID == positionID) return &card;
+            }
+        }
+        return nullptr;
+    }
+
+    // How the day's position (and, in the position they are engaged in, the person) shapes the ordinary
+    // schedule: its own schedule in place of the production's, then its changes and the person's.
+    const DayScheduleTerms& scheduleTerms(const Uuid& positionID, const std::optional<Uuid>& personal, CalendarDate date, const Uuid& revisionID,
+                                          RulesLocality locality) {
+        static const DayScheduleTerms none;
+        const auto position = productionPositions->find(positionID);
+        if (position == productionPositions->end()) return none;
+        scaleOn(positionID, date);  // reads the cards
+        const ProductionRateCard* card = governingCard(positionID, date);
+        const auto personalData = personal ? personalOverrides.find(*personal) : personalOverrides.end();
+        std::string key = positionID.text() + (card ? card->id.text() : "-") + revisionID.text() + std::string(toRawValue(locality));
+        if (personalData != personalOverrides.end()) key += personalData->first.text();
+        return cached(scheduleTermsByKey, key, [&] {
+            DayScheduleTerms shaped;
+            shaped.key = key;
+            const auto terms = rate_cards::resolveTerms(card, cardTerms, position->second);
+            const std::string& name = position->second.positionName;
+            try {
+                // Terms missing, unreadable or in conflict leave the production's rules in force; the
+                // position's readiness says why.
+                if (terms.kind != PositionTermsResult::Kind::resolved) return shaped;
+                const auto defaults = position_defaults::read(terms.defaultsData);
+                auto changes = defaults.scheduleOverrides.value_or(PositionScheduleOverrides{});
+                std::string whose = terms.provenance == PositionTermsResult::Provenance::explicitTerms
+                                        ? name + "’s contract setup on Rate Card " + entry_text::quoted(card->label)
+                                        : name + "’s own defaults";
+                if (personalData != personalOverrides.end()) {
+                    const auto own = position_defaults::readOverrides(personalData->second);
+                    if (!own.empty()) whose += (defaults.changesSchedule() ? " with this person’s changes" : "");
+                    if (!own.empty() && !defaults.changesSchedule()) whose = "This person’s changes to " + name;
+                    changes = position_defaults::merged(changes, own);
+                }
+                if (!defaults.ordinaryDaySchedule && changes.empty()) return shaped;
+                const auto& base = defaults.ordinaryDaySchedule ? *defaults.ordinaryDaySchedule
+                                                                : configuration(revisionID)->payrollRules.schedule(locality, DayKind::ordinary);
+                shaped.schedule = position_defaults::adjusted(base, changes);
+                shaped.words = whose + ": " + (defaults.ordinaryDaySchedule ? "its own ordinary-day schedule" : "") +
+                               (defaults.ordinaryDaySchedule && !changes.empty() ? "; " : "") +
+                               (changes.empty() ? "" : review_text::scheduleChangesLine(changes));
+            } catch (const ProductionRulesetValidationError& error) {
+                shaped = {std::nullopt, key, std::nullopt, name + ": " + error.what() + " The production’s rules pay the day."};
+            } catch (const MalformedInputError& error) {
+                shaped = {std::nullopt, key, std::nullopt, name + ": " + error.what() + " The production’s rules pay the day."};
+            }
+            return shaped;
+        });
     }
 
     static Production load(ModelContext& context, const Uuid& productionID) {
@@ -521,8 +621,32 @@ struct ExpectedPayrollReview::Session {
                                                     location == facts.locations.end() ? std::nullopt : std::optional(location->second));
 
         auto resolution = rate(entry.engagementID, workday.calendarDate, &entry, &facts);
-        DailyReviewInputs inputs{source, &rules, std::move(resolution.rate), std::move(resolution.warning)};
-        inputs.classification = classificationOf(entry, facts);
+        const auto classification = classificationOf(entry, facts);
+        const SandboxConfiguration* dayRules = &rules;
+        std::optional<std::string> scheduleWords, scheduleProblem;
+        if (classification && rules.scheduleDayKind == DayKind::ordinary) {
+            readPositionTerms();
+            if (anyScheduleTerms) {
+                // A person's own changes go with the position they are engaged in, not a Job for Today.
+                const auto engaged = entry.engagementID ? engagementPositions.find(*entry.engagementID) : engagementPositions.end();
+                const bool inOwnPosition = engaged != engagementPositions.end() && engaged->second.first == classification->positionID;
+                const auto& shaped = scheduleTerms(classification->positionID, inOwnPosition ? entry.engagementID : std::nullopt,
+                                                   workday.calendarDate, *revisionID, locality);
+                scheduleWords = shaped.words;
+                scheduleProblem = shaped.problem;
+                if (shaped.schedule) {
+                    const auto day = dayKindOf(sequence);
+                    const auto where = location == facts.locations.end() ? std::nullopt : std::optional(location->second);
+                    dayRules = &cached(shapedSandboxes, std::tuple(*revisionID, locality, day, where, shaped.key), [&] {
+                        return ProductionRulesets::sandboxFor(*configuration(revisionID), *revisionID, locality, day, where, &*shaped.schedule);
+                    });
+                }
+            }
+        }
+        DailyReviewInputs inputs{source, dayRules, std::move(resolution.rate), std::move(resolution.warning)};
+        inputs.classification = classification;
+        inputs.scheduleTerms = scheduleWords;
+        inputs.scheduleTermsProblem = scheduleProblem;
         inputs.sequence = sequence;
         if (engagement) {
             inputs.personalDailyGuaranteeSeconds = personalGuarantee(engagement->id, workday.calendarDate);
@@ -547,7 +671,7 @@ struct ExpectedPayrollReview::Session {
         } else if (departmentMiles != facts.departmentMiles.end()) {
             inputs.miles = departmentMiles->second;
         }
-        inputs.turnaroundRule = turnaroundRule(engagement, rules);
+        inputs.turnaroundRule = turnaroundRule(engagement, *dayRules);
         if (entry.crewMemberID) std::tie(inputs.nextWorkdayID, inputs.nextWorkdayDate, inputs.nextCall) = nextCall(*entry.crewMemberID, workday.calendarDate);
         return calculated(entry.id, std::move(inputs));
     }

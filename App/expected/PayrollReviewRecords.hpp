@@ -125,7 +125,7 @@ std::string_view toRawValue(ResolvedRate::Source source) noexcept;
 std::string_view toRawValue(ResolvedRate::Warning::Kind kind) noexcept;
 
 struct PayrollReviewIssue {
-    enum class Kind { dtsSource, calculationFailure, missingRate };
+    enum class Kind { dtsSource, calculationFailure, missingRate, positionTerms };
     enum class DestinationKind { workday, crewMember };
     Kind kind = Kind::dtsSource;
     std::string message{};
@@ -208,6 +208,9 @@ struct DailyPayrollReview {
     RulesLocality rulesLocality = RulesLocality::local;
     std::string dayKind = "ordinary";
     std::string scheduleDayKind = "ordinary";  // the schedule that paid the day: the day kind's own, or the ordinary one
+    // When the position's contract setup (or the person's own changes) shaped the day's schedule: whose,
+    // in words, and the changes ("Gaffer's contract setup on Rate Card “2026 Basic”: minimum call 10.0 h").
+    std::optional<std::string> scheduleTerms{};
     std::vector<PayrollReviewIssue> issues{};
 };
 

@@ -191,6 +191,7 @@ Json toJSON(const DailyPayrollReview& r) {
     }
     json["dayKind"] = r.dayKind;
     json["scheduleDayKind"] = r.scheduleDayKind;
+    if (r.scheduleTerms) json["scheduleTerms"] = *r.scheduleTerms;
     json["rulesLocality"] = toRawValue(r.rulesLocality);
     json["source"] = sourceJSON(r.source);
     Json status{{"case", toRawValue(r.status.kind)}};

@@ -372,6 +372,7 @@ void writeDay(std::ostringstream& text, const DailyPayrollReview& d, const Weekl
     }
     if (d.durations) text << "; worked " << hours(d.durations->worked) << " of " << hours(d.durations->elapsed);
     text << "\n";
+    if (d.scheduleTerms) text << "      Schedule: " << *d.scheduleTerms << "\n";
     if (d.status.kind == DailyPayrollStatus::Case::incomplete) {
         text << "      Not calculated: " << description(*d.status.reason) << "\n";
         return;
@@ -581,6 +582,33 @@ std::string daily(const DailyPayrollReview& review, const Style& style) {
     std::ostringstream text;
     writeDay(text, review, nullptr, style);
     return text.str();
+}
+
+std::vector<std::string> scheduleChanges(const PositionScheduleOverrides& overrides) {
+    std::vector<std::string> changes;
+    const auto band = [&](const PositionProvision& provision, std::string_view name) {
+        if (provision.mode == PositionProvisionMode::none) changes.push_back("no " + std::string(name));
+        if (provision.mode != PositionProvisionMode::custom) return;
+        std::string line = std::string(name) + " after " + formatDuration(provision.seconds.value_or(0)) + " h";
+        if (provision.multiplier) line += " x" + provision.multiplier->toString();
+        if (provision.basis) line += " (" + std::string(toRawValue(*provision.basis)) + ")";
+        changes.push_back(line);
+    };
+    if (overrides.minimumCall.mode == PositionProvisionMode::none) changes.emplace_back("no minimum call");
+    if (overrides.minimumCall.mode == PositionProvisionMode::custom) {
+        changes.push_back("minimum call " + formatDuration(overrides.minimumCall.seconds.value_or(0)) + " h");
+    }
+    band(overrides.overtime, "overtime");
+    band(overrides.doubleTime, "double time");
+    return changes;
+}
+
+std::string scheduleChangesLine(const PositionScheduleOverrides& overrides) {
+    const auto changes = scheduleChanges(overrides);
+    if (changes.empty()) return "as the production's rules";
+    std::string line;
+    for (const auto& change : changes) line += (line.empty() ? "" : "; ") + change;
+    return line;
 }
 
 }  // namespace tessel::review_text

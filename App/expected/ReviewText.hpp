@@ -4,6 +4,7 @@
 
 #include "App/expected/CategoryLabels.hpp"
 #include "App/expected/PayrollReviewRecords.hpp"
+#include "App/rules/PositionDefaults.hpp"
 
 // The reviews as text a payroll accountant can check by hand: every figure with the input and the rule
 // it came from (the rate and its source, hours x rate x multiplier, the guarantee that paid guaranteed
@@ -29,5 +30,11 @@ std::string daily(const DailyPayrollReview& review, const Style& style);
 // The day's rate with its source and warning, as the review words it ("Scale, Rate Card 2026 Basic:
 // 52.20/hr", "No applicable pay rate").
 std::string rate(const DailyPayrollReview& review, const Style& style);
+
+// A position's (or a person's) changes of the day's schedule, one per provision that is not inherited:
+// "minimum call 10.0 h", "overtime after 8.0 h x1.5 (elapsed)", "no double time".
+std::vector<std::string> scheduleChanges(const PositionScheduleOverrides& overrides);
+// The same joined with "; ", or "as the production's rules" when nothing changes.
+std::string scheduleChangesLine(const PositionScheduleOverrides& overrides);
 
 }  // namespace tessel::review_text

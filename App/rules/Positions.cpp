@@ -6,6 +6,7 @@
 #include "App/model/EntryText.hpp"
 #include "App/model/JSONFields.hpp"
 #include "App/model/ProductionRepository.hpp"
+#include "App/rules/ProductionRulesets.hpp"
 
 namespace tessel::positions {
 namespace {
@@ -14,26 +15,13 @@ using namespace columns;
 
 const char* tableOf(PositionScope scope) { return scope == PositionScope::saved ? "PositionPreset" : "ProductionPosition"; }
 
+// Stored defaults as far as they can be read: the terms resolver is where unreadable ones are reported.
 PositionPayrollDefaults defaultsFrom(const std::string& data) {
-    PositionPayrollDefaults defaults;
-    const Json json = Json::parse(data, nullptr, false);
-    if (!json.is_object()) return defaults;
-    if (json.contains("hourlyAmount") && json["hourlyAmount"].is_string()) defaults.hourlyAmount = Decimal::parse(json["hourlyAmount"].get<std::string>());
-    if (json.contains("currencyCode") && json["currencyCode"].is_string()) defaults.currencyCode = json["currencyCode"];
-    return defaults;
-}
-
-// The stored defaults with the hourly amount changed, every other key kept.
-std::string withHourlyAmount(const std::string& data, const std::optional<Decimal>& amount, const std::string& currencyCode) {
-    Json json = Json::parse(data.empty() ? "{}" : data, nullptr, false);
-    if (!json.is_object()) json = Json::object();
-    if (amount) {
-        json["hourlyAmount"] = amount->toString();
-    } else {
-        json.erase("hourlyAmount");
+    try {
+        return position_defaults::read(data);
+    } catch (const MalformedInputError&) {
+        return {};
     }
-    json["currencyCode"] = currencyCode;
-    return json.dump();
 }
 
 PositionRecord readSaved(SQLite::Statement& row) {
@@ -61,6 +49,7 @@ PositionRecord readProduction(SQLite::Statement& row) {
     p.sourcePackagePositionID = optionalUuid(row.getColumn(9));
     p.isActive = boolean(row.getColumn(10));
     p.reviewedFingerprint = optionalText(row.getColumn(11));
+    p.legacyDefaultsAllowed = boolean(row.getColumn(12));
     p.dailyDefaults = defaultsFrom(p.dailyDefaultsData);
     return p;
 }
@@ -68,7 +57,7 @@ PositionRecord readProduction(SQLite::Statement& row) {
 constexpr const char* savedColumns = "id, positionName, occupationCode, dailyDefaultsData, weeklyDefaultsData, displayOrder, modifiedAt";
 constexpr const char* productionColumns =
     "id, productionID, positionName, occupationCode, dailyDefaultsData, weeklyDefaultsData, displayOrder, modifiedAt, sourceRatePackageID, "
-    "sourcePackagePositionID, isActive, reviewedFingerprint";
+    "sourcePackagePositionID, isActive, reviewedFingerprint, legacyDefaultsAllowed";
 
 void write(ModelContext& context, const PositionRecord& p, bool insert) {
     if (p.scope == PositionScope::saved) {
@@ -87,11 +76,11 @@ void write(ModelContext& context, const PositionRecord& p, bool insert) {
     }
     auto& statement = context.prepare(
         insert ? "INSERT INTO ProductionPosition (id, productionID, positionName, occupationCode, dailyDefaultsData, weeklyDefaultsData, displayOrder, "
-                 "modifiedAt, sourceRatePackageID, sourcePackagePositionID, isActive, reviewedFingerprint) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, "
-                 "?10, ?11, ?12)"
+                 "modifiedAt, sourceRatePackageID, sourcePackagePositionID, isActive, reviewedFingerprint, legacyDefaultsAllowed) VALUES (?1, ?2, ?3, "
+                 "?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?12, ?13)"
                : "UPDATE ProductionPosition SET productionID = ?2, positionName = ?3, occupationCode = ?4, dailyDefaultsData = ?5, weeklyDefaultsData "
                  "= ?6, displayOrder = ?7, modifiedAt = ?8, sourceRatePackageID = ?9, sourcePackagePositionID = ?10, isActive = ?11, "
-                 "reviewedFingerprint = ?12 WHERE id = ?1");
+                 "reviewedFingerprint = ?12, legacyDefaultsAllowed = ?13 WHERE id = ?1");
     bindAll(statement, p.id, *p.productionID, p.positionName, p.occupationCode);
     bindBlob(statement, 5, p.dailyDefaultsData);
     bindBlob(statement, 6, p.weeklyDefaultsData);
@@ -101,11 +90,33 @@ void write(ModelContext& context, const PositionRecord& p, bool insert) {
     bind(statement, 10, p.sourcePackagePositionID);
     bind(statement, 11, p.isActive);
     bind(statement, 12, p.reviewedFingerprint);
+    bind(statement, 13, p.legacyDefaultsAllowed);
     statement.exec();
 }
 
 // The edit applied to a position, checked whole before anything is written.
-PositionRecord edited(ModelContext& context, PositionRecord p, const PositionEdit& edit) {
+}  // namespace
+
+void checkScheduleChanges(ModelContext& context, const PositionRecord& p, const PositionScheduleOverrides& overrides, CalendarDate today) {
+    std::vector<OrdinaryDayScheduleDraft> schedules;
+    if (p.dailyDefaults.ordinaryDaySchedule) {
+        schedules.push_back(*p.dailyDefaults.ordinaryDaySchedule);
+    } else if (const auto revision = p.productionID ? ProductionRulesets::currentRevision(context, *p.productionID, today) : std::nullopt) {
+        const auto draft = ProductionRulesets::readDraft(context, *revision);
+        schedules = {draft.localSchedule, draft.distantSchedule};
+    } else {
+        schedules.push_back(ProductionRulesets::exampleSchedule(RulesLocality::local));
+    }
+    try {
+        for (const auto& schedule : schedules) position_defaults::adjusted(schedule, overrides);
+    } catch (const ProductionRulesetValidationError& error) {
+        throw ModelValidationError(error.what());
+    }
+}
+
+namespace {
+
+PositionRecord edited(ModelContext& context, PositionRecord p, const PositionEdit& edit, CalendarDate today) {
     if (edit.positionName) {
         const auto name = *edit.positionName;
         if (name.find_first_not_of(" \t") == std::string::npos) throw ModelValidationError("Enter a Position name.");
@@ -124,9 +135,19 @@ PositionRecord edited(ModelContext& context, PositionRecord p, const PositionEdi
             }
         }
     }
+    if (edit.minimumCall || edit.overtime || edit.doubleTime) {
+        auto overrides = p.dailyDefaults.scheduleOverrides.value_or(PositionScheduleOverrides{});
+        if (edit.minimumCall) overrides.minimumCall = *edit.minimumCall;
+        if (edit.overtime) overrides.overtime = *edit.overtime;
+        if (edit.doubleTime) overrides.doubleTime = *edit.doubleTime;
+        checkScheduleChanges(context, p, overrides, today);
+        p.dailyDefaultsData = position_defaults::withOverrides(p.dailyDefaultsData, overrides);
+        p.dailyDefaults.scheduleOverrides = overrides.empty() ? std::nullopt : std::optional(overrides);
+    }
+    if (edit.legacyDefaultsAllowed) p.legacyDefaultsAllowed = *edit.legacyDefaultsAllowed;
     if (edit.hourlyAmount) {
         p.dailyDefaults.hourlyAmount = *edit.hourlyAmount ? std::optional(validatedScaleAmount(**edit.hourlyAmount)) : std::nullopt;
-        p.dailyDefaultsData = withHourlyAmount(p.dailyDefaultsData, p.dailyDefaults.hourlyAmount, p.dailyDefaults.currencyCode);
+        p.dailyDefaultsData = position_defaults::withHourlyAmount(p.dailyDefaultsData, p.dailyDefaults.hourlyAmount, p.dailyDefaults.currencyCode);
     }
     return p;
 }
@@ -193,8 +214,8 @@ PositionRecord add(ModelContext& context, PositionScope scope, const std::option
     PositionRecord p{.id = Uuid::generate(), .scope = scope};
     p.productionID = scope == PositionScope::production ? productionID : std::nullopt;
     p.displayOrder = static_cast<std::int64_t>(list(context, scope, productionID).size());
-    p.dailyDefaultsData = withHourlyAmount("", std::nullopt, "USD");
-    p = edited(context, std::move(p), edit);
+    p.dailyDefaultsData = position_defaults::withHourlyAmount("", std::nullopt, "USD");
+    p = edited(context, std::move(p), edit, CalendarDate(std::chrono::floor<std::chrono::days>(now)));
     p.modifiedAt = now;
     if (scope == PositionScope::production) p.reviewedFingerprint = fingerprint(p);
     write(context, p, true);
@@ -202,7 +223,7 @@ PositionRecord add(ModelContext& context, PositionScope scope, const std::option
 }
 
 PositionRecord update(ModelContext& context, const PositionRecord& position, const PositionEdit& edit, Instant now) {
-    auto p = edited(context, position, edit);
+    auto p = edited(context, position, edit, CalendarDate(std::chrono::floor<std::chrono::days>(now)));
     p.modifiedAt = now;
     if (p.scope == PositionScope::production) p.reviewedFingerprint = fingerprint(p);
     write(context, p, false);

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "App/model/ModelContext.hpp"
+#include "App/rules/PositionDefaults.hpp"
 
 // Positions: the jobs crew are engaged in, each with its occupation code and payroll defaults. Saved
 // Positions live on the installation for every show; each production keeps its own positions, copied
@@ -13,27 +14,27 @@ namespace tessel {
 
 enum class PositionScope { saved, production };
 
-// What a position defaults to when a crew member is engaged in it. Kept as JSON in the store
-// ("hourlyAmount" as decimal text, "currencyCode"); keys this version does not use are kept as they are.
-struct PositionPayrollDefaults {
-    std::optional<Decimal> hourlyAmount{};
-    std::string currencyCode = "USD";
-};
-
 struct PositionRecord {
     Uuid id;
     PositionScope scope = PositionScope::production;
     std::optional<Uuid> productionID{};  // production positions only
     std::string positionName{};
     std::optional<std::string> occupationCode{};
+    // What the position defaults to when a crew member is engaged in it, read from the stored JSON (which
+    // keeps keys this version does not read). Stored defaults that cannot be read read as none here; the
+    // terms resolver reports them.
     PositionPayrollDefaults dailyDefaults{};
-    std::string dailyDefaultsData{}, weeklyDefaultsData{};  // the stored JSON, with keys this version does not read
+    std::string dailyDefaultsData{}, weeklyDefaultsData{};
     std::int64_t displayOrder = 0;
     Instant modifiedAt{};
     // Production positions: where the position was copied from, and the state the user last saw.
     std::optional<Uuid> sourceRatePackageID{}, sourcePackagePositionID{};
     bool isActive = true;
     std::optional<std::string> reviewedFingerprint{};
+    // Whether, without contract setup on its Rate Card, the position's own defaults (and the snapshots
+    // taken of it) may govern a day. Positions made for the show allow it; copies from a card do not,
+    // so that the card's terms, not stale defaults, are the authority.
+    bool legacyDefaultsAllowed = true;
 };
 
 // What the user enters for a position; absent fields are left as they are on an edit.
@@ -41,6 +42,9 @@ struct PositionEdit {
     std::optional<std::string> positionName;
     std::optional<std::optional<std::string>> occupationCode;  // an empty inner value removes the code
     std::optional<std::optional<std::string>> hourlyAmount;    // text as typed; an empty inner value removes it
+    // Changes of the day's schedule; each given provision replaces the position's.
+    std::optional<PositionProvision> minimumCall, overtime, doubleTime;
+    std::optional<bool> legacyDefaultsAllowed;
 };
 
 namespace position_words {
@@ -71,6 +75,11 @@ PositionRecord add(ModelContext& context, PositionScope scope, const std::option
 PositionRecord update(ModelContext& context, const PositionRecord& position, const PositionEdit& edit, Instant now);
 // Writes a production position copied from elsewhere as it is (not yet reviewed by the user).
 void insertCopy(ModelContext& context, const PositionRecord& position);
+
+// Refuses (ModelValidationError, with the schedule editor's sentence) changes of the day's schedule that
+// would leave one of the schedules they meet no schedule at all: the position's own when it has one,
+// else the production's ordinary schedules in force on `today` (the example schedule for a Saved Position).
+void checkScheduleChanges(ModelContext& context, const PositionRecord& position, const PositionScheduleOverrides& changes, CalendarDate today);
 
 // Refused while a DTS row's Job for Today or rerate, or an engagement, names the position; its scales
 // and card terms go with it.

@@ -230,6 +230,12 @@ PayrollRuleConfiguration ProductionRulesets::exampleConfiguration(CalendarDate e
     return {exampleDraft(effectiveFrom), MealPenaltyRules::defaults(), {}, std::nullopt, {}};
 }
 
+void ProductionRulesets::validateSchedule(const OrdinaryDayScheduleDraft& schedule) {
+    validateBands(schedule, false);
+    validateTarget(schedule);
+    if (schedule.dailyMinimumSeconds < 0 || schedule.finalBandMinimumSeconds < 0) throw Error::invalidDuration();
+}
+
 void ProductionRulesets::validate(const PayrollRuleConfiguration& configuration) {
     const ProductionRulesetDraft& draft = configuration.payrollRules;
     if (trimmed(draft.name).empty()) throw Error::nameRequired();
@@ -444,14 +450,15 @@ SandboxConfiguration ProductionRulesets::sandbox(ModelContext& context, const Uu
 
 SandboxConfiguration ProductionRulesets::sandboxFor(const PayrollRuleConfiguration& configuration, const Uuid& revisionID,
                                                     std::optional<RulesLocality> locality, DayKind day,
-                                                    std::optional<MealWorkLocation> workLocation) {
+                                                    std::optional<MealWorkLocation> workLocation,
+                                                    const OrdinaryDayScheduleDraft* scheduleInstead) {
     const ProductionRulesetDraft& draft = configuration.payrollRules;
     const RulesLocality chosen = locality.value_or(draft.defaultRulesLocality);
-    const OrdinaryDayScheduleDraft& schedule = draft.schedule(chosen, day);
+    const OrdinaryDayScheduleDraft& schedule = scheduleInstead ? *scheduleInstead : draft.schedule(chosen, day);
 
     SandboxConfiguration sandbox{revisionID, draft.name, draft.sourceNotes, draft.effectiveFrom, chosen, day,
                                  engineSchedule(schedule)};
-    sandbox.scheduleDayKind = draft.scheduleDayKind(chosen, day);
+    sandbox.scheduleDayKind = scheduleInstead ? DayKind::ordinary : draft.scheduleDayKind(chosen, day);
     if (schedule.dailyMinimumEnabled && schedule.dailyMinimumSeconds > 0) {
         sandbox.configuredDailyMinimumGuarantee =
             DailyMinimumGuarantee(RuleID(schedule.dailyMinimumRuleID), WorkDuration(schedule.dailyMinimumSeconds));

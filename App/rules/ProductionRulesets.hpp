@@ -100,6 +100,8 @@ public:
     // Everything applying a configuration checks: the ruleset, then the meal penalty timing and schedules,
     // idle and holiday pay (MealPenaltyRulesError, CompensationRuleInputError).
     static void validateWhole(const PayrollRuleConfiguration& configuration);
+    // One schedule on its own (a position's): its bands, Golden Hour target and durations.
+    static void validateSchedule(const OrdinaryDayScheduleDraft& schedule);
 
     // A new revision from the example defaults, with its payloads and "automaticDefault" metadata.
     static Uuid createDefaultRevision(ModelContext& context, const Uuid& productionID, CalendarDate effectiveFrom, Instant now);
@@ -121,10 +123,12 @@ public:
     static SandboxConfiguration sandbox(ModelContext& context, const Uuid& productionID, CalendarDate date,
                                         std::optional<RulesLocality> locality, DayKind day,
                                         std::optional<MealWorkLocation> workLocation);
-    // The same from a configuration in hand (a rules file, the example defaults), without a store.
+    // The same from a configuration in hand (a rules file, the example defaults), without a store. A
+    // day paid by a position's own schedule gives it as `scheduleInstead`.
     static SandboxConfiguration sandboxFor(const PayrollRuleConfiguration& configuration, const Uuid& revisionID,
                                            std::optional<RulesLocality> locality, DayKind day,
-                                           std::optional<MealWorkLocation> workLocation);
+                                           std::optional<MealWorkLocation> workLocation,
+                                           const OrdinaryDayScheduleDraft* scheduleInstead = nullptr);
     static PayBandSchedule engineSchedule(const OrdinaryDayScheduleDraft& schedule);
 };
 

@@ -208,43 +208,88 @@ void engageInPosition(ModelContext& context, const Uuid& engagementID, const Pos
     rate.exec();
 }
 
-PositionTermsResult resolveTerms(ModelContext& context, const Uuid& cardID, const PositionRecord& position,
+PositionScheduleOverrides personalScheduleChanges(ModelContext& context, const Uuid& engagementID) {
+    auto& statement = context.prepare("SELECT defaultsData FROM EngagementPositionOverrideConfiguration WHERE engagementID = ?1");
+    bind(statement, 1, engagementID);
+    const auto data = readFirst(statement, [](SQLite::Statement& row) { return blob(row.getColumn(0)); });
+    return data ? position_defaults::readOverrides(*data) : PositionScheduleOverrides{};
+}
+
+void setPersonalScheduleChanges(ModelContext& context, const Uuid& engagementID, const PositionScheduleOverrides& changes, Instant now) {
+    auto& engaged = context.prepare("SELECT sourcePresetID FROM EngagementPositionConfiguration WHERE engagementID = ?1 AND sourcePresetID IS NOT NULL");
+    bind(engaged, 1, engagementID);
+    const auto positionID = readFirst(engaged, [](SQLite::Statement& row) { return uuid(row.getColumn(0)); });
+    const auto engagement = crew_repository::fetchEngagement(context, engagementID);
+    const auto position = positionID && engagement ? positions::find(context, PositionScope::production, engagement->productionID, *positionID)
+                                                   : std::nullopt;
+    if (!position) throw ModelValidationError("Engage this crew member in a Position first; the changes are to its schedule.");
+    const auto own = position->dailyDefaults.scheduleOverrides.value_or(PositionScheduleOverrides{});
+    positions::checkScheduleChanges(context, *position, position_defaults::merged(own, changes), CalendarDate(std::chrono::floor<std::chrono::days>(now)));
+    if (changes.empty()) {
+        auto& remove = context.prepare("DELETE FROM EngagementPositionOverrideConfiguration WHERE engagementID = ?1");
+        bind(remove, 1, engagementID);
+        remove.exec();
+        return;
+    }
+    auto& write = context.prepare(
+        "INSERT OR REPLACE INTO EngagementPositionOverrideConfiguration (engagementID, defaultsData, modifiedAt) VALUES (?1, ?2, ?3)");
+    bind(write, 1, engagementID);
+    bindBlob(write, 2, position_defaults::writeOverrides(changes));
+    bind(write, 3, now);
+    write.exec();
+}
+
+std::vector<CardPositionTerms> terms(ModelContext& context, const Uuid& productionID) {
+    auto& statement = context.prepare(
+        "SELECT t.id, t.productionRateCardID, t.productionPositionID, t.dailyDefaultsData FROM ProductionRateCardPositionTerms t JOIN "
+        "ProductionRateCard c ON c.id = t.productionRateCardID WHERE c.productionID = ?1 ORDER BY t.id");
+    bind(statement, 1, productionID);
+    return readAll<CardPositionTerms>(statement, [](SQLite::Statement& row) {
+        return CardPositionTerms{uuid(row.getColumn(0)), uuid(row.getColumn(1)), uuid(row.getColumn(2)), blob(row.getColumn(3))};
+    });
+}
+
+PositionTermsResult resolveTerms(const ProductionRateCard* card, const std::vector<CardPositionTerms>& productionTerms, const PositionRecord& position,
                                  const std::optional<std::string>& dayJobSnapshot, const std::optional<std::string>& engagementSnapshot) {
     using R = PositionTermsResult;
     R result;
-    const auto all = cards(context, *position.productionID);
-    const auto card = std::find_if(all.begin(), all.end(), [&](const auto& c) { return c.id == cardID; });
-    if (card == all.end()) {
-        result.message = "The Rate Card no longer exists.";
-        return result;
+    std::vector<const CardPositionTerms*> found;
+    if (card) {
+        for (const auto& t : productionTerms) {
+            if (t.cardID == card->id && t.positionID == position.id) found.push_back(&t);
+        }
     }
-    auto& statement = context.prepare(
-        "SELECT id, dailyDefaultsData FROM ProductionRateCardPositionTerms WHERE productionRateCardID = ?1 AND productionPositionID = ?2 ORDER BY id");
-    bindAll(statement, cardID, position.id);
-    const auto terms = readAll<std::pair<Uuid, std::string>>(statement, [](SQLite::Statement& row) {
-        return std::pair(uuid(row.getColumn(0)), blob(row.getColumn(1)));
-    });
-    if (terms.size() > 1) {
+    if (found.size() > 1) {
         result.kind = R::Kind::conflict;
-        for (const auto& [id, data] : terms) result.competingTermsIDs.push_back(id);
+        for (const auto* t : found) result.competingTermsIDs.push_back(t->id);
         result.message = "Duplicate card/Position terms authority.";
         return result;
     }
-    if (terms.size() == 1) {
-        const Json parsed = Json::parse(terms.front().second.empty() ? "{}" : terms.front().second, nullptr, false);
-        if (!parsed.is_object()) {
+    const auto readable = [](const std::string& data) {
+        try {
+            position_defaults::read(data);
+            return true;
+        } catch (const MalformedInputError&) {
+            return false;
+        }
+    };
+    if (found.size() == 1) {
+        if (!readable(found.front()->dailyDefaultsData)) {
             result.kind = R::Kind::invalid;
             result.message = "The contract setup of " + position.positionName + " on Rate Card " + entry_text::quoted(card->label) + " cannot be read.";
             return result;
         }
-        return {R::Kind::resolved, R::Provenance::explicitTerms, terms.front().second, terms.front().first, cardID, {}, {}};
+        return {R::Kind::resolved, R::Provenance::explicitTerms, found.front()->dailyDefaultsData, found.front()->id, card->id, {}, {}};
     }
-    if (card->requiresExplicitPositionTerms) {
+    if (card && card->requiresExplicitPositionTerms) {
         result.kind = R::Kind::missing;
         result.message = "This Position has no contract setup on Rate Card " + entry_text::quoted(card->label) + ".";
         return result;
     }
     result.kind = R::Kind::resolved;
+    result.provenance = R::Provenance::productionRules;
+    // Only a position that allows it falls back to its own defaults or the snapshots taken of it.
+    if (!position.legacyDefaultsAllowed) return result;
     const Json own = Json::parse(position.dailyDefaultsData.empty() ? "{}" : position.dailyDefaultsData, nullptr, false);
     const bool ownDefaults = own.is_object() && std::any_of(own.items().begin(), own.items().end(), [](const auto& item) { return item.key() != "currencyCode"; });
     if (dayJobSnapshot) {
@@ -256,10 +301,25 @@ PositionTermsResult resolveTerms(ModelContext& context, const Uuid& cardID, cons
     } else if (ownDefaults) {
         result.provenance = R::Provenance::positionDefaults;
         result.defaultsData = position.dailyDefaultsData;
-    } else {
-        result.provenance = R::Provenance::productionRules;
+    }
+    if (!readable(result.defaultsData)) {
+        result = {};
+        result.kind = R::Kind::invalid;
+        result.message = "The payroll defaults of " + position.positionName + " cannot be read.";
     }
     return result;
+}
+
+PositionTermsResult resolveTerms(ModelContext& context, const Uuid& cardID, const PositionRecord& position,
+                                 const std::optional<std::string>& dayJobSnapshot, const std::optional<std::string>& engagementSnapshot) {
+    const auto all = cards(context, *position.productionID);
+    const auto card = std::find_if(all.begin(), all.end(), [&](const auto& c) { return c.id == cardID; });
+    if (card == all.end()) {
+        PositionTermsResult result;
+        result.message = "The Rate Card no longer exists.";
+        return result;
+    }
+    return resolveTerms(&*card, terms(context, *position.productionID), position, dayJobSnapshot, engagementSnapshot);
 }
 
 // ---- saved cards ----
@@ -380,6 +440,7 @@ ProductionRateCard apply(ModelContext& context, const Uuid& productionID, const 
             target.modifiedAt = now;
             target.sourceRatePackageID = saved.id;
             target.sourcePackagePositionID = p.id;
+            target.legacyDefaultsAllowed = false;
             positions::insertCopy(context, target);
             production.push_back(target);
         }

@@ -122,12 +122,30 @@ PositionReadiness readiness(ModelContext& context, const PositionRecord& positio
 void engageInPosition(ModelContext& context, const Uuid& engagementID, const PositionRecord& position, CalendarDate from, bool followsScale,
                       Instant now);
 
+// The contract setup of one position on one of the production's cards.
+struct CardPositionTerms {
+    Uuid id, cardID, positionID;
+    std::string dailyDefaultsData;
+};
+std::vector<CardPositionTerms> terms(ModelContext& context, const Uuid& productionID);
+
+// A person's own changes of the schedule of the position their engagement is engaged in, over the
+// position's; refused for an engagement without a position, and for changes that leave no schedule.
+// Changes that are all inherited remove them.
+void setPersonalScheduleChanges(ModelContext& context, const Uuid& engagementID, const PositionScheduleOverrides& changes, Instant now);
+PositionScheduleOverrides personalScheduleChanges(ModelContext& context, const Uuid& engagementID);
+
 // The terms of a position on a card. More than one terms record is a conflict ("Duplicate card/Position
 // terms authority."); one is resolved explicitly unless it cannot be read. Without one, a card that
 // requires explicit terms has them missing; otherwise the fallback is, in this order, the Job for Today's
 // snapshot, the engagement's snapshot (each when given), the position's own defaults when it has any, and
-// the production's rules.
+// the production's rules; only the production's rules when the position does not allow its own defaults.
+// Defaults that cannot be read are `invalid`.
 PositionTermsResult resolveTerms(ModelContext& context, const Uuid& cardID, const PositionRecord& position,
+                                 const std::optional<std::string>& dayJobSnapshot = std::nullopt,
+                                 const std::optional<std::string>& engagementSnapshot = std::nullopt);
+// The same from records in hand; without a card (none in force) the fallback applies.
+PositionTermsResult resolveTerms(const ProductionRateCard* card, const std::vector<CardPositionTerms>& productionTerms, const PositionRecord& position,
                                  const std::optional<std::string>& dayJobSnapshot = std::nullopt,
                                  const std::optional<std::string>& engagementSnapshot = std::nullopt);
 

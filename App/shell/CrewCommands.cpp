@@ -6,7 +6,9 @@
 #include "App/model/ProductionProfile.hpp"
 #include "App/rules/CompensationProvisions.hpp"
 #include "App/rules/RateCards.hpp"
+#include "App/expected/ReviewText.hpp"
 #include "App/shell/CommandActions.hpp"
+#include "App/shell/PositionCommands.hpp"
 
 namespace tessel {
 namespace {
@@ -464,6 +466,26 @@ int engagePosition(CommandSession& session, const CrewCommandArguments& a) {
     });
 }
 
+// The person's own changes of their position's schedule: shown, changed option by option, or cleared.
+int positionTerms(CommandSession& session, const CrewCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const auto member = crewMemberNamed(context, production.id, a.name);
+        const auto on = a.on.empty() ? CalendarDate(floor<days>(system_clock::now())) : dateArgument(a.on);
+        const auto engagement = crew_roster::engagementOn(context, member.id, on);
+        if (!engagement) throw Refused{"noEngagement", member.displayName + " has no engagement on " + calendar_text::formatDate(on) + "."};
+        auto changes = a.clear ? PositionScheduleOverrides{} : rate_cards::personalScheduleChanges(context, engagement->id);
+        const bool changing = a.clear || !a.minimumCall.empty() || !a.overtime.empty() || !a.doubleTime.empty();
+        if (changing) {
+            changes = withScheduleArguments(changes, a.minimumCall, a.overtime, a.doubleTime);
+            rate_cards::setPersonalScheduleChanges(context, engagement->id, changes, now());
+        }
+        session.answer(Json{{"engagementID", engagement->id.text()}, {"scheduleChanges", review_text::scheduleChanges(changes)}},
+                       member.displayName + "’s own schedule: " +
+                           (changes.empty() ? std::string("as the Position's terms") : review_text::scheduleChangesLine(changes)) + ".\n");
+        return exitSuccess;
+    });
+}
+
 }  // namespace
 
 void addCrewCommands(CLI::App& app, CommandSession& session, CrewCommandArguments& a, int& exitStatus) {
@@ -555,6 +577,15 @@ void addCrewCommands(CLI::App& app, CommandSession& session, CrewCommandArgument
     position->add_option("--from", a.from, "The first date, YYYY-MM-DD (default: the engagement's first day)");
     position->add_flag("--follows-scale", a.followsScale, "Pay the Position's scale rather than the person's own rate");
     position->callback([&] { exitStatus = engagePosition(session, a); });
+
+    auto* terms = crew->add_subcommand("position-terms", "The person's own changes of their Position's schedule (shown without options)");
+    terms->add_option("NAME", a.name, "The crew member")->required();
+    terms->add_option("--on", a.on, "The engagement in force on this date, YYYY-MM-DD (default: today's, else the latest)");
+    terms->add_option("--minimum-call", a.minimumCall, "Their minimum call in payroll hours, none, or rules (the Position's)");
+    terms->add_option("--overtime", a.overtime, "Overtime after HOURS[,MULTIPLIER[,worked|elapsed]], none, or rules");
+    terms->add_option("--double-time", a.doubleTime, "Double time after HOURS[,MULTIPLIER[,worked|elapsed]], none, or rules");
+    terms->add_flag("--clear", a.clear, "Remove every change: the Position's terms apply");
+    terms->callback([&] { exitStatus = positionTerms(session, a); });
 
     auto* rest = crew->add_subcommand("turnaround", "The person's own required rest between wrap and the next call");
     rest->add_option("NAME", a.name, "The crew member")->required();

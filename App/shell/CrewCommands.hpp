@@ -21,6 +21,7 @@ struct CrewCommandArguments {
     std::int64_t order = 0;
     bool dayplayer = false, fullTime = false, retire = false, unretire = false, clear = false, followsScale = false;
     std::string position;
+    std::string minimumCall, overtime, doubleTime;  // crew position-terms
     // Options whose presence matters even when given "" (which clears the value).
     std::map<std::string, CLI::Option*> given;
 };

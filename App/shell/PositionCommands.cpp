@@ -3,7 +3,10 @@
 #include <map>
 #include <sstream>
 
+#include "App/dts/PayrollDecimalTime.hpp"
+#include "App/expected/ReviewText.hpp"
 #include "App/model/CalendarText.hpp"
+#include "App/model/EntryText.hpp"
 #include "App/rules/RateCards.hpp"
 #include "App/shell/CommandActions.hpp"
 
@@ -38,7 +41,10 @@ Json positionJSON(const PositionRecord& p, const std::optional<PositionReadiness
               {"positionName", p.positionName},
               {"occupationCode", p.occupationCode ? Json(*p.occupationCode) : Json()},
               {"hourlyAmount", p.dailyDefaults.hourlyAmount ? Json(p.dailyDefaults.hourlyAmount->toString()) : Json()},
-              {"currencyCode", p.dailyDefaults.currencyCode}};
+              {"currencyCode", p.dailyDefaults.currencyCode},
+              {"scheduleChanges", review_text::scheduleChanges(p.dailyDefaults.scheduleOverrides.value_or(PositionScheduleOverrides{}))},
+              {"ownOrdinaryDaySchedule", p.dailyDefaults.ordinaryDaySchedule.has_value()}};
+    if (p.scope == PositionScope::production) json["legacyDefaultsAllowed"] = p.legacyDefaultsAllowed;
     if (readiness) {
         json["readiness"] = toRawValue(readiness->state);
         if (readiness->reason) json["readinessReason"] = *readiness->reason;
@@ -50,6 +56,7 @@ std::string positionLine(const PositionRecord& p, const std::optional<PositionRe
     std::string line = p.positionName;
     if (p.occupationCode) line += "  (" + *p.occupationCode + ")";
     if (p.dailyDefaults.hourlyAmount) line += "  " + p.dailyDefaults.hourlyAmount->toString() + "/hr";
+    if (p.dailyDefaults.scheduleOverrides) line += "  [" + review_text::scheduleChangesLine(*p.dailyDefaults.scheduleOverrides) + "]";
     if (readiness) line += "  " + std::string(toRawValue(readiness->state)) + (readiness->reason ? ": " + *readiness->reason : "");
     return line + "\n";
 }
@@ -57,6 +64,11 @@ std::string positionLine(const PositionRecord& p, const std::optional<PositionRe
 std::optional<PositionReadiness> readinessOf(ModelContext& context, const PositionRecord& p) {
     if (p.scope == PositionScope::saved) return std::nullopt;
     return rate_cards::readiness(context, p);
+}
+
+std::optional<PositionProvision> provisionIfGiven(std::string_view option, const std::string& text, bool band) {
+    if (text.empty()) return std::nullopt;
+    return scheduleProvisionArgument(option, text, band);
 }
 
 PositionEdit editOf(const PositionCommandArguments& a, bool adding) {
@@ -67,6 +79,11 @@ PositionEdit editOf(const PositionCommandArguments& a, bool adding) {
     if (a.noCode) edit.occupationCode = std::optional<std::string>();
     if (!a.hourly.empty()) edit.hourlyAmount = std::optional(a.hourly);
     if (a.noHourly) edit.hourlyAmount = std::optional<std::string>();
+    edit.minimumCall = provisionIfGiven("--minimum-call", a.minimumCall, false);
+    edit.overtime = provisionIfGiven("--overtime", a.overtime, true);
+    edit.doubleTime = provisionIfGiven("--double-time", a.doubleTime, true);
+    if (a.legacyDefaults == "on" || a.legacyDefaults == "off") edit.legacyDefaultsAllowed = a.legacyDefaults == "on";
+    if (!a.legacyDefaults.empty() && !edit.legacyDefaultsAllowed) throw Refused{"invalidChoice", "--legacy-defaults takes on or off."};
     return edit;
 }
 
@@ -295,6 +312,11 @@ void addPositionCommands(CLI::App& app, CommandSession& session, PositionCommand
     set->add_flag("--no-code", a.noCode, "Remove the occupation code");
     set->add_option("--hourly", a.hourly, "A new default hourly rate");
     set->add_flag("--no-hourly", a.noHourly, "Remove the default hourly rate");
+    set->add_option("--minimum-call", a.minimumCall, "The Position's minimum call in payroll hours, none, or rules (the production's)");
+    set->add_option("--overtime", a.overtime, "Overtime after HOURS[,MULTIPLIER[,worked|elapsed]], none, or rules");
+    set->add_option("--double-time", a.doubleTime, "Double time after HOURS[,MULTIPLIER[,worked|elapsed]], none, or rules");
+    set->add_option("--legacy-defaults", a.legacyDefaults,
+                    "on: without contract setup on its Rate Card, the Position's own defaults govern; off: the production's rules do");
     set->callback([&] { exitStatus = setPosition(session, a); });
     auto* remove = position->add_subcommand("remove", "Remove a Position no history uses");
     remove->add_option("NAME", a.name, "The Position")->required();
@@ -322,6 +344,46 @@ void addPositionCommands(CLI::App& app, CommandSession& session, PositionCommand
     auto* apply = ratecard->add_subcommand("apply", "Copy a saved Rate Card into this Production");
     apply->add_option("LABEL", a.label, "The saved card's label")->required();
     apply->callback([&] { exitStatus = applyCard(session, a); });
+}
+
+PositionProvision scheduleProvisionArgument(std::string_view option, const std::string& text, bool band) {
+    if (text == "rules") return {};
+    if (text == "none") return {PositionProvisionMode::none};
+    std::vector<std::string> parts;
+    std::size_t start = 0;
+    for (std::size_t comma = text.find(','); ; comma = text.find(',', start)) {
+        parts.push_back(std::string(entry_text::trimmed(text.substr(start, comma == std::string::npos ? std::string::npos : comma - start))));
+        if (comma == std::string::npos) break;
+        start = comma + 1;
+    }
+    const std::string usage = band ? " takes payroll hours with an optional multiplier and basis (8,1.5,worked), none, or rules."
+                                   : " takes payroll hours, none, or rules.";
+    if (parts.size() > (band ? 3u : 1u)) throw Refused{"invalidValue", std::string(option) + usage};
+    PositionProvision provision{PositionProvisionMode::custom};
+    try {
+        provision.seconds = PayrollDecimalDurationParser::parse(parts[0]);
+    } catch (const PayrollDecimalDurationParseError&) {
+        throw Refused{"invalidValue", std::string(option) + usage};
+    }
+    if (parts.size() > 1) {
+        provision.multiplier = Decimal::parse(parts[1]);
+        if (!provision.multiplier || *provision.multiplier < Decimal(1)) {
+            throw Refused{"invalidValue", std::string(option) + " needs a multiplier of at least 1, such as 1.5."};
+        }
+    }
+    if (parts.size() > 2) {
+        provision.basis = durationBasisFromRawValue(parts[2]);
+        if (!provision.basis) throw Refused{"invalidValue", std::string(option) + " measures its threshold as worked or elapsed time."};
+    }
+    return provision;
+}
+
+PositionScheduleOverrides withScheduleArguments(PositionScheduleOverrides changes, const std::string& minimumCall, const std::string& overtime,
+                                                const std::string& doubleTime) {
+    if (const auto given = provisionIfGiven("--minimum-call", minimumCall, false)) changes.minimumCall = *given;
+    if (const auto given = provisionIfGiven("--overtime", overtime, true)) changes.overtime = *given;
+    if (const auto given = provisionIfGiven("--double-time", doubleTime, true)) changes.doubleTime = *given;
+    return changes;
 }
 
 }  // namespace tessel

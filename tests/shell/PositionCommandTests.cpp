@@ -116,5 +116,68 @@ TEST_F(PositionCommands, ADayplayerIsAddedInAPositionAndPaidItsScale) {
     EXPECT_EQ(run({"--json", "crew", "engagements", "Cole Vasquez"}).json()["engagements"].size(), 1u);
 }
 
+// A position's changes of the schedule pay every day worked in it; a person's own changes pay theirs;
+// changes that leave no schedule are refused and change nothing.
+TEST_F(PositionCommands, APositionsScheduleChangesPayItsDays) {
+    for (const char* name : {"Dana Rivera", "Lee Park"}) ASSERT_EQ(run({"crew", "add", name, "--from", "2026-11-01", "--rate", "50.00"}).status, 0);
+    ASSERT_EQ(run({"position", "add", "Gaffer"}).status, 0);
+    const auto set = run({"position", "set", "Gaffer", "--overtime", "10", "--minimum-call", "10"});
+    ASSERT_EQ(set.status, 0) << set.err;
+    EXPECT_EQ(set.out.substr(0, set.out.find("  missingScale")), "Gaffer  [minimum call 10.0 h; overtime after 10.0 h]");
+    EXPECT_EQ(run({"position", "set", "Gaffer", "--double-time", "9"}).err,
+              "Pay bands must begin at zero, remain ordered without gaps or overlaps, and end with an open band.\n");
+    EXPECT_EQ(run({"position", "set", "Gaffer", "--overtime", "ten"}).err,
+              "--overtime takes payroll hours with an optional multiplier and basis (8,1.5,worked), none, or rules.\n");
+    for (const char* name : {"Dana Rivera", "Lee Park"}) ASSERT_EQ(run({"crew", "position", name, "Gaffer", "--from", "2026-11-01"}).status, 0);
+    EXPECT_EQ(run({"crew", "position-terms", "Lee Park", "--double-time", "none"}).out, "Lee Park\u2019s own schedule: no double time.\n");
+    ASSERT_EQ(run({"dts", "create", "2026-11-02"}).status, 0);
+    ASSERT_EQ(run({"dts", "set", "2026-11-02", "--call", "7", "--lunch-out", "13", "--wrap", "20"}).status, 0);
+
+    const auto bands = [&] {
+        std::vector<std::string> lines;
+        const Json review = run({"--json", "review", "week", "2026-11-02"}).json();
+        for (const auto& week : review["weeklyReviews"]) {
+            std::string line = week["days"][0].value("scheduleTerms", std::string("production rules")) + ":";
+            for (const auto& c : week["days"][0]["categories"]) line += " " + c["label"].get<std::string>() + " " + c["compensation"]["amount"].get<std::string>();
+            lines.push_back(line);
+        }
+        return lines;
+    };
+    // 12.5 hours worked: straight time to 10, then time and a half; double time from 12 for Dana only.
+    EXPECT_EQ(bands(), (std::vector<std::string>{
+                           "Gaffer\u2019s own defaults: minimum call 10.0 h; overtime after 10.0 h: Straight Time 500.00 Time and a Half 150.00 Double Time 100.00",
+                           "Gaffer\u2019s own defaults with this person\u2019s changes: minimum call 10.0 h; overtime after 10.0 h; no double time: "
+                           "Straight Time 500.00 Time and a Half 187.50"}));
+    EXPECT_NE(run({"review", "week", "2026-11-02"}).out.find("      Schedule: Gaffer\u2019s own defaults: minimum call 10.0 h; overtime after 10.0 h\n"),
+              std::string::npos);
+
+    // Without its own defaults allowed, the production's rules pay the position (the person's changes still apply).
+    ASSERT_EQ(run({"position", "set", "Gaffer", "--legacy-defaults", "off"}).status, 0);
+    EXPECT_EQ(bands()[0], "production rules: Straight Time 400.00 Time and a Half 300.00 Double Time 100.00");
+    ASSERT_EQ(run({"crew", "position-terms", "Lee Park", "--clear"}).status, 0);
+    EXPECT_EQ(bands()[1], "production rules: Straight Time 400.00 Time and a Half 300.00 Double Time 100.00");
+}
+
+// The contract setup copied with a saved card governs the production's position, whatever the
+// position's own defaults say later.
+TEST_F(PositionCommands, ARateCardsContractSetupGovernsItsPosition) {
+    ASSERT_EQ(run({"position", "add", "Gaffer", "--code", "1234", "--saved"}).status, 0);
+    ASSERT_EQ(run({"position", "set", "Gaffer", "--overtime", "10", "--saved"}).status, 0);
+    ASSERT_EQ(run({"ratecard", "create", "2026 Basic", "--from", "2026-01-01", "--saved"}).status, 0);
+    ASSERT_EQ(run({"ratecard", "scale", "2026 Basic", "Gaffer", "50.00", "--saved"}).status, 0);
+    ASSERT_EQ(run({"ratecard", "apply", "2026 Basic"}).status, 0);
+    ASSERT_EQ(run({"position", "set", "Gaffer", "--overtime", "rules"}).status, 0);
+    ASSERT_EQ(run({"crew", "add", "Dana Rivera", "--from", "2026-11-01", "--rate", "50.00"}).status, 0);
+    ASSERT_EQ(run({"crew", "position", "Dana Rivera", "Gaffer", "--from", "2026-11-01"}).status, 0);
+    ASSERT_EQ(run({"dts", "create", "2026-11-02"}).status, 0);
+    ASSERT_EQ(run({"dts", "set", "2026-11-02", "--call", "7", "--lunch-out", "13", "--wrap", "18"}).status, 0);
+    const Json day = run({"--json", "review", "week", "2026-11-02"}).json()["weeklyReviews"][0]["days"][0];
+    EXPECT_EQ(day["scheduleTerms"], "Gaffer\u2019s contract setup on Rate Card \u201C2026 Basic\u201D: overtime after 10.0 h");
+    // 10.5 hours worked: straight time to 10 under the card's setup (not to 8 as the production's rules say).
+    ASSERT_EQ(day["categories"].size(), 2u);
+    EXPECT_EQ(day["categories"][0]["compensation"]["amount"], "500.00");
+    EXPECT_EQ(day["categories"][1]["compensation"]["amount"], "37.50");
+}
+
 }  // namespace
 }  // namespace tessel
