@@ -24,13 +24,16 @@ ReviewSeason& season() {
 
 // The same season with every crew member engaged in one of ten positions, each with a scale on a Rate
 // Card, so that every day's rate is weighed against a scale.
+// With `shaped`, each position also moves overtime to 10 hours, so every day is calculated under a
+// position's schedule.
 struct PositionedSeason : ReviewSeason {
-    PositionedSeason() {
+    explicit PositionedSeason(bool shaped = false) {
         store->perform([&](ModelContext& context) {
             const Instant now{};
             std::vector<PositionRecord> positions;
             for (int i = 0; i < 10; ++i) {
                 PositionEdit edit{"Position " + std::to_string(i), std::optional(std::optional(std::to_string(1000 + i))), std::nullopt};
+                if (shaped) edit.overtime = PositionProvision{PositionProvisionMode::custom, 10 * 3600};
                 positions.push_back(positions::add(context, PositionScope::production, crew.productionID, edit, now));
                 rate_cards::addScale(context, crew.productionID, "Season Card", positions.back(), "4" + std::to_string(i) + ".50",
                                      CalendarDate(std::chrono::year(2026) / 1 / 1), EmploymentSchedule::daily);
@@ -45,6 +48,11 @@ struct PositionedSeason : ReviewSeason {
 
 PositionedSeason& positionedSeason() {
     static PositionedSeason shared;
+    return shared;
+}
+
+PositionedSeason& shapedSeason() {
+    static PositionedSeason shared(true);
     return shared;
 }
 
@@ -69,6 +77,8 @@ void reviewEveryWeekOfASeason(benchmark::State& state) { reviewEveryWeek(state, 
 BENCHMARK(reviewEveryWeekOfASeason)->Unit(benchmark::kMillisecond);
 void reviewEveryWeekOfASeasonWithPositions(benchmark::State& state) { reviewEveryWeek(state, positionedSeason()); }
 BENCHMARK(reviewEveryWeekOfASeasonWithPositions)->Unit(benchmark::kMillisecond);
+void reviewEveryWeekOfASeasonWithPositionSchedules(benchmark::State& state) { reviewEveryWeek(state, shapedSeason()); }
+BENCHMARK(reviewEveryWeekOfASeasonWithPositionSchedules)->Unit(benchmark::kMillisecond);
 
 // The window recalculates the week after every edit: one Wrap typed into a DTS of the week (not timed),
 // then every crew member's review of that week, its time sheets read afresh from the store. The window

@@ -220,7 +220,7 @@ struct ExpectedPayrollReview::Session {
     // first needs them, and the rules a day is calculated with under them.
     struct DayScheduleTerms {
         std::optional<OrdinaryDayScheduleDraft> schedule{};
-        std::string key{};  // tells the shaped schedules apart
+        std::string key{};  // the shaped schedule as JSON: equal schedules share their rules
         std::optional<std::string> words{}, problem{};
     };
     std::optional<std::unordered_map<Uuid, PositionRecord>> productionPositions;
@@ -336,8 +336,8 @@ struct ExpectedPayrollReview::Session {
         productionPositions.reset();
         cardTerms.clear();
         personalOverrides.clear();
+        // The shaped rules are kept: they are keyed by the schedule itself, and a kept day's inputs point at them.
         scheduleTermsByKey.clear();
-        shapedSandboxes.clear();
         const std::string ofProductionEngagements = " s JOIN ProductionEngagement e ON s.engagementID = e.id WHERE e.productionID = ?1";
         forEachRow(context, "SELECT s.engagementID, s.sourcePresetID, s.payrollPositionName FROM EngagementPositionConfiguration" + ofProductionEngagements +
                                 " AND s.sourcePresetID IS NOT NULL",
@@ -383,6 +383,11 @@ struct ExpectedPayrollReview::Session {
         return nullptr;
     }
 
+    // Terms that cannot shape the schedule: the production's rules pay the day, and the review says why.
+    static DayScheduleTerms unusable(const std::string& positionName, const std::exception& error) {
+        return {std::nullopt, "", std::nullopt, positionName + ": " + error.what() + " The production\u2019s rules pay the day."};
+    }
+
     // How the day's position (and, in the position they are engaged in, the person) shapes the ordinary
     // schedule: its own schedule in place of the production's, then its changes and the person's.
     const DayScheduleTerms& scheduleTerms(const Uuid& positionID, const std::optional<Uuid>& personal, CalendarDate date, const Uuid& revisionID,
@@ -397,7 +402,6 @@ struct ExpectedPayrollReview::Session {
         if (personalData != personalOverrides.end()) key += personalData->first.text();
         return cached(scheduleTermsByKey, key, [&] {
             DayScheduleTerms shaped;
-            shaped.key = key;
             const auto terms = rate_cards::resolveTerms(card, cardTerms, position->second);
             const std::string& name = position->second.positionName;
             try {
@@ -419,13 +423,14 @@ struct ExpectedPayrollReview::Session {
                 const auto& base = defaults.ordinaryDaySchedule ? *defaults.ordinaryDaySchedule
                                                                 : configuration(revisionID)->payrollRules.schedule(locality, DayKind::ordinary);
                 shaped.schedule = position_defaults::adjusted(base, changes);
+                shaped.key = rules_json::toJSON(*shaped.schedule).dump();
                 shaped.words = whose + ": " + (defaults.ordinaryDaySchedule ? "its own ordinary-day schedule" : "") +
                                (defaults.ordinaryDaySchedule && !changes.empty() ? "; " : "") +
                                (changes.empty() ? "" : review_text::scheduleChangesLine(changes));
             } catch (const ProductionRulesetValidationError& error) {
-                shaped = {std::nullopt, key, std::nullopt, name + ": " + error.what() + " The production’s rules pay the day."};
+                return unusable(name, error);
             } catch (const MalformedInputError& error) {
-                shaped = {std::nullopt, key, std::nullopt, name + ": " + error.what() + " The production’s rules pay the day."};
+                return unusable(name, error);
             }
             return shaped;
         });

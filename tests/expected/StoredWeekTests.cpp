@@ -255,10 +255,12 @@ public:
 
 TEST_P(KeptReviews, AnswerAsANewReviewDoes) {
     ExpectedPayrollReview kept(context, production.id);
-    everyone(kept);
+    const auto before = everyone(kept);
     GetParam().edit(*this, kept);
     ExpectedPayrollReview fresh(context, production.id);
-    EXPECT_EQ(everyone(kept), everyone(fresh));
+    const auto after = everyone(fresh);
+    EXPECT_NE(before, after);  // the edit shows
+    EXPECT_EQ(everyone(kept), after);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -303,6 +305,21 @@ INSTANTIATE_TEST_SUITE_P(
                      const auto gaffer = positions::add(w.context, PositionScope::production, w.production.id, {"Gaffer", std::nullopt, std::nullopt}, {});
                      rate_cards::addScale(w.context, w.production.id, "2026 Basic", gaffer, "52.20", dayOf(0), EmploymentSchedule::daily);
                      rate_cards::engageInPosition(w.context, w.engagement.id, gaffer, dayOf(0), false, {});
+                     kept.forgetPositions();
+                 }},
+        EditCase{"aPositionsAndAPersonsScheduleChanges",
+                 [](KeptReviews& w, ExpectedPayrollReview& kept) {
+                     PositionEdit edit{"Gaffer", std::nullopt, std::nullopt};
+                     edit.overtime = PositionProvision{PositionProvisionMode::custom, 6 * 3600};
+                     const auto gaffer = positions::add(w.context, PositionScope::production, w.production.id, edit, {});
+                     rate_cards::engageInPosition(w.context, w.engagement.id, gaffer, dayOf(0), false, {});
+                     rate_cards::setPersonalScheduleChanges(w.context, w.engagement.id, {{}, {}, {PositionProvisionMode::custom, 7 * 3600}}, {});
+                     kept.forgetPositions();
+                     w.everyone(kept);
+                     // A second change of the same position is seen too.
+                     PositionEdit later;
+                     later.overtime = PositionProvision{PositionProvisionMode::custom, 5 * 3600};
+                     positions::update(w.context, gaffer, later, {});
                      kept.forgetPositions();
                  }},
         EditCase{"aJobForToday",
