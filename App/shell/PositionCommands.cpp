@@ -3,6 +3,7 @@
 #include <map>
 #include <sstream>
 
+#include "App/dts/CrewOnDTS.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/expected/ReviewText.hpp"
 #include "App/model/CalendarText.hpp"
@@ -61,6 +62,14 @@ std::string positionLine(const PositionRecord& p, const std::optional<PositionRe
     return line + "\n";
 }
 
+// A position a DTS row's Job for Today or rerate names is kept for that history: said under it.
+void addKeptReason(ModelContext& context, const PositionRecord& p, Json& json, std::string& text) {
+    if (const auto kept = CrewOnDTS::positionKeptReason(context, p.id)) {
+        json["keptReason"] = *kept;
+        text += "  " + *kept + "\n";
+    }
+}
+
 std::optional<PositionReadiness> readinessOf(ModelContext& context, const PositionRecord& p) {
     if (p.scope == PositionScope::saved) return std::nullopt;
     return rate_cards::readiness(context, p);
@@ -102,8 +111,10 @@ int listPositions(CommandSession& session, const PositionCommandArguments& a) {
         std::string text;
         for (const auto& p : positions::list(context, scopeOf(a), productionID)) {
             const auto readiness = readinessOf(context, p);
-            list.push_back(positionJSON(p, readiness));
+            Json json = positionJSON(p, readiness);
             text += positionLine(p, readiness);
+            addKeptReason(context, p, json, text);
+            list.push_back(std::move(json));
         }
         const auto duplicates = positions::duplicateCodes(context, scopeOf(a), productionID);
         if (!duplicates.empty()) {
@@ -122,6 +133,7 @@ int showPosition(CommandSession& session, const PositionCommandArguments& a) {
         const auto readiness = readinessOf(context, p);
         Json json = positionJSON(p, readiness);
         std::string text = positionLine(p, readiness);
+        addKeptReason(context, p, json, text);
         if (!a.saved) {
             std::map<Uuid, ProductionRateCard> cards;
             for (auto& card : rate_cards::cards(context, *productionID)) cards.emplace(card.id, std::move(card));

@@ -91,6 +91,7 @@ TEST_F(PositionCommands, EachDayOfAWeekIsPaidFromItsSource) {
 
     // Without the Job for Today, Tuesday is paid at the floor again; the position cannot be removed while a row names it.
     EXPECT_EQ(run({"position", "remove", "Operator"}).err, "This Position is used by Production history and cannot be removed.\n");
+    EXPECT_NE(run({"position", "show", "Operator"}).out.find("\n  Kept because it is used by Job for Today history.\n"), std::string::npos);
     ASSERT_EQ(run({"dts", "row", "2026-11-03", "Dana Rivera", "--no-job"}).status, 0);
     EXPECT_EQ(run({"--json", "review", "week", "2026-11-02"}).json()["weeklyReviews"][0]["days"][1]["rateResolution"]["source"]["case"], "scaleFloor");
 }
