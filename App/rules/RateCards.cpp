@@ -208,6 +208,24 @@ void engageInPosition(ModelContext& context, const Uuid& engagementID, const Pos
     rate.exec();
 }
 
+std::optional<EngagementPosition> engagementPosition(ModelContext& context, const Uuid& engagementID) {
+    auto& statement = context.prepare(
+        "SELECT sourcePresetID, payrollPositionName FROM EngagementPositionConfiguration WHERE engagementID = ?1 AND sourcePresetID IS NOT NULL");
+    bind(statement, 1, engagementID);
+    auto position = readFirst(statement, [](SQLite::Statement& row) {
+        return EngagementPosition{uuid(row.getColumn(0)), text(row.getColumn(1)), {}, {}};
+    });
+    if (!position) return std::nullopt;
+    auto& rates = context.prepare(
+        "SELECT effectiveDate, followsPositionScale FROM EngagementPositionRateConfiguration WHERE engagementID = ?1 ORDER BY effectiveDate");
+    bind(rates, 1, engagementID);
+    position->followsScaleFrom = readAll<std::pair<CalendarDate, bool>>(rates, [](SQLite::Statement& row) {
+        return std::pair(date(row.getColumn(0)), boolean(row.getColumn(1)));
+    });
+    position->personalChanges = personalScheduleChanges(context, engagementID);
+    return position;
+}
+
 PositionScheduleOverrides personalScheduleChanges(ModelContext& context, const Uuid& engagementID) {
     auto& statement = context.prepare("SELECT defaultsData FROM EngagementPositionOverrideConfiguration WHERE engagementID = ?1");
     bind(statement, 1, engagementID);

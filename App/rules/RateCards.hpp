@@ -129,6 +129,16 @@ struct CardPositionTerms {
 };
 std::vector<CardPositionTerms> terms(ModelContext& context, const Uuid& productionID);
 
+// The position an engagement is paid in: from each date whether its rate follows the scale, and the
+// person's own changes of its schedule.
+struct EngagementPosition {
+    Uuid positionID;
+    std::string positionName;
+    std::vector<std::pair<CalendarDate, bool>> followsScaleFrom;
+    PositionScheduleOverrides personalChanges;
+};
+std::optional<EngagementPosition> engagementPosition(ModelContext& context, const Uuid& engagementID);
+
 // A person's own changes of the schedule of the position their engagement is engaged in, over the
 // position's; refused for an engagement without a position, and for changes that leave no schedule.
 // Changes that are all inherited remove them.

@@ -126,6 +126,21 @@ void writeEngagement(std::ostream& text, const EngagementRecord& r) {
     if (!e.notes.empty()) text << "    Notes: " << e.notes << "\n";
 }
 
+void writePosition(std::ostream& text, Json& json, const rate_cards::EngagementPosition& position) {
+    Json follows = Json::array();
+    text << "    Position " << position.positionName << "\n";
+    for (const auto& [from, followsScale] : position.followsScaleFrom) {
+        follows.push_back({{"from", calendar_text::formatDate(from)}, {"followsPositionScale", followsScale}});
+        text << "      from " << calendar_text::formatDate(from)
+             << (followsScale ? ": paid the Position's scale\n" : ": own rate as over-scale, the scale as its floor\n");
+    }
+    if (!position.personalChanges.empty()) text << "      Own schedule: " << review_text::scheduleChangesLine(position.personalChanges) << "\n";
+    json["position"] = {{"positionID", position.positionID.text()},
+                        {"positionName", position.positionName},
+                        {"rates", std::move(follows)},
+                        {"scheduleChanges", review_text::scheduleChanges(position.personalChanges)}};
+}
+
 // ---- the production's own facts ----
 
 DTSTimeDisplay timeDisplayArgument(const std::string& text) {
@@ -305,8 +320,12 @@ int showCrew(CommandSession& session, const CrewCommandArguments& a, bool engage
              << ", crew order " << member.displayOrder + 1 << "\n";
         const auto records = crew_roster::records(context, member.id);
         for (const auto& record : records) {
-            engagements.push_back(engagementJSON(record));
+            Json engagement = engagementJSON(record);
             writeEngagement(text, record);
+            if (const auto position = rate_cards::engagementPosition(context, record.engagement.id)) {
+                writePosition(text, engagement, *position);
+            }
+            engagements.push_back(std::move(engagement));
         }
         Json json{{"id", member.id.text()}, {"displayName", member.displayName}, {"displayOrder", member.displayOrder},
                   {"engagements", std::move(engagements)}};

@@ -131,6 +131,9 @@ TEST_F(PositionCommands, APositionsScheduleChangesPayItsDays) {
               "--overtime takes payroll hours with an optional multiplier and basis (8,1.5,worked), none, or rules.\n");
     for (const char* name : {"Dana Rivera", "Lee Park"}) ASSERT_EQ(run({"crew", "position", name, "Gaffer", "--from", "2026-11-01"}).status, 0);
     EXPECT_EQ(run({"crew", "position-terms", "Lee Park", "--double-time", "none"}).out, "Lee Park\u2019s own schedule: no double time.\n");
+    EXPECT_NE(run({"crew", "engagements", "Lee Park"})
+                  .out.find("    Position Gaffer\n      from 2026-11-01: own rate as over-scale, the scale as its floor\n      Own schedule: no double time\n"),
+              std::string::npos);
     ASSERT_EQ(run({"dts", "create", "2026-11-02"}).status, 0);
     ASSERT_EQ(run({"dts", "set", "2026-11-02", "--call", "7", "--lunch-out", "13", "--wrap", "20"}).status, 0);
 
