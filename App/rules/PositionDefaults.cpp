@@ -44,9 +44,15 @@ const ProvisionKeys minimumCallKeys{"minimumCallMode", "minimumCallSeconds", "",
 const ProvisionKeys overtimeKeys{"overtimeMode", "overtimeThresholdSeconds", "overtimeMultiplier", "overtimeBasis"};
 const ProvisionKeys doubleTimeKeys{"doubleTimeMode", "doubleTimeThresholdSeconds", "doubleTimeMultiplier", "doubleTimeBasis"};
 
+// Read as every rules document is, numbers kept as written, so that a multiplier of 1.5 stays exact.
 Json parsed(const std::string& data) {
     if (data.empty()) return Json::object();
-    Json json = Json::parse(data, nullptr, false);
+    Json json;
+    try {
+        json = decimal_json::parse<Json>(data);
+    } catch (const decimal_json::MalformedJSONError&) {
+        throw MalformedInputError("The payroll defaults are not a JSON object.");
+    }
     if (!json.is_object()) throw MalformedInputError("The payroll defaults are not a JSON object.");
     return json;
 }
@@ -155,7 +161,7 @@ std::string withHourlyAmount(const std::string& data, const std::optional<Decima
         json.erase("hourlyAmount");
     }
     json["currencyCode"] = currencyCode;
-    return json.dump();
+    return decimal_json::dump(json);
 }
 
 std::string withOverrides(const std::string& data, const std::optional<PositionScheduleOverrides>& overrides) {
@@ -165,12 +171,12 @@ std::string withOverrides(const std::string& data, const std::optional<PositionS
     } else {
         json.erase("scheduleOverrides");
     }
-    return json.dump();
+    return decimal_json::dump(json);
 }
 
 PositionScheduleOverrides readOverrides(const std::string& data) { return overridesAt(parsed(data), "overrides"); }
 
-std::string writeOverrides(const PositionScheduleOverrides& overrides) { return overridesJSON(overrides).dump(); }
+std::string writeOverrides(const PositionScheduleOverrides& overrides) { return decimal_json::dump(overridesJSON(overrides)); }
 
 PositionScheduleOverrides merged(const PositionScheduleOverrides& position, const PositionScheduleOverrides& personal) {
     const auto pick = [](const PositionProvision& own, const PositionProvision& person) {

@@ -101,8 +101,15 @@ TEST(PositionDefaultsData, KeepsKeysItDoesNotReadAndReadsWhatItWrites) {
     EXPECT_EQ(position_defaults::readOverrides(position_defaults::writeOverrides(changes)), changes);
 }
 
+TEST(PositionDefaultsData, ReadsAMultiplierWrittenAsANumberExactly) {
+    const auto read = position_defaults::read(
+        R"({"scheduleOverrides":{"overtimeMode":"custom","overtimeThresholdSeconds":36000,"overtimeMultiplier":1.75}})");
+    ASSERT_TRUE(read.scheduleOverrides);
+    EXPECT_EQ(read.scheduleOverrides->overtime.multiplier, Decimal("1.75"));
+}
+
 TEST(PositionDefaultsData, RefusesWhatItCannotRead) {
-    for (const char* stored : {R"([1])", R"({"scheduleOverrides":{"overtimeMode":"sometimes"}})",
+    for (const char* stored : {R"([1])", R"({"hourlyAmount": )", R"({"scheduleOverrides":{"overtimeMode":"sometimes"}})",
                                R"({"scheduleOverrides":{"overtimeMode":"custom"}})", R"({"scheduleOverrides":{"minimumCallSeconds":-1}})",
                                R"({"ordinaryDaySchedule":{"bands":3}})"}) {
         EXPECT_THROW(position_defaults::read(stored), MalformedInputError) << stored;
