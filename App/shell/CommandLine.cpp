@@ -8,6 +8,7 @@
 #include "App/shell/CrewCommands.hpp"
 #include "App/shell/DTSCommands.hpp"
 #include "App/shell/DiagnosticCommands.hpp"
+#include "App/shell/ExportCommands.hpp"
 #include "App/shell/LibraryCommands.hpp"
 #include "App/shell/ReviewCommands.hpp"
 #include "App/shell/RulesCommands.hpp"
@@ -43,6 +44,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     StubCommandArguments stubArguments;
     PayStubCommandArguments payStubArguments;
     PositionCommandArguments positionArguments;
+    ExportCommandArguments exportArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
     addDiagnosticCommands(*app.get_subcommand("store"), session, diagnosticArguments, exitStatus);
@@ -53,6 +55,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     addLibraryCommands(app, session, libraryArguments, exitStatus);
     addStubCommands(app, session, stubArguments, payStubArguments, exitStatus);
     addPositionCommands(app, session, positionArguments, exitStatus);
+    addExportCommands(app, session, exportArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());

@@ -6,6 +6,7 @@
 #include "App/model/ProductionProfile.hpp"
 #include "App/rules/CompensationProvisions.hpp"
 #include "App/rules/RateCards.hpp"
+#include "App/dtsexport/ProductionDTSExport.hpp"
 #include "App/expected/ReviewText.hpp"
 #include "App/shell/CommandActions.hpp"
 #include "App/shell/PositionCommands.hpp"
@@ -178,10 +179,24 @@ int setProduction(CommandSession& session, const CrewCommandArguments& a) {
         if (given(a, "company")) identity.company = a.company;
         if (given(a, "workState")) identity.defaultWorkState = a.workState;
         if (given(a, "departmentHead")) identity.departmentHeadName = a.departmentHead;
+        std::optional<ProductionDTSExportTemplateMode> exportForm;
+        if (given(a, "exportForm")) {
+            static const std::map<std::string, ProductionDTSExportTemplateMode> forms{{"none", ProductionDTSExportTemplateMode::unconfigured},
+                                                                                     {"builtin", ProductionDTSExportTemplateMode::legacyKestrel},
+                                                                                     {"template", ProductionDTSExportTemplateMode::productionTemplate}};
+            const auto form = forms.find(a.exportForm);
+            if (form == forms.end()) throw Refused{"invalidChoice", "Choose the export form none, builtin or template."};
+            exportForm = form->second;
+        }
+        if (given(a, "builtinForm") && a.builtinForm != "on" && a.builtinForm != "off") {
+            throw Refused{"invalidChoice", "Choose the built-in form on or off."};
+        }
 
         production_repository::update(context, production);
         production_profile::setIdentity(context, production.id, identity);
         if (defaultNDB) DailyTimeSheets::setDefaultNonDeductibleBreakfast(context, production.id, *defaultNDB, now());
+        if (exportForm) dts_export::setMode(context, production.id, *exportForm);
+        if (given(a, "builtinForm")) dts_export::setBuiltInFormEligible(context, production.id, a.builtinForm == "on");
         session.answer(Json{{"updated", production.id.text()}}, "Updated production \u201C" + production.name + "\u201D.\n" +
                                                                    (defaultNDB ? std::string(dts_messages::defaultNDBNote) + "\n" : ""));
         return int{exitSuccess};
@@ -519,7 +534,9 @@ void addCrewCommands(CLI::App& app, CommandSession& session, CrewCommandArgument
         {"defaultNDB", productionSet->add_option("--default-ndb", a.defaultNDB, "Default NDB for new daily entries: on or off")},
         {"lunchLength", productionSet->add_option("--lunch-length", a.lunchLength, "Lunch length that fills Official Lunch In, in hours")},
         {"timeDisplay", productionSet->add_option("--time-display", a.timeDisplay, "DTS times: payrollDecimal or clockTime")},
-        {"currency", productionSet->add_option("--currency", a.currency, "ISO 4217 currency code, such as USD")}};
+        {"currency", productionSet->add_option("--currency", a.currency, "ISO 4217 currency code, such as USD")},
+        {"exportForm", productionSet->add_option("--export-form", a.exportForm, "The form a DTS is exported on: none, builtin or template")},
+        {"builtinForm", productionSet->add_option("--builtin-form", a.builtinForm, "Whether this production may use the built-in form: on or off")}};
     productionSet->callback([&, productionOptions] {
         a.given = productionOptions;
         exitStatus = setProduction(session, a);

@@ -18,6 +18,7 @@ struct CrewCommandArguments {
     std::vector<std::string> conditions;
     // production set
     std::string startDate, department, company, workState, departmentHead, defaultNDB, lunchLength, timeDisplay, currency;
+    std::string exportForm, builtinForm;
     std::int64_t order = 0;
     bool dayplayer = false, fullTime = false, retire = false, unretire = false, clear = false, followsScale = false;
     std::string position;

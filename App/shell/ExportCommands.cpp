@@ -1,0 +1,128 @@
+#include "ExportCommands.hpp"
+
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include "App/dtsexport/BuiltInDTSForm.hpp"
+#include "App/model/CalendarText.hpp"
+#include "App/shell/CommandActions.hpp"
+
+extern char** environ;
+
+namespace tessel {
+namespace {
+
+using namespace command_actions;
+
+// Hands the file to the desktop's default viewer and waits for xdg-open to say whether it could.
+bool openWithDesktop(const std::string& path) {
+    const char* arguments[] = {"xdg-open", path.c_str(), nullptr};
+    pid_t child = 0;
+    if (posix_spawnp(&child, "xdg-open", nullptr, nullptr, const_cast<char* const*>(arguments), environ) != 0) return false;
+    int status = 0;
+    if (waitpid(child, &status, 0) != child) return false;
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+std::string issueLines(const std::vector<DTSExportPreflightIssue>& issues) {
+    std::string text;
+    for (const auto& issue : issues) text += "  " + issue.crewName + ": " + issue.message + "\n";
+    return text;
+}
+
+Json issuesJSON(const std::vector<DTSExportPreflightIssue>& issues) {
+    Json list = Json::array();
+    for (const auto& issue : issues) list.push_back({{"crewEntryID", issue.crewEntryID.text()}, {"crewName", issue.crewName}, {"message", issue.message}});
+    return list;
+}
+
+int exportDTS(CommandSession& session, const ExportCommandArguments& a) {
+    std::optional<std::string> refusalTitle;
+    std::string refusalCase, refusalText;
+    const std::string output = a.output.empty() ? std::string(dts_export_words::suggestedFileName) : a.output;
+    int pages = 0;
+    const int status = act(session, [&](ModelContext& context, const Production& production) {
+        const CalendarDate date = dateArgument(a.date);
+        const auto workday = DailyTimeSheets::find(context, production.id, date);
+        if (!workday) {
+            throw Refused{"dtsNotFound", "There is no DTS for " + calendar_text::formatDate(date) + "; create it with \u201Ctessel dts create " +
+                                             calendar_text::formatDate(date) + "\u201D."};
+        }
+        try {
+            dts_export::checkBuiltInFormChosen(dts_export::choice(context, production.id));
+        } catch (const ProductionDTSExportError& error) {
+            refusalTitle = error.alertTitle();
+            refusalCase = error.caseName();
+            refusalText = error.description();
+            return int{exitRefused};
+        }
+        const auto facts = DTSWorkdayFacts::read(context, *workday);
+        const auto checked = dts_export::preflight(facts);
+        if (!checked.blocking.empty() || (!checked.warnings.empty() && !a.forceWarnings)) {
+            const bool blocking = !checked.blocking.empty();
+            refusalTitle = std::string(blocking ? dts_export_words::notReadyTitle : dts_export_words::reviewTitle);
+            refusalCase = blocking ? "notReady" : "reviewBeforeExporting";
+            refusalText = issueLines(blocking ? checked.blocking : checked.warnings) +
+                          (blocking ? "Nothing was exported." : "Nothing was exported; add --force-warnings to export anyway.");
+            return int{exitRefused};
+        }
+        const auto model = dts_export::model(facts);
+        try {
+            const std::string pdf = builtin_dts_form::render(model, builtin_dts_form::blankPagePath());
+            dts_export::writeAtomically(output, pdf);
+        } catch (const DTSPDFRendererError& error) {
+            refusalTitle = error.alertTitle();
+            refusalCase = error.caseName();
+            refusalText = error.description();
+            return int{exitRefused};
+        }
+        pages = std::max<int>(1, static_cast<int>((model.crewRows.size() + 19) / 20));
+        std::string text = "Exported the DTS for " + calendar_text::formatDate(date) + " to \u201C" + output + "\u201D (" + std::to_string(pages) +
+                           (pages == 1 ? " page" : " pages") + ").\n";
+        if (!checked.warnings.empty()) text += "Exported with warnings:\n" + issueLines(checked.warnings);
+        text += std::string(dts_export_words::reviewReminder) + "\n";
+        session.answer(Json{{"exported", output}, {"pages", pages}, {"warnings", issuesJSON(checked.warnings)}}, text);
+        return int{exitSuccess};
+    });
+    if (refusalTitle) return session.refuseWithTitle(refusalCase, *refusalTitle, refusalText);
+    if (status == exitSuccess && a.open && !openWithDesktop(output)) session.answer(Json::object(), std::string(dts_export_words::openFailed) + "\n");
+    return status;
+}
+
+int setSignature(CommandSession& session, const ExportCommandArguments& a) {
+    if (a.clearSignature == !a.signatureFile.empty()) return session.refuse("invalidChoice", "Give a signature image, or --clear, not both.");
+    std::optional<std::string> bytes;
+    if (!a.clearSignature) {
+        bytes = session.readInputFile(a.signatureFile);
+        if (!bytes) return exitRefused;
+    }
+    return act(session, [&](ModelContext& context, const Production& production) {
+        if (bytes) {
+            dts_export::setSignature(context, production.id, *bytes);
+            session.answer(Json{{"signature", "set"}}, "The department head\u2019s signature is kept for exported DTS forms. " +
+                                                           std::string(dts_export_words::signaturePurpose) + "\n");
+        } else {
+            dts_export::clearSignature(context, production.id);
+            session.answer(Json{{"signature", "cleared"}}, "The department head\u2019s signature was removed.\n");
+        }
+        return int{exitSuccess};
+    });
+}
+
+}  // namespace
+
+void addExportCommands(CLI::App& app, CommandSession& session, ExportCommandArguments& a, int& exitStatus) {
+    auto* exportCommand = app.get_subcommand("dts")->add_subcommand("export", "Export the DTS of a date as a filled PDF of the production's form");
+    exportCommand->add_option("DATE", a.date, "The DTS date, YYYY-MM-DD")->required();
+    exportCommand->add_option("--output", a.output, "The PDF to write (default: \u201CProduction DTS.pdf\u201D in the current folder)");
+    exportCommand->add_flag("--open", a.open, "Open the PDF with the desktop's default viewer");
+    exportCommand->add_flag("--force-warnings", a.forceWarnings, "Export although the checks found warnings");
+    exportCommand->callback([&] { exitStatus = exportDTS(session, a); });
+
+    auto* signature = app.get_subcommand("production")->add_subcommand("signature", "The department head's signature on exported DTS forms");
+    signature->add_option("FILE", a.signatureFile, "A PNG, JPEG or TIFF image smaller than 5 MB");
+    signature->add_flag("--clear", a.clearSignature, "Remove the signature");
+    signature->callback([&] { exitStatus = setSignature(session, a); });
+}
+
+}  // namespace tessel
