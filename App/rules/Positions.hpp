@@ -43,8 +43,8 @@ struct PositionEdit {
     std::optional<std::optional<std::string>> occupationCode;  // an empty inner value removes the code
     std::optional<std::optional<std::string>> hourlyAmount;    // text as typed; an empty inner value removes it
     // Changes of the day's schedule; each given provision replaces the position's.
-    std::optional<PositionProvision> minimumCall, overtime, doubleTime;
-    std::optional<bool> legacyDefaultsAllowed;
+    std::optional<PositionProvision> minimumCall{}, overtime{}, doubleTime{};
+    std::optional<bool> legacyDefaultsAllowed{};
 };
 
 namespace position_words {
