@@ -3,6 +3,7 @@
 #include <set>
 
 #include "App/dtsexport/DTSSemanticField.hpp"
+#include "App/dtsexport/ProductionDTSExport.hpp"
 
 namespace tessel {
 namespace {
@@ -69,6 +70,71 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(DTSPageNumbers, ReadPageXOfY) { EXPECT_EQ(dts_presentation::pageXOfY(2, 3), "Page 2 of 3"); }
+
+}  // namespace
+}  // namespace tessel
+
+namespace tessel {
+namespace {
+
+// A DTS as the resolver sees it: a production, a day with shared times, and one crew row.
+struct ResolvedDTS {
+    DTSWorkdayFacts facts{Production{Uuid::generate(), "Harbor Lights", Instant{}}, ProductionIdentity{"", "Lighthouse Pictures", "", ""},
+                          Workday{Uuid::generate(), Uuid::generate(), wednesday}};
+    ResolvedDTS() {
+        facts.workday.generalCrewCall = halfPastSeven;
+        facts.workday.sharedTravelDurationSeconds = 3600;
+        facts.workState = "CA";
+        DTSCrewRowFacts row{.entryID = Uuid::generate()};
+        row.crewName = "Dana Rivera";
+        row.position = "Gaffer";
+        row.times.call.value = halfPastSeven;
+        row.boxRental = true;
+        facts.rows.push_back(row);
+    }
+};
+
+struct ResolutionCase {
+    const char* name;
+    DTSSemanticFieldID field;
+    bool withRow;
+    DTSSemanticResolution::Kind kind;
+    std::optional<std::string> printed;  // as presented by default
+};
+
+class FieldResolution : public ::testing::TestWithParam<ResolutionCase> {};
+
+TEST_P(FieldResolution, ComesFromTheDayThePageAndTheRow) {
+    const ResolvedDTS dts;
+    const auto resolved = dts_export::resolve(GetParam().field, dts.facts, 2, 3, GetParam().withRow ? &dts.facts.rows[0] : nullptr);
+    ASSERT_EQ(resolved.kind, GetParam().kind);
+    if (resolved.value) {
+        EXPECT_EQ(dts_presentation::text(*resolved.value, {}), GetParam().printed);
+    }
+}
+
+using K = DTSSemanticResolution::Kind;
+using F = DTSSemanticFieldID;
+INSTANTIATE_TEST_SUITE_P(
+    Fields, FieldResolution,
+    ::testing::Values(ResolutionCase{"ProductionName", F::productionName, false, K::value, "Harbor Lights"},
+                      ResolutionCase{"Company", F::productionCompany, false, K::value, "Lighthouse Pictures"},
+                      ResolutionCase{"DepartmentNotSet", F::productionDepartment, false, K::absent, std::nullopt},
+                      ResolutionCase{"Date", F::workdayDate, false, K::value, "11/4/2026"},
+                      ResolutionCase{"DayOfWeek", F::workdayDayOfWeek, false, K::value, "Wednesday"},
+                      ResolutionCase{"SharedCall", F::sharedCall, false, K::value, "7.5"},
+                      ResolutionCase{"SharedWrapNotEntered", F::sharedWrap, false, K::absent, std::nullopt},
+                      ResolutionCase{"Travel", F::sharedTravelTime, false, K::value, "1.0"},
+                      ResolutionCase{"GraceNotCalledPrintsNothing", F::sharedGraceCalled, false, K::value, std::nullopt},
+                      ResolutionCase{"CrewName", F::crewName, true, K::value, "Dana Rivera"},
+                      ResolutionCase{"CrewPosition", F::crewPosition, true, K::value, "Gaffer"},
+                      ResolutionCase{"CrewCall", F::crewCall, true, K::value, "7.5"},
+                      ResolutionCase{"BoxRentalMarked", F::crewBoxRentalApplies, true, K::value, "X"},
+                      ResolutionCase{"AnEmptyRowSlotIsAbsent", F::crewName, false, K::absent, std::nullopt},
+                      ResolutionCase{"NoSignature", F::approvalSignature, false, K::absent, std::nullopt},
+                      ResolutionCase{"PageXOfY", F::derivedPageXOfY, false, K::value, "Page 2 of 3"},
+                      ResolutionCase{"TotalPages", F::derivedTotalPages, false, K::value, "3"}),
+    [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace tessel
