@@ -409,16 +409,14 @@ struct ExpectedPayrollReview::Session {
                 // position's readiness says why.
                 if (terms.kind != PositionTermsResult::Kind::resolved) return shaped;
                 const auto defaults = position_defaults::read(terms.defaultsData);
-                auto changes = defaults.scheduleOverrides.value_or(PositionScheduleOverrides{});
+                const auto personChanges = personalData != personalOverrides.end() ? position_defaults::readOverrides(personalData->second)
+                                                                                    : PositionScheduleOverrides{};
+                const auto changes = position_defaults::merged(defaults.scheduleOverrides.value_or(PositionScheduleOverrides{}), personChanges);
+                // Whose terms shaped the day, in words: the card's or the position's own, and the person's.
                 std::string whose = terms.provenance == PositionTermsResult::Provenance::explicitTerms
                                         ? name + "’s contract setup on Rate Card " + entry_text::quoted(card->label)
                                         : name + "’s own defaults";
-                if (personalData != personalOverrides.end()) {
-                    const auto own = position_defaults::readOverrides(personalData->second);
-                    if (!own.empty()) whose += (defaults.changesSchedule() ? " with this person’s changes" : "");
-                    if (!own.empty() && !defaults.changesSchedule()) whose = "This person’s changes to " + name;
-                    changes = position_defaults::merged(changes, own);
-                }
+                if (!personChanges.empty()) whose = defaults.changesSchedule() ? whose + " with this person’s changes" : "This person’s changes to " + name;
                 if (!defaults.ordinaryDaySchedule && changes.empty()) return shaped;
                 const auto& base = defaults.ordinaryDaySchedule ? *defaults.ordinaryDaySchedule
                                                                 : configuration(revisionID)->payrollRules.schedule(locality, DayKind::ordinary);

@@ -222,7 +222,24 @@ TEST_F(DTSExportCommands, WarningsNeedToBeAccepted) {
     EXPECT_TRUE(fs::exists(output));
 }
 
+// The exported first page at 72 dpi (a pixel per point): its dark pixels inside the signature box.
+int darkPixelsInSignatureBox(const fs::path& pdf) {
+    const std::unique_ptr<poppler::document> document(poppler::document::load_from_file(pdf.string()));
+    const std::unique_ptr<poppler::page> page(document->create_page(0));
+    poppler::page_renderer renderer;
+    renderer.set_image_format(poppler::image::format_gray8);
+    const poppler::image image = renderer.render_page(page.get(), 72, 72);
+    const auto& box = layout::signature;
+    int dark = 0;
+    for (int y = static_cast<int>(box.valueTop()); y < static_cast<int>(box.y + box.height) - 1; ++y) {
+        const auto* line = reinterpret_cast<const unsigned char*>(image.const_data()) + y * image.bytes_per_row();
+        for (int x = static_cast<int>(box.x) + 2; x < static_cast<int>(box.x + box.width) - 2; ++x) dark += line[x] < 100;
+    }
+    return dark;
+}
+
 TEST_F(DTSExportCommands, TheSignatureIsDrawnInItsBox) {
+    const auto darkPixelsInSignatureBox = [&] { return tessel::darkPixelsInSignatureBox(output); };
     builtInForm();
     crew("Dana Rivera");
     wednesday();
@@ -241,32 +258,10 @@ TEST_F(DTSExportCommands, TheSignatureIsDrawnInItsBox) {
     ASSERT_EQ(run({"production", "signature", png.string()}).status, 0);
     ASSERT_EQ(exportWednesday().status, 0);
 
-    const std::unique_ptr<poppler::document> document(poppler::document::load_from_file(output.string()));
-    const std::unique_ptr<poppler::page> page(document->create_page(0));
-    poppler::page_renderer renderer;
-    renderer.set_image_format(poppler::image::format_gray8);
-    const poppler::image image = renderer.render_page(page.get(), 72, 72);
-    const auto darkIn = [&](const layout::Box& box) {
-        int dark = 0;
-        for (int y = static_cast<int>(box.valueTop()); y < static_cast<int>(box.y + box.height) - 1; ++y) {
-            const auto* line = reinterpret_cast<const unsigned char*>(image.const_data()) + y * image.bytes_per_row();
-            for (int x = static_cast<int>(box.x) + 2; x < static_cast<int>(box.x + box.width) - 2; ++x) dark += line[x] < 100;
-        }
-        return dark;
-    };
-    EXPECT_GT(darkIn(layout::signature), 500);
+    EXPECT_GT(darkPixelsInSignatureBox(), 500);
     ASSERT_EQ(run({"production", "signature", "--clear"}).status, 0);
     ASSERT_EQ(exportWednesday().status, 0);
-    const std::unique_ptr<poppler::document> cleared(poppler::document::load_from_file(output.string()));
-    const std::unique_ptr<poppler::page> clearedPage(cleared->create_page(0));
-    const poppler::image clearedImage = renderer.render_page(clearedPage.get(), 72, 72);
-    int dark = 0;
-    const auto& box = layout::signature;
-    for (int y = static_cast<int>(box.valueTop()); y < static_cast<int>(box.y + box.height) - 1; ++y) {
-        const auto* line = reinterpret_cast<const unsigned char*>(clearedImage.const_data()) + y * clearedImage.bytes_per_row();
-        for (int x = static_cast<int>(box.x) + 2; x < static_cast<int>(box.x + box.width) - 2; ++x) dark += line[x] < 100;
-    }
-    EXPECT_LT(dark, 50);
+    EXPECT_LT(darkPixelsInSignatureBox(), 50);
 }
 
 TEST_F(DTSExportCommands, ABlankPageOfAnotherSizeIsRefused) {
