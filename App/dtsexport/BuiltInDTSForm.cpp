@@ -4,11 +4,6 @@
 #include <cairo.h>
 #include <leptonica/allheaders.h>
 #include <pango/pangocairo.h>
-#include <qpdf/Buffer.hh>
-#include <qpdf/QPDF.hh>
-#include <qpdf/QPDFPageDocumentHelper.hh>
-#include <qpdf/QPDFPageObjectHelper.hh>
-#include <qpdf/QPDFWriter.hh>
 
 #include <cmath>
 #include <cstdlib>
@@ -17,6 +12,7 @@
 #include <sstream>
 
 #include "App/dtsexport/BuiltInFormLayout.hpp"
+#include "App/dtsexport/FormPagePlacement.hpp"
 
 namespace tessel::builtin_dts_form {
 namespace {
@@ -230,49 +226,14 @@ std::string readFile(const std::filesystem::path& path) {
     return bytes.str();
 }
 
-// The blank page, read and checked to be the one page of the size the layout was made for.
-void openBlank(QPDF& form, const std::string& blank) {
-    try {
-        form.processMemoryFile("built-in DTS form", blank.data(), blank.size());
-    } catch (const std::exception&) {
-        throw Error(Error::Case::invalidTemplate);
+// The blank page must be the one page of the size the layout was made for.
+void checkBlank(const std::string& blank) {
+    switch (form_pages::check(blank, layout::pageWidth, layout::pageHeight)) {
+        case form_pages::BlankPageCheck::fits: return;
+        case form_pages::BlankPageCheck::otherSize: throw Error(Error::Case::unexpectedPageSize);
+        case form_pages::BlankPageCheck::unreadable:
+        case form_pages::BlankPageCheck::notOnePage: throw Error(Error::Case::invalidTemplate);
     }
-    auto pages = QPDFPageDocumentHelper(form).getAllPages();
-    if (pages.size() != 1) throw Error(Error::Case::invalidTemplate);
-    const auto box = pages.front().getMediaBox().getArrayAsRectangle();
-    if (std::abs(box.urx - box.llx - layout::pageWidth) > 0.5 || std::abs(box.ury - box.lly - layout::pageHeight) > 0.5) {
-        throw Error(Error::Case::unexpectedPageSize);
-    }
-}
-
-// Each overlay page placed over its own copy of the blank page, which stays exactly as it is.
-std::string placed(QPDF& form, const std::string& overlay, int totalPages) {
-    QPDFPageDocumentHelper formPages(form);
-    auto pages = formPages.getAllPages();
-    for (int i = 1; i < totalPages; ++i) formPages.addPage(pages.front().shallowCopyPage(), false);
-    pages = formPages.getAllPages();
-
-    QPDF drawn;
-    drawn.processMemoryFile("DTS values", overlay.data(), overlay.size());
-    auto drawnPages = QPDFPageDocumentHelper(drawn).getAllPages();
-    for (std::size_t i = 0; i < pages.size(); ++i) {
-        QPDFObjectHandle values = form.copyForeignObject(drawnPages[i].getFormXObjectForPage());
-        QPDFObjectHandle page = pages[i].getObjectHandle();
-        QPDFObjectHandle resources = pages[i].getAttribute("/Resources", true).shallowCopy();
-        QPDFObjectHandle xobjects = resources.hasKey("/XObject") ? resources.getKey("/XObject").shallowCopy() : QPDFObjectHandle::newDictionary();
-        xobjects.replaceKey("/TesselValues", values);
-        resources.replaceKey("/XObject", xobjects);
-        page.replaceKey("/Resources", resources);
-        // The blank page's own drawing may leave its transformation in force: it is enclosed first.
-        pages[i].addPageContents(QPDFObjectHandle::newStream(&form, "q\n"), true);
-        pages[i].addPageContents(QPDFObjectHandle::newStream(&form, "Q\nq\n/TesselValues Do\nQ\n"), false);
-    }
-    QPDFWriter writer(form);
-    writer.setOutputMemory();
-    writer.setDeterministicID(true);
-    writer.write();
-    const std::unique_ptr<Buffer> buffer(writer.getBuffer());
-    return std::string(reinterpret_cast<const char*>(buffer->getBuffer()), buffer->getSize());
 }
 
 }  // namespace
@@ -303,13 +264,10 @@ std::string drawValues(const DTSExportModel& model) {
 
 std::string render(const DTSExportModel& model, const std::filesystem::path& blankPage) {
     const std::string blank = readFile(blankPage);
-    QPDF form;
-    openBlank(form, blank);
+    checkBlank(blank);
     const std::string overlay = drawValues(model);
     try {
-        return placed(form, overlay, pagesFor(model));
-    } catch (const DTSPDFRendererError&) {
-        throw;
+        return form_pages::placed(blank, overlay);
     } catch (const std::exception&) {
         throw Error(Error::Case::outputCreationFailed);
     }
