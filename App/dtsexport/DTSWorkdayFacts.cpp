@@ -1,6 +1,7 @@
 #include "DTSWorkdayFacts.hpp"
 
 #include "App/dts/CrewOnDTS.hpp"
+#include "App/dtsexport/ProductionDTSExport.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionWeekCalendars.hpp"
 #include "App/rules/Positions.hpp"
@@ -60,7 +61,7 @@ DTSCrewRowFacts rowFacts(ModelContext& context, const Production& production, co
 DTSWorkdayFacts DTSWorkdayFacts::read(ModelContext& context, const Workday& workday) {
     const Uuid productionID = DailyTimeSheets::productionOf(context, workday);
     auto production = production_repository::fetch(context, productionID);
-    if (!production) throw ModelValidationError("This DTS has no Production.");
+    if (!production) throw ProductionDTSExportError(ProductionDTSExportError::Case::missingProduction);
     DTSWorkdayFacts facts{*production, production_profile::identity(context, productionID), workday};
     facts.workState = DailyTimeSheets::workState(context, workday.id);
     if (facts.workState.empty()) facts.workState = facts.identity.defaultWorkState;

@@ -39,6 +39,7 @@ struct DTSWorkdayFacts {
     std::optional<std::string> signatureImage{};  // the department head's signature as stored
     std::vector<DTSCrewRowFacts> rows{};
 
+    // Refused with ProductionDTSExportError (missingProduction) for a DTS whose production is gone.
     static DTSWorkdayFacts read(ModelContext& context, const Workday& workday);
 };
 

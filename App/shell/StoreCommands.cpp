@@ -9,6 +9,7 @@
 
 #include "App/dts/CrewOnDTS.hpp"
 #include "App/dts/DailyTimeSheets.hpp"
+#include "App/dtsexport/ProductionDTSExport.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionProfile.hpp"
@@ -178,6 +179,13 @@ int showProduction(CommandSession& session, const std::string& idOrName) {
          << "  Default work state: " << shownText(identity.defaultWorkState) << "\n"
          << "  Department head: " << shownText(identity.departmentHeadName) << "\n"
          << "  Default NDB for new daily entries: " << (defaultNDB ? "on" : "off") << "\n";
+    const auto exportChoice = dts_export::choice(context, production->id);
+    static constexpr std::array<std::string_view, 3> formWords{"none", "template", "builtin"};  // by mode
+    const std::string form = exportChoice.unsupportedRawValue ? *exportChoice.unsupportedRawValue
+                                                              : std::string(formWords[static_cast<std::size_t>(exportChoice.mode)]);
+    text << "  DTS export form: " << form << " (built-in form " << (exportChoice.legacyKestrelEligible ? "on" : "off") << ")\n";
+    json["dtsExportTemplateMode"] = exportChoice.unsupportedRawValue.value_or(std::string(toRawValue(exportChoice.mode)));
+    json["legacyKestrelEligible"] = exportChoice.legacyKestrelEligible;
     json["department"] = identity.department;
     json["company"] = identity.company;
     json["defaultWorkState"] = identity.defaultWorkState;

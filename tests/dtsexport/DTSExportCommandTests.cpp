@@ -101,6 +101,8 @@ TEST_F(DTSExportCommands, AreRefusedWithoutAFormTheProductionMayUse) {
               "DTS Export Form Not Configured\nThis Production doesn\u2019t have a DTS export form selected. Choose a DTS export form in Production "
               "Settings.\n");
     ASSERT_EQ(run({"production", "set", "--export-form", "builtin"}).status, 0);
+    EXPECT_NE(run({"production", "show", "Harbor Lights"}).out.find("  DTS export form: builtin (built-in form off)\n"), std::string::npos);
+    EXPECT_EQ(run({"production", "set", "--export-form", "kestrel"}).err, "Choose the export form none, builtin or template.\n");
     const auto refused = exportWednesday();
     EXPECT_EQ(refused.status, 1);
     EXPECT_EQ(refused.err,
