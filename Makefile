@@ -38,13 +38,15 @@ check-sanitize: deps
 
 # Each libFuzzer target for FUZZ_SECONDS, starting from the seeds kept in fuzz/corpus/. What a run adds
 # to the corpus stays in the build folder; a crash is left there as crash-* for its regression test.
+# Fontconfig's caches, kept for the life of the process, are not counted as leaks (as in the tests).
 fuzz: deps
 	@test -f $(FUZZ_DIR)/build.ninja || CXX=clang++ cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DTESSEL_FUZZ=ON
 	@cmake --build $(FUZZ_DIR) -j $(JOBS) --target $(FUZZ_TARGETS)
 	@for target in $(FUZZ_TARGETS); do \
 		mkdir -p $(FUZZ_DIR)/corpus/$$target && cp -n fuzz/corpus/$$target/* $(FUZZ_DIR)/corpus/$$target/ 2>/dev/null; \
 		echo "== $$target for $(FUZZ_SECONDS) s"; \
-		(cd $(FUZZ_DIR) && ./fuzz/$$target -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 corpus/$$target) || exit 1; \
+		(cd $(FUZZ_DIR) && LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp:print_suppressions=0 \
+			./fuzz/$$target -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 corpus/$$target) || exit 1; \
 	done
 
 clean:
