@@ -272,12 +272,15 @@ TEST_F(DTSExportCommands, ABlankPageOfAnotherSizeIsRefused) {
     wednesday();
     const auto resources = folder.path() / "resources";
     fs::create_directories(resources);
-    // A portrait Letter page in place of the landscape form.
-    fs::copy_file(fs::path(TESSEL_STUB_FIXTURES) / "clean-stub.pdf", resources / "builtin-dts-form.pdf");
     setenv("TESSEL_RESOURCE_DIR", resources.c_str(), 1);
-    const auto refused = exportWednesday();
+    const auto refusal = [&] { return exportWednesday().err; };
+    EXPECT_EQ(refusal(), "Couldn\u2019t Export Production DTS\nThe Production DTS PDF template is unavailable.\n");
+    std::ofstream(resources / "builtin-dts-form.pdf") << "not a PDF";
+    EXPECT_EQ(refusal(), "Couldn\u2019t Export Production DTS\nThe Production DTS PDF template could not be read.\n");
+    // A portrait Letter page in place of the landscape form.
+    fs::copy_file(fs::path(TESSEL_STUB_FIXTURES) / "clean-stub.pdf", resources / "builtin-dts-form.pdf", fs::copy_options::overwrite_existing);
+    EXPECT_EQ(refusal(), "Couldn\u2019t Export Production DTS\nThe Production DTS PDF template has an unexpected page size.\n");
     unsetenv("TESSEL_RESOURCE_DIR");
-    EXPECT_EQ(refused.err, "Couldn\u2019t Export Production DTS\nThe Production DTS PDF template has an unexpected page size.\n");
     EXPECT_FALSE(fs::exists(output));
 }
 
