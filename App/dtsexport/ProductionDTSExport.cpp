@@ -1,7 +1,6 @@
 #include "ProductionDTSExport.hpp"
 
 #include <leptonica/allheaders.h>
-#include <unistd.h>
 
 #include <array>
 #include <fstream>
@@ -293,24 +292,21 @@ DTSSemanticResolution resolve(DTSSemanticFieldID field, const DTSWorkdayFacts& f
 
 void writeAtomically(const std::filesystem::path& path, const std::string& bytes) {
     namespace fs = std::filesystem;
-    const fs::path directory = path.parent_path().empty() ? fs::path(".") : path.parent_path();
-    const fs::path temporary = directory / ("." + path.filename().string() + ".writing-" + std::to_string(::getpid()));
+    // Built beside the target and renamed over it: a DTS exported again replaces the earlier copy whole.
+    fs::path building;
     try {
-        {
-            std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-            out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-            out.flush();
-            if (!out) throw DTSPDFRendererError(DTSPDFRendererError::Case::outputCreationFailed);
-        }
-        fs::rename(temporary, path);
+        building = new_file::beside(path);
+        std::ofstream out(building, std::ios::binary | std::ios::trunc);
+        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        out.close();
+        if (!out) throw fs::filesystem_error("write", building, std::make_error_code(std::errc::io_error));
+        // A document for the user to share, readable as other files they save are (the building file is private).
+        fs::permissions(building, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read | fs::perms::others_read);
+        fs::rename(building, path);
     } catch (const fs::filesystem_error&) {
         std::error_code ignored;
-        fs::remove(temporary, ignored);
+        if (!building.empty()) fs::remove(building, ignored);
         throw DTSPDFRendererError(DTSPDFRendererError::Case::outputCreationFailed);
-    } catch (...) {
-        std::error_code ignored;
-        fs::remove(temporary, ignored);
-        throw;
     }
 }
 

@@ -167,6 +167,22 @@ TEST_F(DTSExportCommands, PrintEveryValueInsideItsBox) {
     for (const auto& font : fonts) EXPECT_TRUE(font.is_embedded()) << font.name();
 }
 
+TEST_F(DTSExportCommands, AFileThatCannotBeWrittenLeavesNothingBehind) {
+    builtInForm();
+    crew("Dana Rivera");
+    wednesday();
+    const auto missing = folder.path() / "no such folder" / "Production DTS.pdf";
+    EXPECT_EQ(run({"dts", "export", "2026-11-04", "--output", missing.string()}).err,
+              "Couldn\u2019t Export Production DTS\nTessel could not create the Production DTS PDF.\n");
+    // Exported twice to one name, the second replaces the first whole; no building file stays.
+    ASSERT_EQ(exportWednesday().status, 0);
+    ASSERT_EQ(exportWednesday().status, 0);
+    int named = 0;
+    for (const auto& entry : fs::directory_iterator(folder.path())) named += entry.path().filename().string().find("Production DTS.pdf") != std::string::npos;
+    EXPECT_EQ(named, 1);
+    EXPECT_EQ(fs::status(output).permissions() & fs::perms::others_read, fs::perms::others_read);
+}
+
 TEST_F(DTSExportCommands, ALongNameFailsTheExportNamingIt) {
     builtInForm();
     const std::string name = "Maximiliana Alexandrina Konstantinopoulou-Vanderberghe de la Fontaine";
