@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -16,6 +17,9 @@
 // What the commands that work inside a production share: reading typed arguments and running one user
 // action as one transaction.
 namespace tessel::command_actions {
+
+// The moment of a user action, to the second, as the store keeps it.
+inline Instant now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
 
 inline CalendarDate dateArgument(const std::string& text) {
     if (const auto date = calendar_text::parseDate(text)) return *date;

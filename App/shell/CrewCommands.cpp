@@ -18,7 +18,7 @@ using namespace std::chrono;
 using namespace command_actions;
 using payroll_decimal_time::formatDuration;
 
-Instant now() { return floor<seconds>(system_clock::now()); }
+using command_actions::now;
 
 bool given(const CrewCommandArguments& a, const std::string& option) {
     const auto found = a.given.find(option);

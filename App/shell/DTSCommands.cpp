@@ -107,7 +107,7 @@ int setDTS(CommandSession& session, const DTSCommandArguments& a, const std::map
         if (travel) DailyTimeSheets::setSharedTravel(context, workday.id, *travel);
         if (mileage) DailyTimeSheets::setDepartmentMileage(context, workday.id, *mileage);
         if (location) {
-            DailyTimeSheets::setWorkLocation(context, workday.id, *location, floor<seconds>(system_clock::now()));
+            DailyTimeSheets::setWorkLocation(context, workday.id, *location, now());
         }
         for (const auto& name : a.revert) {
             if (dtsTimeFieldFromRawValue(name) != DTSTimeField::lunchIn) {
@@ -214,7 +214,7 @@ int addDayplayer(CommandSession& session, const DTSCommandArguments& a) {
             engagement->crewParticipation = CrewParticipation::dayplayer;
             crew_repository::updateEngagement(context, *engagement);
         }
-        rate_cards::engageInPosition(context, engagement->id, position, date, false, std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
+        rate_cards::engageInPosition(context, engagement->id, position, date, false, now());
         std::optional<CrewDailyEntry> row;
         for (const auto& entry : weeks::entries(context, workday.id)) {
             if (entry.crewMemberID == member.id) row = entry;

@@ -12,6 +12,7 @@
 #include "App/rules/ProductionRulesets.hpp"
 #include "App/rules/RulesLibrary.hpp"
 #include "App/rules/RulesetFile.hpp"
+#include "App/shell/CommandActions.hpp"
 #include "App/shell/RulesCommands.hpp"
 
 namespace tessel {
@@ -19,7 +20,7 @@ namespace {
 
 namespace library = rules_library;
 
-Instant now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
+using command_actions::now;
 
 Json itemJSON(const PayrollRulesLibraryItem& item) {
     Json json{{"id", item.id.text()},

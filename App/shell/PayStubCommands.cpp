@@ -24,7 +24,7 @@ using command_actions::act;
 using command_actions::dateArgument;
 namespace words = pay_stub_review_words;
 
-Instant now() { return floor<seconds>(system_clock::now()); }
+using command_actions::now;
 
 PayStubTextSource embeddedSourceOf(const std::string& text) {
     if (text == "downloaded") return PayStubTextSource::embeddedPDFText;

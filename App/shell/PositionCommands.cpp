@@ -18,7 +18,7 @@ using namespace std::chrono;
 using command_actions::act;
 using command_actions::dateArgument;
 
-Instant now() { return floor<seconds>(system_clock::now()); }
+using command_actions::now;
 
 PositionScope scopeOf(const PositionCommandArguments& a) { return a.saved ? PositionScope::saved : PositionScope::production; }
 

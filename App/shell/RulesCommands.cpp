@@ -10,6 +10,7 @@
 #include "App/rules/CompensationProvisions.hpp"
 #include "App/rules/ProductionRulesets.hpp"
 #include "App/rules/RulesLibrary.hpp"
+#include "App/shell/CommandActions.hpp"
 
 namespace tessel {
 namespace {
@@ -19,7 +20,7 @@ using payroll_decimal_time::formatDuration;
 namespace cj = calculation_json;
 
 CalendarDate today() { return CalendarDate(floor<days>(system_clock::now())); }
-Instant now() { return floor<seconds>(system_clock::now()); }
+using command_actions::now;
 
 std::string hours(std::int64_t seconds) { return formatDuration(seconds) + " h"; }
 

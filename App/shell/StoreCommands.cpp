@@ -1,12 +1,11 @@
 #include "StoreCommands.hpp"
 
-#include "App/actualpay/ConfirmedPayStubs.hpp"
-
 #include <array>
 #include <chrono>
 #include <map>
 #include <sstream>
 
+#include "App/actualpay/ConfirmedPayStubs.hpp"
 #include "App/dts/CrewOnDTS.hpp"
 #include "App/dts/DailyTimeSheets.hpp"
 #include "App/dtsexport/ProductionDTSExport.hpp"
@@ -17,6 +16,7 @@
 #include "App/model/ProductionWeekCalendars.hpp"
 #include "App/model/StoreSchema.hpp"
 #include "App/rules/ProductionRulesets.hpp"
+#include "App/shell/CommandActions.hpp"
 
 namespace tessel {
 namespace {
@@ -26,7 +26,7 @@ namespace weeks = payroll_week_repository;
 
 constexpr std::array<const char*, 7> weekdayNames{"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
 
-Instant now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
+using command_actions::now;
 
 std::int64_t countRows(SQLite::Database& db, std::string_view table) {
     return db.execAndGet("SELECT COUNT(*) FROM \"" + std::string(table) + "\"").getInt64();
