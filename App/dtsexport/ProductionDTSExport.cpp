@@ -291,23 +291,8 @@ DTSSemanticResolution resolve(DTSSemanticFieldID field, const DTSWorkdayFacts& f
 }
 
 void writeAtomically(const std::filesystem::path& path, const std::string& bytes) {
-    namespace fs = std::filesystem;
-    // Built beside the target and renamed over it: a DTS exported again replaces the earlier copy whole.
-    fs::path building;
-    try {
-        building = new_file::beside(path);
-        std::ofstream out(building, std::ios::binary | std::ios::trunc);
-        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        out.close();
-        if (!out) throw fs::filesystem_error("write", building, std::make_error_code(std::errc::io_error));
-        // A document for the user to share, readable as other files they save are (the building file is private).
-        fs::permissions(building, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read | fs::perms::others_read);
-        fs::rename(building, path);
-    } catch (const fs::filesystem_error&) {
-        std::error_code ignored;
-        if (!building.empty()) fs::remove(building, ignored);
-        throw DTSPDFRendererError(DTSPDFRendererError::Case::outputCreationFailed);
-    }
+    // A DTS exported again replaces the earlier copy whole.
+    if (!new_file::replace(path, bytes)) throw DTSPDFRendererError(DTSPDFRendererError::Case::outputCreationFailed);
 }
 
 }  // namespace dts_export

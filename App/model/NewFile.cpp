@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fstream>
+#include <optional>
 #include <unistd.h>
 
 namespace tessel::new_file {
@@ -28,19 +29,46 @@ bool place(const fs::path& finished, const fs::path& target) {
     return placed;
 }
 
-bool write(const fs::path& target, std::string_view bytes) {
+namespace {
+
+// The bytes in a new file beside the target (private to the user until placed); nothing when they could
+// not be written, and nothing left behind.
+std::optional<fs::path> built(const fs::path& target, std::string_view bytes) {
+    const fs::path building = beside(target);
+    std::ofstream out(building, std::ios::binary | std::ios::trunc);
+    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    out.close();
     std::error_code ignored;
+    if (!out) {
+        fs::remove(building, ignored);
+        return std::nullopt;
+    }
+    return building;
+}
+
+}  // namespace
+
+bool write(const fs::path& target, std::string_view bytes) {
     try {
-        const fs::path building = beside(target);
-        std::ofstream out(building, std::ios::binary | std::ios::trunc);
-        out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-        out.close();
-        if (!out) {
-            fs::remove(building, ignored);
-            return false;
-        }
-        return place(building, target);
+        const auto building = built(target, bytes);
+        return building && place(*building, target);
     } catch (const fs::filesystem_error&) {
+        return false;
+    }
+}
+
+bool replace(const fs::path& target, std::string_view bytes) {
+    std::optional<fs::path> building;
+    try {
+        building = built(target, bytes);
+        if (!building) return false;
+        // A document the user hands on, readable as their other files are.
+        fs::permissions(*building, fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read | fs::perms::others_read);
+        fs::rename(*building, target);
+        return true;
+    } catch (const fs::filesystem_error&) {
+        std::error_code ignored;
+        if (building) fs::remove(*building, ignored);
         return false;
     }
 }

@@ -19,4 +19,8 @@ bool place(const std::filesystem::path& finished, const std::filesystem::path& t
 // the file could not be written; nothing is left behind then.
 bool write(const std::filesystem::path& target, std::string_view bytes);
 
+// Writes the bytes at the target whole or not at all, replacing what is there (a file the program
+// made and makes again, such as an exported DTS). False when it could not be written.
+bool replace(const std::filesystem::path& target, std::string_view bytes);
+
 }  // namespace tessel::new_file

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+// The production archive described once: for each collection of the document, where its records live
+// in the store and, for each archive key, the stored value it carries and of what kind. Reading a
+// production from the store, writing the document, and (later) decoding and checking it all follow this
+// one description rather than each spelling the records out again.
+namespace tessel::archive_format {
+
+// How a value travels: text and decimals as text, dates as ISO 8601 text, identifiers as UUID text,
+// blobs as base64, lists of identifiers and of text as JSON lists, and nested JSON payloads as objects.
+enum class FieldKind { id, uuid, text, integer, boolean, decimal, date, bytes, uuidList, textList, object, objectList };
+
+struct Field {
+    std::string_view key;      // the archive key
+    std::string_view column;   // the SQL expression in the collection's query that holds the value
+    FieldKind kind;
+    bool optional = false;     // absent when the stored value is null
+};
+
+enum class Shape { list, optionalList, single, optionalSingle };
+
+struct Collection {
+    std::string_view key;    // the top-level archive key
+    Shape shape;
+    std::string_view from;   // FROM and WHERE of the query selecting the production's records (?1 the production)
+    std::string_view order;  // the ORDER BY that makes the document the same each time
+    std::vector<Field> fields;
+};
+
+// The record collections, in the document's key order (the top-level scalars are apart, below).
+const std::vector<Collection>& collections();
+
+// The earning lines inside each confirmed pay stub ("earningLines"), selected by the stub's id as ?1.
+const Collection& earningLines();
+
+// Top-level values that are not records: "dtsExportTemplateMode", "payrollWeekStartWeekday",
+// "payrollTerminologyProfile", "roundingTolerance", and the built-in form's eligibility (an extra key).
+const std::vector<Collection>& settings();
+
+}  // namespace tessel::archive_format
