@@ -105,7 +105,8 @@ ProductionArchiveExportError::ProductionArchiveExportError(Case errorCase)
 
 namespace production_archive {
 
-std::string exportProduction(ModelContext& context, const Uuid& productionID, Instant exportedAt, const std::string& applicationVersion) {
+std::string exportProduction(ModelContext& context, const Uuid& productionID, Instant exportedAt, const std::string& applicationVersion,
+                             const std::string& applicationBuild) {
     const std::string owner = productionID.text();
     checkTermsOwnership(context, owner);
     Document archive = Document::object();
@@ -131,6 +132,7 @@ std::string exportProduction(ModelContext& context, const Uuid& productionID, In
     const auto& production = archive["production"];
     archive["metadata"] = Document{{"archiveFormatVersion", formatVersion},
                                    {"applicationVersion", applicationVersion},
+                                   {"applicationBuild", applicationBuild},
                                    {"exportedAt", calendar_text::formatInstant(exportedAt)},
                                    {"productionID", production["id"]},
                                    {"productionName", production["name"]}};

@@ -27,7 +27,8 @@ inline constexpr std::string_view exportTitle = "Couldn\u2019t Export Production
 
 // The archive of the production, pretty printed with sorted keys, stamped with the export instant and
 // the application's version. Throws ProductionArchiveExportError.
-std::string exportProduction(ModelContext& context, const Uuid& productionID, Instant exportedAt, const std::string& applicationVersion);
+std::string exportProduction(ModelContext& context, const Uuid& productionID, Instant exportedAt, const std::string& applicationVersion,
+                             const std::string& applicationBuild);
 
 }  // namespace production_archive
 }  // namespace tessel

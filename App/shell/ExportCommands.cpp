@@ -4,6 +4,8 @@
 #include <sys/wait.h>
 
 #include "App/dtsexport/BuiltInDTSForm.hpp"
+#include "App/exchange/ProductionArchive.hpp"
+#include "App/model/NewFile.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/shell/CommandActions.hpp"
 
@@ -109,6 +111,28 @@ int setSignature(CommandSession& session, const ExportCommandArguments& a) {
     });
 }
 
+// The archive is read in one store action and written after it, whole or not at all.
+int exportArchive(CommandSession& session, const ExportCommandArguments& a) {
+    const std::string output = a.archiveOutput.empty() ? std::string(production_archive::defaultFileName) : a.archiveOutput;
+    std::string archive, name;
+    const int status = act(session, [&](ModelContext& context, const Production& production) {
+        try {
+            archive = production_archive::exportProduction(context, production.id, now(), TESSEL_VERSION, TESSEL_BUILD);
+        } catch (const ProductionArchiveExportError& error) {
+            return session.refuseWithTitle(error.caseName(), std::string(production_archive::exportTitle), error.description());
+        }
+        name = production.name;
+        return int{exitSuccess};
+    });
+    if (status != exitSuccess) return status;
+    if (!new_file::replace(output, archive)) {
+        return session.refuseWithTitle("exportFailed", std::string(production_archive::exportTitle), "The Production archive could not be exported.");
+    }
+    session.answer(Json{{"exported", output}, {"bytes", archive.size()}},
+                   "Exported the production \u201C" + name + "\u201D to \u201C" + output + "\u201D.\n");
+    return exitSuccess;
+}
+
 }  // namespace
 
 void addExportCommands(CLI::App& app, CommandSession& session, ExportCommandArguments& a, int& exitStatus) {
@@ -123,6 +147,10 @@ void addExportCommands(CLI::App& app, CommandSession& session, ExportCommandArgu
     signature->add_option("FILE", a.signatureFile, "A PNG, JPEG or TIFF image smaller than 5 MB");
     signature->add_flag("--clear", a.clearSignature, "Remove the signature");
     signature->callback([&] { exitStatus = setSignature(session, a); });
+
+    auto* archive = app.get_subcommand("production")->add_subcommand("export", "Write the production, with everything it holds, as an archive");
+    archive->add_option("--output", a.archiveOutput, "The archive to write (default: \u201CTessel-Production.tesselarchive\u201D here)");
+    archive->callback([&] { exitStatus = exportArchive(session, a); });
 }
 
 }  // namespace tessel
