@@ -19,6 +19,21 @@ public:
     explicit ProductionArchiveExportError(Case errorCase);
 };
 
+enum class ProductionArchiveErrorCase { unsupportedVersion, invalidArchive, importFailed };
+
+// Why an archive cannot be imported; nothing is written then. The window shows it under
+// "Couldn’t Import Production".
+class ProductionArchiveError : public CaseError<ProductionArchiveErrorCase> {
+public:
+    using Case = ProductionArchiveErrorCase;
+    static ProductionArchiveError unsupportedVersion(std::int64_t version);
+    static ProductionArchiveError invalidArchive(const std::string& detail);
+    static ProductionArchiveError importFailed(const std::string& detail);
+
+private:
+    using CaseError::CaseError;
+};
+
 namespace production_archive {
 
 inline constexpr int formatVersion = 2;
@@ -29,6 +44,23 @@ inline constexpr std::string_view exportTitle = "Couldn\u2019t Export Production
 // the application's version. Throws ProductionArchiveExportError.
 std::string exportProduction(ModelContext& context, const Uuid& productionID, Instant exportedAt, const std::string& applicationVersion,
                              const std::string& applicationBuild);
+
+inline constexpr std::string_view importTitle = "Couldn\u2019t Import Production";
+inline constexpr std::string_view copySuffix = " (Imported Copy)";
+inline constexpr std::string_view pendingIdentityNotice =
+    "This Production archive includes Department Head identity from another installation. It has been preserved, but it will not be used on "
+    "DTS exports unless you accept it.";
+
+struct ImportedProduction {
+    Uuid productionID;
+    std::string name;
+    bool copy = false;             // the store held the archive's production: the import is a copy
+    bool pendingIdentity = false;  // a Department Head name or signature waits to be accepted
+};
+
+// Decodes and checks the whole archive, then writes the production and everything it owns in the
+// caller's transaction. Throws ProductionArchiveError before anything is written.
+ImportedProduction importProduction(ModelContext& context, const std::string& archiveBytes);
 
 }  // namespace production_archive
 }  // namespace tessel

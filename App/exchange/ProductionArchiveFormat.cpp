@@ -387,4 +387,72 @@ const std::vector<Collection>& settings() {
     return all;
 }
 
+const std::vector<Reference>& references() {
+    static const std::vector<Reference> all{
+        {"engagements", "crewMemberID", "crewMembers", "An engagement references missing crew."},
+        {"engagements", "classificationID", "classifications", "An engagement references a missing classification."},
+        {"engagements", "employmentConditionIDs", "employmentConditions", "An engagement references a missing condition."},
+        {"payRates", "engagementID", "engagements", "A pay rate references a missing engagement."},
+        {"boxRentalTerms", "engagementID", "engagements", "A Box / Kit Rental term references a missing engagement."},
+        {"workdays", "payrollWeekID", "payrollWeeks", "A workday references a missing week."},
+        {"crewDailyEntries", "workdayID", "workdays", "A daily entry references a missing workday."},
+        {"crewDailyEntries", "crewMemberID", "crewMembers", "A daily entry references missing crew."},
+        {"crewDailyEntries", "engagementID", "engagements", "A daily entry references a missing engagement."},
+        {"boxRentalSelections", "crewDailyEntryID", "crewDailyEntries", "A daily Box / Kit Rental selection references a missing daily entry."},
+        {"dailyGuaranteeTerms", "engagementID", "engagements", "A personal daily guarantee references a missing engagement."},
+        {"crewDailyWorkModes", "crewDailyEntryID", "crewDailyEntries", "A daily work mode references a missing daily entry."},
+        {"crewDailyRerates", "crewDailyEntryID", "crewDailyEntries", "A DTS rerate references a missing DTS crew row."},
+        {"crewDailyJobs", "crewDailyEntryID", "crewDailyEntries", "A Job for Today references a missing DTS crew row."},
+        {"crewDailyJobs", "productionPositionID", "productionPositions", "A Job for Today references a missing Production Position."},
+        {"crewDailyDTSTitles", "crewDailyEntryID", "crewDailyEntries", "A DTS Name for Today references a missing DTS crew row."},
+        {"crewDailyMileage", "crewDailyEntryID", "crewDailyEntries", "Daily mileage references a missing daily entry."},
+        {"workdayMileage", "workdayID", "workdays", "Department mileage references a missing workday."},
+        {"engagementCompensationProvisionTerms", "engagementID", "engagements", "A compensation provision term references a missing engagement."},
+        {"positionScaleRates", "rateCardID", "rateCards", "A Position scale rate references a missing rate card."},
+        {"positionScaleRates", "positionPresetID", "productionPositions", "A Position scale rate references a missing Production Position."},
+        {"positionTerms", "productionRateCardID", "rateCards", "Position terms reference a missing owned card or Position."},
+        {"positionTerms", "productionPositionID", "productionPositions", "Position terms reference a missing owned card or Position."},
+        {"actualPayStubs", "crewMemberID", "crewMembers", "A confirmed pay stub references missing crew."},
+        {"actualPayStubs", "payrollWeekID", "payrollWeeks", "A confirmed pay stub references a missing Payroll Week."},
+        {"payrollIssues", "weekID", "payrollWeeks", "Invalid Payroll Issue ownership or snapshot."},
+        {"activities", "payrollWeekID", "payrollWeeks", "An activity references a missing week."},
+        {"activities", "crewMemberID", "crewMembers", "An activity references missing crew."},
+        {"activities", "engagementID", "engagements", "An activity references a missing engagement."},
+    };
+    return all;
+}
+
+std::vector<StoredTable> tablesOf(const Collection& collection) {
+    // The collection's own table is the first word of its query.
+    const std::string_view from = collection.from;
+    std::vector<StoredTable> tables{{"t", from.substr(0, from.find(' ')), ""}};
+    static const std::vector<std::pair<std::string_view, std::vector<StoredTable>>> satellites{
+        {"production",
+         {{"f", "ProductionDTSWorkflowConfiguration", "productionID", "id", true, {"createdAt", "modifiedAt"}},
+          {"i", "ProductionIdentityConfiguration", "productionID", "id", true},
+          {"c", "ProductionCompanyIdentity", "productionID"},
+          {"x", "ProductionDTSExportConfiguration", "productionID", "id", true}}},
+        {"rulesetRevisions",
+         {{"m", "ProductionMealPenaltyRulesConfiguration", "rulesetRevisionID", "id", true, {"createdAt", "modifiedAt"}},
+          {"a", "ProductionTurnaroundRulesConfiguration", "rulesetRevisionID", "id", true, {"createdAt", "modifiedAt"}},
+          {"s", "ProductionRulesetSetupMetadata", "revisionID"},
+          {"i", "ProductionIdleCompensationConfiguration", "revisionID"},
+          {"h", "ProductionHolidayCompensationConfiguration", "revisionID"}}},
+        {"engagements",
+         {{"a", "EngagementTurnaroundConfiguration", "engagementID", "id", true, {"createdAt", "modifiedAt"}},
+          {"p", "EngagementPositionConfiguration", "engagementID"},
+          {"o", "EngagementPositionOverrideConfiguration", "engagementID", "id", false, {"modifiedAt"}},
+          {"r", "EngagementPositionRateConfiguration", "engagementID"}}},
+        {"workdays",
+         {{"x", "WorkdayDTSExportConfiguration", "workdayID", "id", true},
+          {"n", "WorkdayDTSNotes", "workdayID", "id", true},
+          {"m", "WorkdayMealLocationConfiguration", "workdayID", "id", true, {"modifiedAt"}}}},
+        {"crewDailyRerates", {{"d", "CrewDailyRerateDisplayConfiguration", "crewDailyEntryID", "crewDailyEntryID", true}}},
+    };
+    for (const auto& [key, owned] : satellites) {
+        if (key == collection.key) tables.insert(tables.end(), owned.begin(), owned.end());
+    }
+    return tables;
+}
+
 }  // namespace tessel::archive_format

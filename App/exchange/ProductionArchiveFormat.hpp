@@ -40,4 +40,21 @@ const Collection& earningLines();
 // "payrollTerminologyProfile", "roundingTolerance", and the built-in form's eligibility (an extra key).
 const std::vector<Collection>& settings();
 
+// A record's reference to another record of the same archive, and the sentence when it names none.
+struct Reference {
+    std::string_view collection, key, target;
+    std::string_view missing;
+};
+const std::vector<Reference>& references();
+
+// Where a collection's values are stored: its own table ("t") and the satellites joined to it, each by
+// the column that holds the owner's id. A satellite row is written when any of its values is present.
+struct StoredTable {
+    std::string_view alias, table, ownerColumn;
+    std::string_view ownerKey = "id";               // the record's key whose value the owner column holds
+    bool hasOwnID = false;                         // an "id" column of its own, given a new identity
+    std::vector<std::string_view> stampColumns{};  // required timestamps the archive does not carry
+};
+std::vector<StoredTable> tablesOf(const Collection& collection);
+
 }  // namespace tessel::archive_format

@@ -6,6 +6,7 @@
 #include "App/dtsexport/BuiltInDTSForm.hpp"
 #include "App/exchange/ProductionArchive.hpp"
 #include "App/model/NewFile.hpp"
+#include "App/model/ProductionProfile.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/shell/CommandActions.hpp"
 
@@ -133,6 +134,58 @@ int exportArchive(CommandSession& session, const ExportCommandArguments& a) {
     return exitSuccess;
 }
 
+// The whole archive is checked before anything is written, and written in one store action; the
+// imported production becomes the current one.
+int importArchive(CommandSession& session, const ExportCommandArguments& a) {
+    const auto bytes = session.readInputFile(a.archiveFile);
+    if (!bytes) return exitRefused;
+    TesselStore* store = session.store();
+    if (!store) return exitRefused;
+    std::optional<production_archive::ImportedProduction> done;
+    try {
+        done = store->perform([&](ModelContext& context) { return production_archive::importProduction(context, *bytes); });
+    } catch (const ProductionArchiveError& error) {
+        return session.refuseWithTitle(error.caseName(), std::string(production_archive::importTitle), error.description());
+    }
+    const auto& imported = *done;
+    std::string text = "Imported the production \u201C" + imported.name + "\u201D" +
+                       (imported.copy ? " as a copy: this store already holds the archive's production.\n" : ".\n");
+    if (imported.pendingIdentity) {
+        text += std::string(production_archive::pendingIdentityNotice) + " Use it with \u201Ctessel production identity accept\u201D.\n";
+    }
+    if (const auto problem = session.rememberProduction(imported.productionID)) text += *problem + "\n";
+    session.answer(Json{{"productionID", imported.productionID.text()}, {"name", imported.name}, {"copy", imported.copy},
+                        {"pendingIdentity", imported.pendingIdentity}},
+                   text);
+    return exitSuccess;
+}
+
+// A Department Head identity an archive brought is used only once accepted.
+int decideIdentity(CommandSession& session, const ExportCommandArguments& a) {
+    if (a.identityChoice != "accept" && a.identityChoice != "later") return session.refuse("invalidChoice", "Choose accept or later.");
+    return act(session, [&](ModelContext& context, const Production& production) {
+        auto& pending = context.prepare("SELECT departmentHeadName, signatureImageData FROM PendingImportedProductionDTSIdentity WHERE productionID = ?1");
+        columns::bind(pending, 1, production.id);
+        const auto identity = columns::readFirst(pending, [](SQLite::Statement& row) {
+            return std::pair(row.getColumn(0).getString(), row.getColumn(1).isNull() ? std::optional<std::string>() : std::optional(columns::blob(row.getColumn(1))));
+        });
+        if (!identity) throw Refused{"nothingPending", "This Production has no imported Department Head identity waiting."};
+        if (a.identityChoice == "later") {
+            session.answer(Json{{"identity", "later"}}, "Reviewing later keeps it in the Production archive without using it on DTS exports.\n");
+            return int{exitSuccess};
+        }
+        auto profile = production_profile::identity(context, production.id);
+        profile.departmentHeadName = identity->first;
+        production_profile::setIdentity(context, production.id, profile);
+        if (identity->second) dts_export::setSignature(context, production.id, *identity->second);
+        auto& remove = context.prepare("DELETE FROM PendingImportedProductionDTSIdentity WHERE productionID = ?1");
+        columns::bind(remove, 1, production.id);
+        remove.exec();
+        session.answer(Json{{"identity", "accepted"}}, "The imported Department Head identity is used on DTS exports from now on.\n");
+        return int{exitSuccess};
+    });
+}
+
 }  // namespace
 
 void addExportCommands(CLI::App& app, CommandSession& session, ExportCommandArguments& a, int& exitStatus) {
@@ -151,6 +204,14 @@ void addExportCommands(CLI::App& app, CommandSession& session, ExportCommandArgu
     auto* archive = app.get_subcommand("production")->add_subcommand("export", "Write the production, with everything it holds, as an archive");
     archive->add_option("--output", a.archiveOutput, "The archive to write (default: \u201CTessel-Production.tesselarchive\u201D here)");
     archive->callback([&] { exitStatus = exportArchive(session, a); });
+
+    auto* import = app.get_subcommand("production")->add_subcommand("import", "Add the production an archive holds (a copy when this store has it)");
+    import->add_option("FILE", a.archiveFile, "The .tesselarchive file")->required();
+    import->callback([&] { exitStatus = importArchive(session, a); });
+
+    auto* identity = app.get_subcommand("production")->add_subcommand("identity", "Use, or review later, a Department Head identity an archive brought");
+    identity->add_option("CHOICE", a.identityChoice, "accept or later")->required();
+    identity->callback([&] { exitStatus = decideIdentity(session, a); });
 }
 
 }  // namespace tessel

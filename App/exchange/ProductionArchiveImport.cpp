@@ -1,0 +1,407 @@
+#include <map>
+#include <set>
+#include <unordered_map>
+
+#include <nlohmann/json.hpp>
+
+#include "App/dtsexport/ProductionDTSExport.hpp"
+#include "App/exchange/Base64.hpp"
+#include "App/exchange/ProductionArchive.hpp"
+#include "App/exchange/ProductionArchiveFormat.hpp"
+#include "App/model/CalendarText.hpp"
+#include "App/model/DecimalJSON.hpp"
+#include "App/model/JSONFields.hpp"
+
+// Importing a production archive: the document decoded and checked whole, in the order the checks are
+// documented, before one write of everything it holds.
+namespace tessel {
+namespace {
+
+using Document = nlohmann::json;
+using namespace archive_format;
+using Error = ProductionArchiveError;
+
+constexpr std::size_t signatureLimit = 5'000'000;
+constexpr std::size_t workStateLimit = 200;
+// Notes longer than this could never be printed on a form; an archive carrying them is damaged.
+constexpr std::size_t notesLimit = 20'000;
+
+std::string path(std::string_view collection, std::size_t index, std::string_view key = {}) {
+    std::string p = std::string(collection) + "[" + std::to_string(index) + "]";
+    return key.empty() ? p : p + "." + std::string(key);
+}
+
+[[noreturn]] void malformed(const std::string& text) { throw Error::invalidArchive(text); }
+
+// A value of the kind the field carries, or the decoder's sentence naming it.
+void checkKind(const Document& value, FieldKind kind, const std::string& where) {
+    const auto expect = [&](bool ok, std::string_view what) {
+        if (!ok) malformed("The field \u201C" + where + "\u201D must be " + std::string(what) + ".");
+    };
+    switch (kind) {
+        case FieldKind::id:
+        case FieldKind::uuid: expect(value.is_string() && Uuid::parse(value.get<std::string>()).has_value(), "an identifier"); break;
+        case FieldKind::text: expect(value.is_string(), "text"); break;
+        case FieldKind::integer: expect(value.is_number_integer(), "a whole number"); break;
+        case FieldKind::boolean: expect(value.is_boolean(), "true or false"); break;
+        case FieldKind::decimal: expect(value.is_string() && Decimal::parse(value.get<std::string>()).has_value(), "a decimal number as text"); break;
+        case FieldKind::date: expect(value.is_string() && calendar_text::parseInstant(value.get<std::string>()).has_value(), "an ISO 8601 date"); break;
+        case FieldKind::bytes: expect(value.is_string() && base64::decode(value.get<std::string>()).has_value(), "base64 text"); break;
+        case FieldKind::uuidList:
+            expect(value.is_array(), "a list of identifiers");
+            for (const auto& item : value) expect(item.is_string() && Uuid::parse(item.get<std::string>()).has_value(), "a list of identifiers");
+            break;
+        case FieldKind::textList:
+            expect(value.is_array(), "a list of text");
+            for (const auto& item : value) expect(item.is_string(), "a list of text");
+            break;
+        case FieldKind::object: expect(value.is_object(), "an object"); break;
+        case FieldKind::objectList: expect(value.is_array(), "a list of objects"); break;
+    }
+}
+
+void checkRecord(const Document& record, const Collection& collection, const std::string& where) {
+    if (!record.is_object()) malformed("The field \u201C" + where + "\u201D must be an object.");
+    for (const auto& field : collection.fields) {
+        const auto found = record.find(std::string(field.key));
+        if (found == record.end() || found->is_null()) {
+            if (field.optional || field.kind == FieldKind::textList) continue;
+            malformed("The field \u201C" + where + "." + std::string(field.key) + "\u201D is missing.");
+        }
+        checkKind(*found, field.kind, where + "." + std::string(field.key));
+    }
+}
+
+// Step 1: the document and each collection decoded against the archive's description.
+Document decoded(const std::string& bytes) {
+    Document document;
+    try {
+        document = decimal_json::parse<Document>(bytes);
+    } catch (const std::exception& error) {
+        malformed(error.what());
+    }
+    if (!document.is_object()) malformed("The document must be a JSON object.");
+    if (!document.contains("metadata") || !document["metadata"].is_object()) malformed("The field \u201Cmetadata\u201D is missing.");
+    return document;
+}
+
+std::vector<const Document*> recordsOf(const Document& document, const Collection& collection) {
+    std::vector<const Document*> records;
+    const auto found = document.find(std::string(collection.key));
+    if (found == document.end() || found->is_null()) {
+        if (collection.shape == Shape::list || collection.shape == Shape::single) {
+            // Lists that every version carries must be there; an absent optional list reads as empty.
+            malformed("The field \u201C" + std::string(collection.key) + "\u201D is missing.");
+        }
+        return records;
+    }
+    if (collection.shape == Shape::single || collection.shape == Shape::optionalSingle) {
+        checkRecord(*found, collection, std::string(collection.key));
+        records.push_back(&*found);
+        return records;
+    }
+    if (!found->is_array()) malformed("The field \u201C" + std::string(collection.key) + "\u201D must be a list.");
+    for (std::size_t i = 0; i < found->size(); ++i) {
+        checkRecord((*found)[i], collection, path(collection.key, i));
+        records.push_back(&(*found)[i]);
+    }
+    return records;
+}
+
+std::string text(const Document& record, std::string_view key) {
+    const auto found = record.find(std::string(key));
+    return found != record.end() && found->is_string() ? found->get<std::string>() : std::string();
+}
+
+struct Decoded {
+    Document document;
+    std::map<std::string_view, std::vector<const Document*>> records;  // by collection key
+};
+
+// Steps 3 and 4: the metadata names the production carried, and the production's own values are sane.
+void checkProduction(const Decoded& archive) {
+    const Document& metadata = archive.document["metadata"];
+    const Document& production = *archive.records.at("production").front();
+    if (text(metadata, "productionID") != text(production, "id")) throw Error::invalidArchive("Production metadata identity does not match the payload.");
+    if (text(production, "defaultWorkState").size() > workStateLimit) throw Error::invalidArchive("The default Work State is invalid.");
+    if (production.contains("signatureImageData") && production["signatureImageData"].is_string()) {
+        const auto signature = base64::decode(production["signatureImageData"].get<std::string>()).value_or("");
+        if (signature.size() > signatureLimit) throw Error::invalidArchive("The DTS signature image is too large.");
+        try {
+            dts_export::checkSignatureImage(signature);
+        } catch (const ModelValidationError&) {
+            throw Error::invalidArchive("The DTS signature image is invalid.");
+        }
+    }
+    for (const Document* workday : archive.records.at("workdays")) {
+        if (text(*workday, "workStateOverride").size() > workStateLimit) throw Error::invalidArchive("A DTS Work State override is invalid.");
+        if (text(*workday, "notes").size() > notesLimit) throw Error::invalidArchive("DTS Notes are too large.");
+    }
+}
+
+// Step 5: every reference names a record of the archive.
+void checkReferences(const Decoded& archive) {
+    std::map<std::string_view, std::set<std::string>> ids;
+    for (const auto& [key, records] : archive.records) {
+        for (const Document* record : records) ids[key].insert(text(*record, "id"));
+    }
+    for (const auto& reference : references()) {
+        const auto& targets = ids[reference.target];
+        for (const Document* record : archive.records.at(reference.collection)) {
+            const auto found = record->find(std::string(reference.key));
+            if (found == record->end() || found->is_null()) continue;
+            const std::vector<Document> named = found->is_array() ? std::vector<Document>(found->begin(), found->end()) : std::vector<Document>{*found};
+            for (const auto& id : named) {
+                if (!targets.contains(id.get<std::string>())) throw Error::invalidArchive(std::string(reference.missing));
+            }
+        }
+    }
+    // One confirmed stub per crew member and week; one order value per earning line of a stub.
+    std::set<std::pair<std::string, std::string>> stubs;
+    for (const Document* stub : archive.records.at("actualPayStubs")) {
+        if (!stubs.emplace(text(*stub, "crewMemberID"), text(*stub, "payrollWeekID")).second) {
+            throw Error::invalidArchive("Competing confirmed pay stubs exist for one crew member and Payroll Week.");
+        }
+        std::set<std::int64_t> orders;
+        const auto lines = stub->find("earningLines");
+        if (lines == stub->end() || !lines->is_array()) throw Error::invalidArchive("A confirmed pay stub gross is invalid.");
+        for (std::size_t i = 0; i < lines->size(); ++i) {
+            checkRecord((*lines)[i], earningLines(), path("earningLines", i));
+            if (!orders.insert((*lines)[i]["displayOrder"].get<std::int64_t>()).second) {
+                throw Error::invalidArchive("A confirmed pay stub has duplicate earning-line order values.");
+            }
+        }
+    }
+}
+
+// ---- writing ----
+
+class Writer {
+public:
+    Writer(ModelContext& context, bool copy, Instant now) : context_(context), copy_(copy), stamp_(calendar_text::formatInstant(now)) {}
+
+    // In a copy every record gets a new identity, and every reference to a record of the archive follows it.
+    void assignIdentities(const Decoded& archive) {
+        if (!copy_) return;
+        for (const auto& [key, records] : archive.records) {
+            for (const Document* record : records) {
+                renamed_.emplace(text(*record, "id"), Uuid::generate().text());
+                if (key == "actualPayStubs") {
+                    for (const auto& line : (*record)["earningLines"]) renamed_.emplace(text(line, "id"), Uuid::generate().text());
+                }
+            }
+        }
+    }
+
+    std::string identity(const std::string& id) const {
+        const auto found = renamed_.find(id);
+        return found == renamed_.end() ? id : found->second;
+    }
+
+    void write(const Collection& collection, const Document& record, const std::string& productionID) {
+        for (const auto& table : tablesOf(collection)) {
+            std::vector<std::pair<std::string, std::string>> columns;  // column and the key it comes from
+            for (const auto& field : collection.fields) {
+                const auto column = storedColumn(field.column, table.alias);
+                if (!column.empty() && record.contains(std::string(field.key)) && !record[std::string(field.key)].is_null()) {
+                    columns.emplace_back(column, std::string(field.key));
+                }
+            }
+            if (table.alias != "t" && columns.empty()) continue;
+            if (table.alias == "r" && record.contains("payrollPositionRates") && !record["payrollPositionRates"].empty()) continue;
+            insert(collection, table, record, columns, productionID);
+        }
+        if (collection.key == "engagements") writeEngagementLists(record);
+        if (collection.key == "actualPayStubs") {
+            for (const auto& line : record["earningLines"]) {
+                std::vector<std::pair<std::string, std::string>> columns;
+                for (const auto& field : earningLines().fields) {
+                    if (line.contains(std::string(field.key)) && !line[std::string(field.key)].is_null()) {
+                        columns.emplace_back(storedColumn(field.column, "t"), std::string(field.key));
+                    }
+                }
+                StoredTable lines{"t", "ConfirmedPayStubEarningLine", ""};
+                insert(earningLines(), lines, line, columns, productionID, std::pair(std::string("payStubID"), identity(text(record, "id"))));
+            }
+        }
+    }
+
+    void writeSetting(const Collection& setting, const Document& value, const std::string& productionID) {
+        const std::string table(setting.from.substr(0, setting.from.find(' ')));
+        const std::string column = storedColumn(setting.fields.front().column, "t");
+        auto& statement = context_.prepare("INSERT OR REPLACE INTO " + table + " (productionID, " + column + ") VALUES (?1, ?2)");
+        columns::bind(statement, 1, productionID);
+        bindValue(statement, 2, value, setting.fields.front().kind);
+        statement.exec();
+    }
+
+private:
+    // "t.name" is the column "name" of the table aliased "t"; "coalesce(t.data, x'')" reads the same column.
+    static std::string storedColumn(std::string_view expression, std::string_view alias) {
+        if (expression.starts_with("coalesce(")) expression = expression.substr(9, expression.find(',') - 9);
+        const std::string prefix = std::string(alias) + ".";
+        if (!expression.starts_with(prefix)) return {};
+        const auto column = expression.substr(prefix.size());
+        return column.find_first_of(" ()") == std::string_view::npos ? std::string(column) : std::string();
+    }
+
+    void bindValue(SQLite::Statement& statement, int index, const Document& value, FieldKind kind) {
+        switch (kind) {
+            case FieldKind::id:
+            case FieldKind::uuid: columns::bind(statement, index, identity(value.get<std::string>())); break;
+            case FieldKind::text:
+            case FieldKind::decimal:
+            case FieldKind::date: columns::bind(statement, index, value.get<std::string>()); break;
+            case FieldKind::integer: statement.bind(index, value.get<std::int64_t>()); break;
+            case FieldKind::boolean: statement.bind(index, value.get<bool>() ? 1 : 0); break;
+            case FieldKind::bytes: columns::bindBlob(statement, index, *base64::decode(value.get<std::string>())); break;
+            case FieldKind::textList:
+            case FieldKind::object: columns::bindBlob(statement, index, decimal_json::dump(value)); break;
+            case FieldKind::uuidList:
+            case FieldKind::objectList: break;
+        }
+    }
+
+    void insert(const Collection& collection, const StoredTable& table, const Document& record,
+                const std::vector<std::pair<std::string, std::string>>& columns, const std::string& productionID,
+                std::optional<std::pair<std::string, std::string>> owner = std::nullopt) {
+        std::vector<std::string> names;
+        for (const auto& [column, key] : columns) names.push_back(column);
+        std::vector<std::string> extras;  // values bound after the record's own
+        if (table.alias == "t") {
+            if (collection.from.find("t.productionID = ?1") != std::string_view::npos) {
+                names.push_back("productionID");
+                extras.push_back(productionID);
+            }
+            if (owner) {
+                names.push_back(owner->first);
+                extras.push_back(owner->second);
+            }
+        } else {
+            names.push_back(std::string(table.ownerColumn));
+            extras.push_back(identity(text(record, table.ownerKey)));
+            if (table.hasOwnID) {
+                names.push_back("id");
+                extras.push_back(Uuid::generate().text());
+            }
+            for (const auto stamp : table.stampColumns) {
+                names.push_back(std::string(stamp));
+                extras.push_back(stamp_);
+            }
+        }
+        std::string sql = "INSERT INTO " + std::string(table.table) + " (";
+        for (std::size_t i = 0; i < names.size(); ++i) sql += (i ? ", " : "") + names[i];
+        sql += ") VALUES (";
+        for (std::size_t i = 0; i < names.size(); ++i) sql += (i ? ", ?" : "?") + std::to_string(i + 1);
+        auto& statement = context_.prepare(sql + ")");
+        int index = 1;
+        for (const auto& [column, key] : columns) {
+            const auto field = std::find_if(collection.fields.begin(), collection.fields.end(), [&](const Field& f) { return f.key == key; });
+            bindValue(statement, index++, record[key], field->kind);
+        }
+        for (const auto& extra : extras) columns::bind(statement, index++, extra);
+        statement.exec();
+    }
+
+    void writeEngagementLists(const Document& record) {
+        const std::string engagement = identity(text(record, "id"));
+        for (const auto& condition : record.value("employmentConditionIDs", Document::array())) {
+            auto& statement = context_.prepare("INSERT INTO EngagementEmploymentCondition (engagementID, conditionID) VALUES (?1, ?2)");
+            columns::bind(statement, 1, engagement);
+            columns::bind(statement, 2, identity(condition.get<std::string>()));
+            statement.exec();
+        }
+        for (const auto& rate : record.value("payrollPositionRates", Document::array())) {
+            auto& statement = context_.prepare(
+                "INSERT INTO EngagementPositionRateConfiguration (engagementID, effectiveDate, appliedScaleAmount, currencyCode, followsPositionScale) "
+                "VALUES (?1, ?2, ?3, ?4, ?5)");
+            columns::bind(statement, 1, engagement);
+            columns::bind(statement, 2, text(rate, "effectiveDate"));
+            columns::bind(statement, 3, text(rate, "appliedScaleAmount"));
+            columns::bind(statement, 4, text(rate, "currencyCode"));
+            statement.bind(5, rate.value("followsPositionScale", false) ? 1 : 0);
+            statement.exec();
+        }
+    }
+
+    ModelContext& context_;
+    bool copy_;
+    std::string stamp_;
+    std::unordered_map<std::string, std::string> renamed_;
+};
+
+bool exists(ModelContext& context, const std::string& productionID) {
+    auto& statement = context.prepare("SELECT EXISTS (SELECT 1 FROM Production WHERE id = ?1)");
+    columns::bind(statement, 1, productionID);
+    return columns::readFirst(statement, [](SQLite::Statement& row) { return row.getColumn(0).getInt() != 0; }).value_or(false);
+}
+
+}  // namespace
+
+ProductionArchiveError ProductionArchiveError::unsupportedVersion(std::int64_t version) {
+    return {Case::unsupportedVersion, "unsupportedVersion",
+            "Tessel Archive version " + std::to_string(version) + " is not supported by this version of Tessel."};
+}
+ProductionArchiveError ProductionArchiveError::invalidArchive(const std::string& detail) {
+    return {Case::invalidArchive, "invalidArchive", "The Tessel Archive is invalid. " + detail};
+}
+ProductionArchiveError ProductionArchiveError::importFailed(const std::string& detail) {
+    return {Case::importFailed, "importFailed", "The Production could not be imported. " + detail};
+}
+
+namespace production_archive {
+
+ImportedProduction importProduction(ModelContext& context, const std::string& archiveBytes) {
+    Decoded archive{decoded(archiveBytes), {}};
+    const Document& metadata = archive.document["metadata"];
+    const auto version = metadata.find("archiveFormatVersion");
+    if (version == metadata.end() || !version->is_number_integer()) malformed("The field \u201Cmetadata.archiveFormatVersion\u201D is missing.");
+    if (version->get<std::int64_t>() < 1 || version->get<std::int64_t>() > formatVersion) throw Error::unsupportedVersion(version->get<std::int64_t>());
+    for (const auto& collection : collections()) archive.records[collection.key] = recordsOf(archive.document, collection);
+    for (const auto& setting : settings()) {
+        const auto found = archive.document.find(std::string(setting.key));
+        if (found != archive.document.end() && !found->is_null()) checkKind(*found, setting.fields.front().kind, std::string(setting.key));
+    }
+    checkProduction(archive);
+    checkReferences(archive);
+
+    const Document& production = *archive.records.at("production").front();
+    const bool copy = exists(context, text(production, "id"));
+    Writer writer(context, copy, std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
+    writer.assignIdentities(archive);
+    const std::string productionID = writer.identity(text(production, "id"));
+    // The name and the Department Head identity are set apart before the production is written.
+    Document own = production;
+    if (copy) own["name"] = text(production, "name") + std::string(copySuffix);
+    const bool pendingIdentity = !text(production, "departmentHeadName").empty() || production.contains("signatureImageData");
+    own.erase("departmentHeadName");
+    own.erase("signatureImageData");
+    try {
+        for (const auto& collection : collections()) {
+            for (const Document* record : archive.records.at(collection.key)) {
+                writer.write(collection, collection.key == "production" ? own : *record, productionID);
+            }
+        }
+        for (const auto& setting : settings()) {
+            const auto found = archive.document.find(std::string(setting.key));
+            if (found != archive.document.end() && !found->is_null()) writer.writeSetting(setting, *found, productionID);
+        }
+        if (pendingIdentity) {
+            auto& statement = context.prepare(
+                "INSERT INTO PendingImportedProductionDTSIdentity (id, productionID, departmentHeadName, signatureImageData) VALUES (?1, ?2, ?3, ?4)");
+            columns::bind(statement, 1, Uuid::generate());
+            columns::bind(statement, 2, productionID);
+            columns::bind(statement, 3, text(production, "departmentHeadName"));
+            if (production.contains("signatureImageData")) {
+                columns::bindBlob(statement, 4, *base64::decode(production["signatureImageData"].get<std::string>()));
+            }
+            statement.exec();
+        }
+    } catch (const SQLite::Exception& error) {
+        throw Error::importFailed(error.what());
+    }
+    return {*Uuid::parse(productionID), text(own, "name"), copy, pendingIdentity};
+}
+
+}  // namespace production_archive
+}  // namespace tessel
