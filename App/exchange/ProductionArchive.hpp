@@ -58,6 +58,9 @@ struct ImportedProduction {
     bool pendingIdentity = false;  // a Department Head name or signature waits to be accepted
 };
 
+// Decodes and checks the whole archive without writing anything; throws ProductionArchiveError.
+void checkArchive(const std::string& archiveBytes);
+
 // Decodes and checks the whole archive, then writes the production and everything it owns in the
 // caller's transaction. Throws ProductionArchiveError before anything is written.
 ImportedProduction importProduction(ModelContext& context, const std::string& archiveBytes);

@@ -351,7 +351,10 @@ ProductionArchiveError ProductionArchiveError::importFailed(const std::string& d
 
 namespace production_archive {
 
-ImportedProduction importProduction(ModelContext& context, const std::string& archiveBytes) {
+namespace {
+
+// Steps 1 to 5: the whole document decoded and checked, nothing written.
+Decoded checked(const std::string& archiveBytes) {
     Decoded archive{decoded(archiveBytes), {}};
     const Document& metadata = archive.document["metadata"];
     const auto version = metadata.find("archiveFormatVersion");
@@ -364,7 +367,15 @@ ImportedProduction importProduction(ModelContext& context, const std::string& ar
     }
     checkProduction(archive);
     checkReferences(archive);
+    return archive;
+}
 
+}  // namespace
+
+void checkArchive(const std::string& archiveBytes) { checked(archiveBytes); }
+
+ImportedProduction importProduction(ModelContext& context, const std::string& archiveBytes) {
+    const Decoded archive = checked(archiveBytes);
     const Document& production = *archive.records.at("production").front();
     const bool copy = exists(context, text(production, "id"));
     Writer writer(context, copy, std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));

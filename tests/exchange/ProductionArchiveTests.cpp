@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <functional>
+#include <set>
 #include <sstream>
 
 #include "../support/CommandRun.hpp"
@@ -80,7 +82,11 @@ TEST_F(ProductionExport, WritesEveryRecordWithItsValuesAsText) {
     EXPECT_EQ(document["production"]["productionCompany"], "Lighthouse Pictures");
     EXPECT_EQ(document["dtsExportTemplateMode"], "legacyKestrel");
     // Decimals keep their scale as text; dates are ISO 8601 without fractions.
-    EXPECT_EQ(document["payRates"][0]["hourlyAmount"], "12.50");
+    const auto any = [&](const char* collection, const char* key, const char* value) {
+        const auto& records = document[collection];
+        return std::any_of(records.begin(), records.end(), [&](const auto& r) { return r.contains(key) && r[key] == value; });
+    };
+    EXPECT_TRUE(any("payRates", "hourlyAmount", "12.50"));
     EXPECT_EQ(document["workdays"][0]["calendarDate"], "2026-11-04T00:00:00Z");
     EXPECT_EQ(document["workdays"][0]["generalCrewCall"], "2026-11-04T07:00:00Z");
     EXPECT_EQ(document["workdays"][0]["notes"], "Stage 4.");
@@ -90,7 +96,7 @@ TEST_F(ProductionExport, WritesEveryRecordWithItsValuesAsText) {
     EXPECT_EQ(document["crewDailyJobs"][0]["positionName"], "Gaffer");
     EXPECT_EQ(document["boxRentalSelections"][0]["applies"], true);
     EXPECT_EQ(document["positionScaleRates"][0]["hourlyAmount"], "52.20");
-    EXPECT_EQ(document["engagements"][0]["payrollPositionName"], "Gaffer");
+    EXPECT_TRUE(any("engagements", "payrollPositionName", "Gaffer"));
     // A position's defaults and the signature travel as base64 of the stored bytes.
     const auto defaults = base64::decode(document["productionPositions"][0]["dailyDefaultsData"].get<std::string>());
     ASSERT_TRUE(defaults);
@@ -127,6 +133,160 @@ TEST_F(ProductionExport, RefusesPositionTermsOwnedAcrossProductions) {
     EXPECT_EQ(run({"production", "export", "--output", archive.string()}).err,
               "Couldn\u2019t Export Production\nPosition terms have missing or cross-Production ownership.\n");
     EXPECT_FALSE(fs::exists(archive));
+}
+
+// An archive changed by `change`, imported into the test's store: the refusal, and whether the store's
+// productions stayed as they were.
+class ProductionImport : public ProductionExport {
+protected:
+    nlohmann::json original;
+    void SetUp() override {
+        ProductionExport::SetUp();
+        original = exported();
+    }
+    std::string importChanged(const std::function<void(nlohmann::json&)>& change) {
+        auto document = original;
+        change(document);
+        const auto file = folder.path() / "changed.tesselarchive";
+        std::ofstream(file) << document.dump(2);
+        const auto before = run({"production", "list"}).out;
+        const auto result = run({"production", "import", file.string()});
+        EXPECT_EQ(run({"production", "list"}).out, before) << "the store changed";
+        return result.err;
+    }
+    static std::set<std::string> identities(const nlohmann::json& document) {
+        std::set<std::string> ids;
+        for (const auto& [key, value] : document.items()) {
+            if (!value.is_array()) continue;
+            for (const auto& record : value) {
+                if (record.is_object() && record.contains("id")) ids.insert(record["id"].get<std::string>());
+            }
+        }
+        ids.insert(document["production"]["id"].get<std::string>());
+        return ids;
+    }
+};
+
+TEST_F(ProductionImport, IntoAnotherStoreGivesTheSameArchiveBack) {
+    ASSERT_EQ(run({"production", "set", "--department-head", "Morgan Hale"}).status, 0);
+    original = exported();
+    const auto elsewhere = (folder.path() / "elsewhere").string();
+    const auto imported = testing::runCommand({"--store-root", elsewhere, "production", "import", archive.string()});
+    ASSERT_EQ(imported.status, 0) << imported.err;
+    EXPECT_EQ(imported.out,
+              "Imported the production \u201CHarbor Lights\u201D.\nThis Production archive includes Department Head identity from another "
+              "installation. It has been preserved, but it will not be used on DTS exports unless you accept it. Use it with \u201Ctessel "
+              "production identity accept\u201D.\n");
+    ASSERT_EQ(testing::runCommand({"--store-root", elsewhere, "production", "identity", "accept"}).status, 0);
+    const auto again = folder.path() / "again.tesselarchive";
+    ASSERT_EQ(testing::runCommand({"--store-root", elsewhere, "production", "export", "--output", again.string()}).status, 0);
+    std::ifstream in(again);
+    auto back = nlohmann::json::parse(in);
+    back["metadata"].erase("exportedAt");
+    auto sent = original;
+    sent["metadata"].erase("exportedAt");
+    EXPECT_EQ(back, sent);
+}
+
+TEST_F(ProductionImport, IntoTheSameStoreMakesACopySharingNothing) {
+    const auto imported = run({"production", "import", archive.string()});
+    ASSERT_EQ(imported.status, 0) << imported.err;
+    EXPECT_NE(imported.out.find("Imported the production \u201CHarbor Lights (Imported Copy)\u201D as a copy"), std::string::npos);
+    const auto copy = exported();  // the imported copy is now the current production
+    EXPECT_EQ(copy["production"]["name"], "Harbor Lights (Imported Copy)");
+    EXPECT_EQ(copy["crewDailyEntries"].size(), original["crewDailyEntries"].size());
+    EXPECT_TRUE(std::any_of(copy["payRates"].begin(), copy["payRates"].end(), [](const auto& r) { return r["hourlyAmount"] == "12.50"; }));
+    const auto first = identities(original), second = identities(copy);
+    std::vector<std::string> shared;
+    std::set_intersection(first.begin(), first.end(), second.begin(), second.end(), std::back_inserter(shared));
+    EXPECT_TRUE(shared.empty()) << shared.size() << " records shared";
+    // References follow the new identities: the copy's rows name the copy's crew.
+    std::set<std::string> crew;
+    for (const auto& member : copy["crewMembers"]) crew.insert(member["id"].get<std::string>());
+    for (const auto& entry : copy["crewDailyEntries"]) EXPECT_TRUE(crew.contains(entry["crewMemberID"].get<std::string>()));
+}
+
+struct RefusalCase {
+    const char* name;
+    std::function<void(nlohmann::json&)> change;
+    const char* refusal;
+};
+
+class ImportRefusals : public ProductionImport, public ::testing::WithParamInterface<RefusalCase> {};
+
+TEST_P(ImportRefusals, RefuseWithTheirSentenceAndWriteNothing) {
+    EXPECT_EQ(importChanged(GetParam().change), "Couldn\u2019t Import Production\n" + std::string(GetParam().refusal) + "\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Archives, ImportRefusals,
+    ::testing::Values(
+        RefusalCase{"VersionZero", [](auto& d) { d["metadata"]["archiveFormatVersion"] = 0; },
+                    "Tessel Archive version 0 is not supported by this version of Tessel."},
+        RefusalCase{"VersionThree", [](auto& d) { d["metadata"]["archiveFormatVersion"] = 3; },
+                    "Tessel Archive version 3 is not supported by this version of Tessel."},
+        RefusalCase{"IdentityMismatch", [](auto& d) { d["metadata"]["productionID"] = "F0000000-0000-4000-8000-000000000009"; },
+                    "The Tessel Archive is invalid. Production metadata identity does not match the payload."},
+        RefusalCase{"MissingCrew", [](auto& d) { d["engagements"][0]["crewMemberID"] = "F0000000-0000-4000-8000-000000000009"; },
+                    "The Tessel Archive is invalid. An engagement references missing crew."},
+        RefusalCase{"RowWithoutWorkday", [](auto& d) { d["workdays"] = nlohmann::json::array(); },
+                    "The Tessel Archive is invalid. A daily entry references a missing workday."},
+        RefusalCase{"AmountNotADecimal", [](auto& d) { d["payRates"][0]["hourlyAmount"] = "twelve"; },
+                    "The Tessel Archive is invalid. The field \u201CpayRates[0].hourlyAmount\u201D must be a decimal number as text."},
+        RefusalCase{"MissingKey", [](auto& d) { d["crewMembers"][0].erase("displayName"); },
+                    "The Tessel Archive is invalid. The field \u201CcrewMembers[0].displayName\u201D is missing."},
+        RefusalCase{"LongWorkState", [](auto& d) { d["production"]["defaultWorkState"] = std::string(201, 'C'); },
+                    "The Tessel Archive is invalid. The default Work State is invalid."},
+        RefusalCase{"SignatureTooLarge",
+                    [](auto& d) { d["production"]["signatureImageData"] = base64::encode(std::string(5'000'001, 'x')); },
+                    "The Tessel Archive is invalid. The DTS signature image is too large."},
+        RefusalCase{"SignatureNotAnImage", [](auto& d) { d["production"]["signatureImageData"] = base64::encode("not an image"); },
+                    "The Tessel Archive is invalid. The DTS signature image is invalid."},
+        RefusalCase{"CompetingStubs",
+                    [](auto& d) {
+                        nlohmann::json stub{{"id", "F0000000-0000-4000-8000-00000000000A"},
+                                            {"crewMemberID", d["crewMembers"][0]["id"]},
+                                            {"payrollWeekID", d["payrollWeeks"][0]["id"]},
+                                            {"payrollWeekStart", "2026-11-02T00:00:00Z"},
+                                            {"payrollWeekEnd", "2026-11-08T00:00:00Z"},
+                                            {"printedEmployeeName", "DANA RIVERA"},
+                                            {"printedOccupation", "GAFFER"},
+                                            {"gross", "100.00"},
+                                            {"sourcePDFData", ""},
+                                            {"sourceFilename", "a.pdf"},
+                                            {"importedAt", "2026-11-10T00:00:00Z"},
+                                            {"confirmedAt", "2026-11-10T00:00:00Z"},
+                                            {"modifiedAt", "2026-11-10T00:00:00Z"},
+                                            {"earningLines", nlohmann::json::array()}};
+                        d["actualPayStubs"] = {stub, stub};
+                        d["actualPayStubs"][1]["id"] = "F0000000-0000-4000-8000-00000000000B";
+                    },
+                    "The Tessel Archive is invalid. Competing confirmed pay stubs exist for one crew member and Payroll Week."},
+        RefusalCase{"NotJSON", [](auto& d) { d = "just text"; }, "The Tessel Archive is invalid. The document must be a JSON object."}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(ProductionImport, AVersionOneArchiveWithoutTheLaterListsImports) {
+    for (const char* key : {"boxRentalTerms", "boxRentalSelections", "dailyGuaranteeTerms", "crewDailyWorkModes", "crewDailyRerates", "crewDailyJobs",
+                            "crewDailyDTSTitles", "crewDailyMileage", "workdayMileage", "compensationProvisionConfigurations",
+                            "engagementCompensationProvisionTerms", "rateCards", "positionScaleRates", "productionPositions", "actualPayStubs",
+                            "payrollIssues", "positionTerms", "dtsExportTemplateMode", "payrollWeekStartWeekday", "roundingTolerance"}) {
+        original.erase(key);
+    }
+    for (auto& engagement : original["engagements"]) {
+        for (const char* key : {"payrollPositionSourcePresetID", "payrollPositionName", "payrollPositionSnapshotData", "payrollPositionRates",
+                                "payrollPositionRateEffectiveDate", "payrollPositionScaleAmount", "payrollPositionRateCurrencyCode",
+                                "payrollPositionRateFollowsScale", "payrollPositionAppliedAt"}) {
+            engagement.erase(key);
+        }
+    }
+    original["metadata"]["archiveFormatVersion"] = 1;
+    const auto file = folder.path() / "version1.tesselarchive";
+    std::ofstream(file) << original.dump(2);
+    const auto imported = run({"production", "import", file.string()});
+    ASSERT_EQ(imported.status, 0) << imported.err;
+    const auto copy = exported();
+    EXPECT_EQ(copy["crewDailyEntries"].size(), 2u);
+    EXPECT_TRUE(copy["crewDailyJobs"].empty());
 }
 
 }  // namespace
