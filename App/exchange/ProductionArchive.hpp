@@ -47,6 +47,7 @@ std::string exportProduction(ModelContext& context, const Uuid& productionID, In
 
 inline constexpr std::string_view importTitle = "Couldn\u2019t Import Production";
 inline constexpr std::string_view copySuffix = " (Imported Copy)";
+inline constexpr std::string_view legacyPositionLabel = "Legacy Position; package provenance unknown.";
 inline constexpr std::string_view pendingIdentityNotice =
     "This Production archive includes Department Head identity from another installation. It has been preserved, but it will not be used on "
     "DTS exports unless you accept it.";

@@ -198,7 +198,9 @@ public:
         return found == renamed_.end() ? id : found->second;
     }
 
-    void write(const Collection& collection, const Document& record, const std::string& productionID) {
+    void write(const Collection& collection, const Document& given, const std::string& productionID) {
+        Document labelled;
+        const Document& record = withProvenanceLabel(collection, given, labelled);
         for (const auto& table : tablesOf(collection)) {
             std::vector<std::pair<std::string, std::string>> columns;  // column and the key it comes from
             for (const auto& field : collection.fields) {
@@ -236,6 +238,14 @@ public:
     }
 
 private:
+    // A position that arrives without its package provenance and without notes says so in its notes.
+    static const Document& withProvenanceLabel(const Collection& collection, const Document& record, Document& labelled) {
+        if (collection.key != "productionPositions" || record.contains("sourceRatePackageID") || record.contains("sourceNotes")) return record;
+        labelled = record;
+        labelled["sourceNotes"] = std::string(production_archive::legacyPositionLabel);
+        return labelled;
+    }
+
     // "t.name" is the column "name" of the table aliased "t"; "coalesce(t.data, x'')" reads the same column.
     static std::string storedColumn(std::string_view expression, std::string_view alias) {
         if (expression.starts_with("coalesce(")) expression = expression.substr(9, expression.find(',') - 9);
@@ -295,7 +305,8 @@ private:
         for (std::size_t i = 0; i < names.size(); ++i) sql += (i ? ", ?" : "?") + std::to_string(i + 1);
         auto& statement = context_.prepare(sql + ")");
         int index = 1;
-        for (const auto& [column, key] : columns) {
+        for (const auto& column : columns) {
+            const std::string& key = column.second;  // a plain name: lambdas capture no structured bindings in every compiler
             const auto field = std::find_if(collection.fields.begin(), collection.fields.end(), [&](const Field& f) { return f.key == key; });
             bindValue(statement, index++, record[key], field->kind);
         }

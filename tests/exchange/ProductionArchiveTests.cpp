@@ -280,6 +280,10 @@ TEST_F(ProductionImport, AVersionOneArchiveWithoutTheLaterListsImports) {
         }
     }
     original["metadata"]["archiveFormatVersion"] = 1;
+    // A position from a writer that kept no provenance and no notes.
+    original["productionPositions"] = nlohmann::json::array({{{"id", "F0000000-0000-4000-8000-00000000000C"}, {"positionName", "Best Boy"},
+                                                              {"dailyDefaultsData", ""}, {"weeklyDefaultsData", ""}, {"displayOrder", 0},
+                                                              {"isActive", true}, {"modifiedAt", "2026-11-01T00:00:00Z"}}});
     const auto file = folder.path() / "version1.tesselarchive";
     std::ofstream(file) << original.dump(2);
     const auto imported = run({"production", "import", file.string()});
@@ -287,6 +291,8 @@ TEST_F(ProductionImport, AVersionOneArchiveWithoutTheLaterListsImports) {
     const auto copy = exported();
     EXPECT_EQ(copy["crewDailyEntries"].size(), 2u);
     EXPECT_TRUE(copy["crewDailyJobs"].empty());
+    ASSERT_EQ(copy["productionPositions"].size(), 1u);
+    EXPECT_EQ(copy["productionPositions"][0]["sourceNotes"], "Legacy Position; package provenance unknown.");
 }
 
 }  // namespace
