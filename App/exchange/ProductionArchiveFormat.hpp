@@ -40,12 +40,17 @@ const Collection& earningLines();
 // "payrollTerminologyProfile", "roundingTolerance", and the built-in form's eligibility (an extra key).
 const std::vector<Collection>& settings();
 
-// A record's reference to another record of the same archive, and the sentence when it names none.
-struct Reference {
-    std::string_view collection, key, target;
-    std::string_view missing;
+// One content check of an imported archive: a record's reference to a record of the archive, or a
+// value that must read. Checks run in the order listed, and the first that fails gives the sentence.
+// A top-level setting is checked with its own key as the collection and an empty key.
+struct Check {
+    enum class Rule { reference, decimal, nonNegativeDecimal, oneOf, notEmpty, nonNegativeInteger, weekday };
+    std::string_view collection, key;
+    Rule rule;
+    std::string_view argument;  // reference: the target collection; oneOf: the raw values, "|"-separated
+    std::string_view message;
 };
-const std::vector<Reference>& references();
+const std::vector<Check>& checks();
 
 // Where a collection's values are stored: its own table ("t") and the satellites joined to it, each by
 // the column that holds the owner's id. A satellite row is written when any of its values is present.

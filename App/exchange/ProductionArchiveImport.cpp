@@ -10,6 +10,7 @@
 #include "App/exchange/ProductionArchiveFormat.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/DecimalJSON.hpp"
+#include "App/model/EntryText.hpp"
 #include "App/model/JSONFields.hpp"
 
 // Importing a production archive: the document decoded and checked whole, in the order the checks are
@@ -44,7 +45,8 @@ void checkKind(const Document& value, FieldKind kind, const std::string& where) 
         case FieldKind::text: expect(value.is_string(), "text"); break;
         case FieldKind::integer: expect(value.is_number_integer(), "a whole number"); break;
         case FieldKind::boolean: expect(value.is_boolean(), "true or false"); break;
-        case FieldKind::decimal: expect(value.is_string() && Decimal::parse(value.get<std::string>()).has_value(), "a decimal number as text"); break;
+        // Whether a decimal reads is a content check with its own sentence.
+        case FieldKind::decimal: expect(value.is_string(), "a decimal number as text"); break;
         case FieldKind::date: expect(value.is_string() && calendar_text::parseInstant(value.get<std::string>()).has_value(), "an ISO 8601 date"); break;
         case FieldKind::bytes: expect(value.is_string() && base64::decode(value.get<std::string>()).has_value(), "base64 text"); break;
         case FieldKind::uuidList:
@@ -139,37 +141,82 @@ void checkProduction(const Decoded& archive) {
     }
 }
 
-// Step 5: every reference names a record of the archive.
-void checkReferences(const Decoded& archive) {
+bool passes(const Check& check, const Document& value, const std::map<std::string_view, std::set<std::string>>& ids) {
+    using R = Check::Rule;
+    switch (check.rule) {
+        case R::reference: {
+            const auto target = ids.find(check.argument);
+            const auto named = [&](const Document& id) { return id.is_string() && target != ids.end() && target->second.contains(id.get<std::string>()); };
+            if (value.is_array()) return std::all_of(value.begin(), value.end(), named);
+            return named(value);
+        }
+        case R::decimal: return value.is_string() && Decimal::parse(value.get<std::string>()).has_value();
+        case R::nonNegativeDecimal: {
+            const auto amount = value.is_string() ? Decimal::parse(value.get<std::string>()) : std::nullopt;
+            return amount && !(*amount < Decimal(0));
+        }
+        case R::oneOf: {
+            if (!value.is_string()) return false;
+            const std::string raw = value.get<std::string>();
+            std::string_view values = check.argument;
+            for (std::size_t bar = values.find('|');; bar = values.find('|')) {
+                if (values.substr(0, bar) == raw) return true;
+                if (bar == std::string_view::npos) return false;
+                values.remove_prefix(bar + 1);
+            }
+        }
+        case R::notEmpty: return value.is_string() && !entry_text::isBlank(value.get<std::string>());
+        case R::nonNegativeInteger: return value.is_number_integer() && value.get<std::int64_t>() >= 0;
+        case R::weekday: return value.is_number_integer() && value.get<std::int64_t>() >= 1 && value.get<std::int64_t>() <= 7;
+    }
+    return false;
+}
+
+// The earning lines of each confirmed stub: one order value each, a label, amounts that read.
+void checkEarningLines(const Document& stub) {
+    std::set<std::int64_t> orders;
+    const auto lines = stub.find("earningLines");
+    if (lines == stub.end() || !lines->is_array()) malformed("The field \u201CactualPayStubs[].earningLines\u201D is missing.");
+    for (std::size_t i = 0; i < lines->size(); ++i) {
+        const Document& line = (*lines)[i];
+        checkRecord(line, earningLines(), path("earningLines", i));
+        if (!orders.insert(line["displayOrder"].get<std::int64_t>()).second) {
+            throw Error::invalidArchive("A confirmed pay stub has duplicate earning-line order values.");
+        }
+        if (entry_text::isBlank(text(line, "printedLabel"))) throw Error::invalidArchive("An Actual Pay earning label is missing.");
+        const auto reads = [&](const char* key) { return !line.contains(key) || line[key].is_null() || Decimal::parse(line[key].get<std::string>()); };
+        if (!reads("hours")) throw Error::invalidArchive("An Actual Pay earning-hours value is invalid.");
+        if (!reads("rate")) throw Error::invalidArchive("An Actual Pay earning-rate value is invalid.");
+        if (!reads("amount")) throw Error::invalidArchive("An Actual Pay earning amount is invalid.");
+    }
+}
+
+// Step 5: every check of the records' content, in its documented order.
+void checkContent(const Decoded& archive) {
     std::map<std::string_view, std::set<std::string>> ids;
     for (const auto& [key, records] : archive.records) {
         for (const Document* record : records) ids[key].insert(text(*record, "id"));
     }
-    for (const auto& reference : references()) {
-        const auto& targets = ids[reference.target];
-        for (const Document* record : archive.records.at(reference.collection)) {
-            const auto found = record->find(std::string(reference.key));
-            if (found == record->end() || found->is_null()) continue;
-            const std::vector<Document> named = found->is_array() ? std::vector<Document>(found->begin(), found->end()) : std::vector<Document>{*found};
-            for (const auto& id : named) {
-                if (!targets.contains(id.get<std::string>())) throw Error::invalidArchive(std::string(reference.missing));
-            }
-        }
-    }
-    // One confirmed stub per crew member and week; one order value per earning line of a stub.
     std::set<std::pair<std::string, std::string>> stubs;
     for (const Document* stub : archive.records.at("actualPayStubs")) {
         if (!stubs.emplace(text(*stub, "crewMemberID"), text(*stub, "payrollWeekID")).second) {
             throw Error::invalidArchive("Competing confirmed pay stubs exist for one crew member and Payroll Week.");
         }
-        std::set<std::int64_t> orders;
-        const auto lines = stub->find("earningLines");
-        if (lines == stub->end() || !lines->is_array()) throw Error::invalidArchive("A confirmed pay stub gross is invalid.");
-        for (std::size_t i = 0; i < lines->size(); ++i) {
-            checkRecord((*lines)[i], earningLines(), path("earningLines", i));
-            if (!orders.insert((*lines)[i]["displayOrder"].get<std::int64_t>()).second) {
-                throw Error::invalidArchive("A confirmed pay stub has duplicate earning-line order values.");
-            }
+    }
+    for (const auto& check : checks()) {
+        if (check.key.empty()) {  // a top-level setting
+            const auto found = archive.document.find(std::string(check.collection));
+            if (found != archive.document.end() && !found->is_null() && !passes(check, *found, ids)) throw Error::invalidArchive(std::string(check.message));
+            continue;
+        }
+        for (const Document* record : archive.records.at(check.collection)) {
+            const auto found = record->find(std::string(check.key));
+            if (found == record->end() || found->is_null()) continue;
+            if (!passes(check, *found, ids)) throw Error::invalidArchive(std::string(check.message));
+        }
+        // A stub's earning lines are checked right after the stub's own values.
+        if (check.collection == "actualPayStubs" && check.key == "printedEmployeeName") {
+            for (const Document* stub : archive.records.at("actualPayStubs")) checkEarningLines(*stub);
         }
     }
 }
@@ -377,7 +424,7 @@ Decoded checked(const std::string& archiveBytes) {
         if (found != archive.document.end() && !found->is_null()) checkKind(*found, setting.fields.front().kind, std::string(setting.key));
     }
     checkProduction(archive);
-    checkReferences(archive);
+    checkContent(archive);
     return archive;
 }
 

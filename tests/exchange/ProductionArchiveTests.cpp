@@ -229,10 +229,28 @@ INSTANTIATE_TEST_SUITE_P(
                     "The Tessel Archive is invalid. Production metadata identity does not match the payload."},
         RefusalCase{"MissingCrew", [](auto& d) { d["engagements"][0]["crewMemberID"] = "F0000000-0000-4000-8000-000000000009"; },
                     "The Tessel Archive is invalid. An engagement references missing crew."},
-        RefusalCase{"RowWithoutWorkday", [](auto& d) { d["workdays"] = nlohmann::json::array(); },
+        RefusalCase{"RowWithoutWorkday",
+                    [](auto& d) {
+                        d["workdays"] = nlohmann::json::array();
+                        d["workdayMileage"] = nlohmann::json::array();
+                    },
                     "The Tessel Archive is invalid. A daily entry references a missing workday."},
         RefusalCase{"AmountNotADecimal", [](auto& d) { d["payRates"][0]["hourlyAmount"] = "twelve"; },
+                    "The Tessel Archive is invalid. A pay rate amount is invalid."},
+        RefusalCase{"AmountNotText", [](auto& d) { d["payRates"][0]["hourlyAmount"] = 12; },
                     "The Tessel Archive is invalid. The field \u201CpayRates[0].hourlyAmount\u201D must be a decimal number as text."},
+        RefusalCase{"UnknownSchedule", [](auto& d) { d["engagements"][0]["employmentScheduleRawValue"] = "hourly"; },
+                    "The Tessel Archive is invalid. An engagement has an unknown employment schedule."},
+        RefusalCase{"UnknownExportForm", [](auto& d) { d["dtsExportTemplateMode"] = "kestrel"; },
+                    "The Tessel Archive is invalid. Unsupported DTS export template selection."},
+        RefusalCase{"WeekdayEight", [](auto& d) { d["payrollWeekStartWeekday"] = 8; },
+                    "The Tessel Archive is invalid. Invalid Payroll Week start weekday."},
+        RefusalCase{"EmptyDTSName",
+                    [](auto& d) {
+                        d["crewDailyDTSTitles"] = nlohmann::json::array(
+                            {{{"id", "F0000000-0000-4000-8000-00000000000D"}, {"crewDailyEntryID", d["crewDailyEntries"][0]["id"]}, {"displayTitle", " "}}});
+                    },
+                    "The Tessel Archive is invalid. A DTS Name for Today is empty."},
         RefusalCase{"MissingKey", [](auto& d) { d["crewMembers"][0].erase("displayName"); },
                     "The Tessel Archive is invalid. The field \u201CcrewMembers[0].displayName\u201D is missing."},
         RefusalCase{"LongWorkState", [](auto& d) { d["production"]["defaultWorkState"] = std::string(201, 'C'); },
