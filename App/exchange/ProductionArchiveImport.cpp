@@ -248,13 +248,11 @@ public:
     void write(const Collection& collection, const Document& given, const std::string& productionID) {
         Document labelled;
         const Document& record = withProvenanceLabel(collection, given, labelled);
-        for (const auto& table : tablesOf(collection)) {
+        for (const auto& [table, stored] : planOf(collection)) {
             std::vector<std::pair<std::string, std::string>> columns;  // column and the key it comes from
-            for (const auto& field : collection.fields) {
-                const auto column = storedColumn(field.column, table.alias);
-                if (!column.empty() && record.contains(std::string(field.key)) && !record[std::string(field.key)].is_null()) {
-                    columns.emplace_back(column, std::string(field.key));
-                }
+            for (const auto& [column, key] : stored) {
+                const auto value = record.find(key);
+                if (value != record.end() && !value->is_null()) columns.emplace_back(column, key);
             }
             if (table.alias != "t" && columns.empty()) continue;
             if (table.alias == "r" && record.contains("payrollPositionRates") && !record["payrollPositionRates"].empty()) continue;
@@ -285,6 +283,23 @@ public:
     }
 
 private:
+    // Each table of a collection with the stored columns of its fields and their keys, worked out once.
+    using TablePlan = std::vector<std::pair<StoredTable, std::vector<std::pair<std::string, std::string>>>>;
+    const TablePlan& planOf(const Collection& collection) {
+        auto found = plans_.find(collection.key);
+        if (found != plans_.end()) return found->second;
+        TablePlan plan;
+        for (const auto& table : tablesOf(collection)) {
+            std::vector<std::pair<std::string, std::string>> stored;
+            for (const auto& field : collection.fields) {
+                const auto column = storedColumn(field.column, table.alias);
+                if (!column.empty()) stored.emplace_back(column, std::string(field.key));
+            }
+            plan.emplace_back(table, std::move(stored));
+        }
+        return plans_.emplace(collection.key, std::move(plan)).first->second;
+    }
+
     // A position that arrives without its package provenance and without notes says so in its notes.
     static const Document& withProvenanceLabel(const Collection& collection, const Document& record, Document& labelled) {
         if (collection.key != "productionPositions" || record.contains("sourceRatePackageID") || record.contains("sourceNotes")) return record;
@@ -386,6 +401,7 @@ private:
     bool copy_;
     std::string stamp_;
     std::unordered_map<std::string, std::string> renamed_;
+    std::map<std::string_view, TablePlan> plans_;
 };
 
 bool exists(ModelContext& context, const std::string& productionID) {
