@@ -394,6 +394,25 @@ SavedRateCard createSaved(ModelContext& context, const std::string& label, Calen
     return card;
 }
 
+namespace {
+
+void insertSavedPosition(ModelContext& context, const Uuid& cardID, const SavedRateCardPosition& p, std::int64_t displayOrder, Instant now) {
+    auto& statement = context.prepare(
+        "INSERT INTO RatePackagePosition (id, ratePackageID, occupationCode, positionName, dailyDefaultsData, weeklyDefaultsData, dailyScale, "
+        "weeklyScale, currencyCode, displayOrder, createdAt, modifiedAt) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?11)");
+    bindAll(statement, p.id, cardID, p.occupationCode, p.positionName);
+    bindBlob(statement, 5, p.dailyDefaultsData);
+    bindBlob(statement, 6, p.weeklyDefaultsData);
+    columns::bind(statement, 7, p.dailyScale);
+    columns::bind(statement, 8, p.weeklyScale);
+    columns::bind(statement, 9, p.currencyCode);
+    bind(statement, 10, displayOrder);
+    bind(statement, 11, now);
+    statement.exec();
+}
+
+}  // namespace
+
 void setSavedScale(ModelContext& context, const std::string& label, const std::string& positionName, const std::string& amountText,
                    EmploymentSchedule schedule, Instant now) {
     const Decimal amount = positions::validatedScaleAmount(amountText);
@@ -416,18 +435,23 @@ void setSavedScale(ModelContext& context, const std::string& label, const std::s
         p.weeklyDefaultsData = saved.weeklyDefaultsData;
     }
     (schedule == EmploymentSchedule::daily ? p.dailyScale : p.weeklyScale) = amount;
+    insertSavedPosition(context, card.id, p, static_cast<std::int64_t>(card.positions.size()), now);
+}
+
+void addSaved(ModelContext& context, const SavedRateCard& card, Instant now) {
+    const auto existing = savedCards(context);
+    for (const auto& other : existing) {
+        if (other.id == card.id || other.displayName == card.displayName) {
+            throw ModelValidationError("A saved Rate Card named " + entry_text::quoted(other.displayName) + " is already in the library.");
+        }
+    }
     auto& statement = context.prepare(
-        "INSERT INTO RatePackagePosition (id, ratePackageID, occupationCode, positionName, dailyDefaultsData, weeklyDefaultsData, dailyScale, "
-        "weeklyScale, currencyCode, displayOrder, createdAt, modifiedAt) VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9, ?10, ?11, ?11)");
-    bindAll(statement, p.id, card.id, p.occupationCode, p.positionName);
-    bindBlob(statement, 5, p.dailyDefaultsData);
-    bindBlob(statement, 6, p.weeklyDefaultsData);
-    columns::bind(statement, 7, p.dailyScale);
-    columns::bind(statement, 8, p.weeklyScale);
-    columns::bind(statement, 9, p.currencyCode);
-    bind(statement, 10, static_cast<std::int64_t>(card.positions.size()));
-    bind(statement, 11, now);
+        "INSERT INTO RatePackage (id, displayName, effectiveStart, effectiveEnd, sourceNotes, displayOrder, createdAt, modifiedAt) VALUES (?1, ?2, "
+        "?3, ?4, ?5, ?6, ?7, ?7)");
+    bindAll(statement, card.id, card.displayName, card.effectiveStart, card.effectiveEnd, card.sourceNotes,
+            static_cast<std::int64_t>(existing.size()), now);
     statement.exec();
+    for (std::size_t i = 0; i < card.positions.size(); ++i) insertSavedPosition(context, card.id, card.positions[i], static_cast<std::int64_t>(i), now);
 }
 
 ProductionRateCard apply(ModelContext& context, const Uuid& productionID, const SavedRateCard& saved, Instant now) {

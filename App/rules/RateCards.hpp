@@ -167,6 +167,9 @@ SavedRateCard createSaved(ModelContext& context, const std::string& label, Calen
 void setSavedScale(ModelContext& context, const std::string& label, const std::string& positionName, const std::string& amountText,
                    EmploymentSchedule schedule, Instant now);
 SavedRateCard savedNamed(ModelContext& context, const std::string& label);
+// Adds a saved card as it stands (read from a rate-card file), with its positions; refused when the
+// library holds a card of that identity or name.
+void addSaved(ModelContext& context, const SavedRateCard& card, Instant now);
 
 // Copies a saved card into the production: a card with its period, and for each card position the
 // production position with that occupation code (else that name), or a new copy, with its scales and

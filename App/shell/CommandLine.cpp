@@ -11,6 +11,7 @@
 #include "App/shell/ExportCommands.hpp"
 #include "App/shell/LibraryCommands.hpp"
 #include "App/shell/ReviewCommands.hpp"
+#include "App/shell/SetupLibraryCommands.hpp"
 #include "App/shell/RulesCommands.hpp"
 #include "App/shell/StoreCommands.hpp"
 #include "App/shell/PositionCommands.hpp"
@@ -45,6 +46,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     PayStubCommandArguments payStubArguments;
     PositionCommandArguments positionArguments;
     ExportCommandArguments exportArguments;
+    SetupLibraryCommandArguments setupLibraryArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
     addDiagnosticCommands(*app.get_subcommand("store"), session, diagnosticArguments, exitStatus);
@@ -56,6 +58,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     addStubCommands(app, session, stubArguments, payStubArguments, exitStatus);
     addPositionCommands(app, session, positionArguments, exitStatus);
     addExportCommands(app, session, exportArguments, exitStatus);
+    addSetupLibraryCommands(app, session, setupLibraryArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());
