@@ -5,6 +5,7 @@
 #include "App/model/CrewRoster.hpp"
 #include "App/model/ProductionProfile.hpp"
 #include "App/rules/CompensationProvisions.hpp"
+#include "App/rules/CrewLibrary.hpp"
 #include "App/rules/RateCards.hpp"
 #include "App/dtsexport/ProductionDTSExport.hpp"
 #include "App/expected/ReviewText.hpp"
@@ -210,7 +211,9 @@ int addCrew(CommandSession& session, const CrewCommandArguments& a) {
         const CalendarDate from = dateArgument(a.from);
         const auto precall = durationArgument(a.precall, "Enter the regular precall in payroll-decimal hours, such as 0.5.");
         const auto wrapout = durationArgument(a.wrapout, "Enter the regular wrap-out in payroll-decimal hours, such as 0.3.");
-        const std::string name(entry_text::trimmed(a.name));
+        // From the Crew Library, the person is added by their library name and linked to them.
+        const auto libraryPerson = a.fromLibrary ? std::optional(crew_library::named(context, a.name)) : std::nullopt;
+        const std::string name = libraryPerson ? libraryPerson->displayName : std::string(entry_text::trimmed(a.name));
         if (name.empty()) throw Refused{"invalidName", "Enter a crew member name."};
         // The command line names people by display name, so two people may not share one.
         if (!crewMembersNamed(context, production.id, name).empty()) {
@@ -223,8 +226,19 @@ int addCrew(CommandSession& session, const CrewCommandArguments& a) {
         engagement.regularWrapoutDurationSeconds = wrapout;
         crew_repository::updateEngagement(context, engagement);
         if (!entry_text::isBlank(a.rate)) crew_roster::setRate(context, engagement.id, from, a.rate, production.currencyCode);
+        std::string preferred;
+        if (libraryPerson) {
+            crew_library::link(context, production.id, member.id, *libraryPerson, now());
+            // Their preferred position, when the production has one of that name.
+            for (const auto& position : positions::list(context, PositionScope::production, production.id)) {
+                if (!libraryPerson->preferredPositionName || position.positionName != *libraryPerson->preferredPositionName) continue;
+                rate_cards::engageInPosition(context, engagement.id, position, from, false, now());
+                preferred = " as " + position.positionName;
+            }
+        }
         session.answer(Json{{"id", member.id.text()}, {"engagementID", engagement.id.text()}},
-                       "Added " + member.displayName + (a.dayplayer ? " (dayplayer)" : "") + " from " + a.from + ".\n");
+                       "Added " + member.displayName + (a.dayplayer ? " (dayplayer)" : "") + preferred + " from " + a.from +
+                           (libraryPerson ? ", linked to the Crew Library" : "") + ".\n");
         return int{exitSuccess};
     });
 }
@@ -548,6 +562,7 @@ void addCrewCommands(CLI::App& app, CommandSession& session, CrewCommandArgument
     add->add_option("--from", a.from, "First day of the engagement, YYYY-MM-DD")->required();
     add->add_option("--rate", a.rate, "Hourly rate, such as 45.00");
     add->add_flag("--dayplayer", a.dayplayer, "Engage as a dayplayer");
+    add->add_flag("--from-library", a.fromLibrary, "NAME is a person of the Crew Library: add them linked, in their preferred position when the production has it");
     add->add_option("--precall", a.precall, "Regular precall before General Crew Call, in payroll hours");
     add->add_option("--wrapout", a.wrapout, "Regular wrap-out after Wrap, in payroll hours");
     add->callback([&] { exitStatus = addCrew(session, a); });

@@ -20,7 +20,7 @@ struct CrewCommandArguments {
     std::string startDate, department, company, workState, departmentHead, defaultNDB, lunchLength, timeDisplay, currency;
     std::string exportForm, builtinForm;
     std::int64_t order = 0;
-    bool dayplayer = false, fullTime = false, retire = false, unretire = false, clear = false, followsScale = false;
+    bool dayplayer = false, fullTime = false, retire = false, unretire = false, clear = false, followsScale = false, fromLibrary = false;
     std::string position;
     std::string minimumCall, overtime, doubleTime;  // crew position-terms
     // Options whose presence matters even when given "" (which clears the value).

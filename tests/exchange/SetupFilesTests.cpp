@@ -96,6 +96,17 @@ TEST_F(SetupFiles, ARateCardFileCarriesItsPositionsAndScales) {
     EXPECT_EQ(refusal([](auto& d) { d["positions"][0]["dailyScale"] = "52.205"; }), "The Tessel Archive is invalid. A Rate Card Position is invalid.\n");
 }
 
+TEST_F(SetupFiles, ACrewMemberIsAddedFromTheLibraryInTheirPreferredPosition) {
+    ASSERT_EQ(run({"library", "crew", "add", "Dana Rivera", "--position", "Gaffer"}).status, 0);
+    ASSERT_EQ(run({"production", "create", "Harbor Lights"}).status, 0);
+    ASSERT_EQ(run({"position", "add", "Gaffer"}).status, 0);
+    EXPECT_EQ(run({"crew", "add", "dana rivera", "--from", "2026-11-01", "--from-library"}).out,
+              "Added Dana Rivera as Gaffer from 2026-11-01, linked to the Crew Library.\n");
+    EXPECT_NE(run({"crew", "engagements", "Dana Rivera"}).out.find("    Position Gaffer\n"), std::string::npos);
+    EXPECT_EQ(run({"crew", "add", "Nobody Known", "--from", "2026-11-01", "--from-library"}).err,
+              "There is no one named \u201CNobody Known\u201D in the Crew Library.\n");
+}
+
 TEST_F(SetupFiles, ACrewMemberIsLinkedToALibraryPerson) {
     ASSERT_EQ(run({"library", "crew", "add", "Dana Rivera"}).status, 0);
     ASSERT_EQ(run({"production", "create", "Harbor Lights"}).status, 0);
