@@ -406,6 +406,10 @@ const std::vector<Check>& checks() {
         {"actualPayStubs", "gross", R::decimal, "", "A confirmed pay stub gross is invalid."},
         {"actualPayStubs", "totalHours", R::decimal, "", "A confirmed pay stub total-hours value is invalid."},
         {"actualPayStubs", "printedEmployeeName", R::notEmpty, "", "A confirmed pay stub employee name is missing."},
+        {"actualPayStubs", "sourcePDFData", R::payload, "pdf", "A confirmed pay stub source PDF is invalid."},
+        // the generic DTS template
+        {"genericDTSTemplate", "sourcePDFData", R::payload, "pdf", "The generic DTS template is invalid."},
+        {"genericDTSTemplate", "definitionData", R::payload, "json", "The generic DTS template is invalid."},
         // engagements and pay rates
         {"engagements", "crewMemberID", R::reference, "crewMembers", "An engagement references missing crew."},
         {"engagements", "classificationID", R::reference, "classifications", "An engagement references a missing classification."},
@@ -414,6 +418,8 @@ const std::vector<Check>& checks() {
         {"engagements", "crewParticipationRawValue", R::oneOf, "fullTime|dayplayer", "An engagement has an unknown participation value."},
         {"engagements", "payrollPositionScaleAmount", R::nonNegativeDecimal, "", "An engagement Position scale-rate provenance value is invalid."},
         {"engagements", "turnaroundRequiredRestSeconds", R::nonNegativeInteger, "", "An engagement Turnaround value is invalid."},
+        {"engagements", "payrollPositionSnapshotData", R::payload, "json", "An engagement Payroll Position snapshot is invalid."},
+        {"engagements", "payrollPositionOverrideData", R::payload, "positionOverrides", "An engagement Payroll Position override is invalid."},
         {"payRates", "engagementID", R::reference, "engagements", "A pay rate references a missing engagement."},
         {"payRates", "hourlyAmount", R::nonNegativeDecimal, "", "A pay rate amount is invalid."},
         // rate cards, scales, terms and positions
@@ -425,10 +431,15 @@ const std::vector<Check>& checks() {
         {"positionScaleRates", "positionPresetID", R::reference, "productionPositions", "A Position scale rate references a missing Production Position."},
         {"positionTerms", "productionRateCardID", R::reference, "rateCards", "Position terms reference a missing owned card or Position."},
         {"positionTerms", "productionPositionID", R::reference, "productionPositions", "Position terms reference a missing owned card or Position."},
+        {"positionTerms", "dailyDefaultsData", R::payload, "positionDefaults", "Invalid Position terms:"},
+        {"positionTerms", "weeklyDefaultsData", R::payload, "positionDefaults", "Invalid Position terms:"},
         {"productionPositions", "positionName", R::notEmpty, "", "A Production Position name is missing."},
+        {"productionPositions", "dailyDefaultsData", R::payload, "positionDefaults", "A Production Position Daily setup is invalid."},
+        {"productionPositions", "weeklyDefaultsData", R::payload, "positionDefaults", "A Production Position Weekly setup is invalid."},
         // Jobs and DTS Names for Today
         {"crewDailyJobs", "crewDailyEntryID", R::reference, "crewDailyEntries", "A Job for Today references a missing DTS crew row."},
         {"crewDailyJobs", "productionPositionID", R::reference, "productionPositions", "A Job for Today references a missing Production Position."},
+        {"crewDailyJobs", "snapshotData", R::payload, "json", "A Job for Today Position snapshot is invalid."},
         {"crewDailyDTSTitles", "crewDailyEntryID", R::reference, "crewDailyEntries", "A DTS Name for Today references a missing DTS crew row."},
         {"crewDailyDTSTitles", "displayTitle", R::notEmpty, "", "A DTS Name for Today is empty."},
         {"crewDailyRerates", "crewDailyEntryID", R::reference, "crewDailyEntries", "A DTS rerate references a missing DTS crew row."},
@@ -473,6 +484,12 @@ const std::vector<Check>& checks() {
         {"rulesetRevisions", "distantStraightTimeMultiplier", R::nonNegativeDecimal, "", "A Distant multiplier is invalid."},
         {"rulesetRevisions", "distantTimeAndAHalfMultiplier", R::nonNegativeDecimal, "", "A Distant multiplier is invalid."},
         {"rulesetRevisions", "distantDoubleTimeMultiplier", R::nonNegativeDecimal, "", "A Distant multiplier is invalid."},
+        {"rulesetRevisions", "localSixthDayScheduleData", R::payload, "schedule", "An alternate-day schedule is invalid."},
+        {"rulesetRevisions", "localSeventhDayScheduleData", R::payload, "schedule", "An alternate-day schedule is invalid."},
+        {"rulesetRevisions", "distantSixthDayScheduleData", R::payload, "schedule", "An alternate-day schedule is invalid."},
+        {"rulesetRevisions", "distantSeventhDayScheduleData", R::payload, "schedule", "An alternate-day schedule is invalid."},
+        {"rulesetRevisions", "turnaroundRulesData", R::payload, "turnaroundRules", "Turnaround Defaults are invalid."},
+        {"rulesetRevisions", "mealPenaltyRulesData", R::payload, "mealPenaltyRules", "Meal Penalty Rules are invalid."},
         {"rulesetRevisions", "idleStraightTimeRateMultiplier", R::nonNegativeDecimal, "", "An Idle Compensation multiplier is invalid."},
     };
     return all;

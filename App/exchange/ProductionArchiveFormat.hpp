@@ -44,10 +44,13 @@ const std::vector<Collection>& settings();
 // value that must read. Checks run in the order listed, and the first that fails gives the sentence.
 // A top-level setting is checked with its own key as the collection and an empty key.
 struct Check {
-    enum class Rule { reference, decimal, nonNegativeDecimal, oneOf, notEmpty, nonNegativeInteger, weekday };
+    enum class Rule { reference, decimal, nonNegativeDecimal, oneOf, notEmpty, nonNegativeInteger, weekday, payload };
     std::string_view collection, key;
     Rule rule;
-    std::string_view argument;  // reference: the target collection; oneOf: the raw values, "|"-separated
+    // reference: the target collection; oneOf: the raw values, "|"-separated; payload: what the base64
+    // blob must read as ("json", "positionDefaults", "positionOverrides", "schedule", "mealPenaltyRules",
+    // "turnaroundRules", "pdf")
+    std::string_view argument;
     std::string_view message;
 };
 const std::vector<Check>& checks();

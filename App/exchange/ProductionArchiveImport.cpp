@@ -12,6 +12,8 @@
 #include "App/model/DecimalJSON.hpp"
 #include "App/model/EntryText.hpp"
 #include "App/model/JSONFields.hpp"
+#include "App/rules/PositionDefaults.hpp"
+#include "App/rules/RulesetDrafts.hpp"
 
 // Importing a production archive: the document decoded and checked whole, in the order the checks are
 // documented, before one write of everything it holds.
@@ -141,6 +143,32 @@ void checkProduction(const Decoded& archive) {
     }
 }
 
+// A base64 blob that reads as what it holds; an empty blob holds nothing and passes (the optional
+// payloads are stored empty). The reason, when there is one, is the reader's sentence.
+std::optional<std::string> payloadProblem(std::string_view kind, const Document& value) {
+    const auto bytes = value.is_string() ? base64::decode(value.get<std::string>()) : std::nullopt;
+    if (!bytes) return std::string("The payload is not base64.");
+    if (bytes->empty()) return std::nullopt;
+    if (kind == "pdf") return bytes->starts_with("%PDF-") ? std::nullopt : std::optional<std::string>("The PDF does not begin as a PDF.");
+    try {
+        if (kind == "positionDefaults") {
+            position_defaults::read(*bytes);
+        } else if (kind == "positionOverrides") {
+            position_defaults::readOverrides(*bytes);
+        } else {
+            const auto json = decimal_json::parse<Json>(*bytes);
+            if (kind == "schedule") rules_json::scheduleDraft(json, "schedule");
+            if (kind == "turnaroundRules") rules_json::turnaroundDraft(json, "turnaroundRules");
+            if (kind == "mealPenaltyRules") rules_json::mealPenaltyDraft(json, "mealPenaltyRules");
+        }
+    } catch (const MalformedInputError& error) {
+        return std::string(error.what());
+    } catch (const decimal_json::MalformedJSONError& error) {
+        return std::string(error.what());
+    }
+    return std::nullopt;
+}
+
 bool passes(const Check& check, const Document& value, const std::map<std::string_view, std::set<std::string>>& ids) {
     using R = Check::Rule;
     switch (check.rule) {
@@ -168,6 +196,7 @@ bool passes(const Check& check, const Document& value, const std::map<std::strin
         case R::notEmpty: return value.is_string() && !entry_text::isBlank(value.get<std::string>());
         case R::nonNegativeInteger: return value.is_number_integer() && value.get<std::int64_t>() >= 0;
         case R::weekday: return value.is_number_integer() && value.get<std::int64_t>() >= 1 && value.get<std::int64_t>() <= 7;
+        case R::payload: return !payloadProblem(check.argument, value);
     }
     return false;
 }
@@ -212,7 +241,11 @@ void checkContent(const Decoded& archive) {
         for (const Document* record : archive.records.at(check.collection)) {
             const auto found = record->find(std::string(check.key));
             if (found == record->end() || found->is_null()) continue;
-            if (!passes(check, *found, ids)) throw Error::invalidArchive(std::string(check.message));
+            if (passes(check, *found, ids)) continue;
+            // A sentence ending in a colon is followed by the reason.
+            const bool withReason = check.message.ends_with(":");
+            throw Error::invalidArchive(std::string(check.message) +
+                                        (withReason ? " " + payloadProblem(check.argument, *found).value_or("") : std::string()));
         }
         // A stub's earning lines are checked right after the stub's own values.
         if (check.collection == "actualPayStubs" && check.key == "printedEmployeeName") {

@@ -280,6 +280,14 @@ INSTANTIATE_TEST_SUITE_P(
                         d["actualPayStubs"][1]["id"] = "F0000000-0000-4000-8000-00000000000B";
                     },
                     "The Tessel Archive is invalid. Competing confirmed pay stubs exist for one crew member and Payroll Week."},
+        RefusalCase{"UnreadablePositionSetup",
+                    [](auto& d) { d["productionPositions"][0]["dailyDefaultsData"] = base64::encode(R"({"scheduleOverrides":{"overtimeMode":"often"}})"); },
+                    "The Tessel Archive is invalid. A Production Position Daily setup is invalid."},
+        RefusalCase{"UnreadableJobSnapshot", [](auto& d) { d["crewDailyJobs"][0]["snapshotData"] = base64::encode("{not json"); },
+                    "The Tessel Archive is invalid. A Job for Today Position snapshot is invalid."},
+        RefusalCase{"UnreadableMealPenaltyRules",
+                    [](auto& d) { d["rulesetRevisions"][0]["mealPenaltyRulesData"] = base64::encode(R"({"schedules":3})"); },
+                    "The Tessel Archive is invalid. Meal Penalty Rules are invalid."},
         RefusalCase{"NotJSON", [](auto& d) { d = "just text"; }, "The Tessel Archive is invalid. The document must be a JSON object."}),
     [](const auto& info) { return std::string(info.param.name); });
 
