@@ -389,7 +389,9 @@ private:
                 names.push_back("id");
                 extras.push_back(Uuid::generate().text());
             }
+            // Required timestamps the record does not carry are the moment of the import.
             for (const auto stamp : table.stampColumns) {
+                if (std::find(names.begin(), names.end(), stamp) != names.end()) continue;
                 names.push_back(std::string(stamp));
                 extras.push_back(stamp_);
             }

@@ -52,7 +52,8 @@ protected:
         ASSERT_EQ(run({"ratecard", "scale", "2026 Basic", "Gaffer", "52.20", "--from", "2026-01-01"}).status, 0);
         ASSERT_EQ(run({"crew", "position", "Dana Rivera", "Gaffer"}).status, 0);
         ASSERT_EQ(run({"dts", "create", "2026-11-04"}).status, 0);
-        ASSERT_EQ(run({"dts", "set", "2026-11-04", "--call", "7", "--lunch-out", "13", "--wrap", "19.5", "--notes", "Stage 4.", "--mileage", "12.5"})
+        ASSERT_EQ(run({"dts", "set", "2026-11-04", "--call", "7", "--lunch-out", "13", "--wrap", "19.5", "--notes", "Stage 4.", "--mileage", "12.5",
+                       "--location", "location"})
                       .status,
                   0);
         ASSERT_EQ(run({"dts", "row", "2026-11-04", "Lee Park", "--job", "Gaffer", "--box-rental", "--mileage", "3.25"}).status, 0);
@@ -90,6 +91,7 @@ TEST_F(ProductionExport, WritesEveryRecordWithItsValuesAsText) {
     EXPECT_EQ(document["workdays"][0]["calendarDate"], "2026-11-04T00:00:00Z");
     EXPECT_EQ(document["workdays"][0]["generalCrewCall"], "2026-11-04T07:00:00Z");
     EXPECT_EQ(document["workdays"][0]["notes"], "Stage 4.");
+    EXPECT_EQ(document["workdays"][0]["mealWorkLocationRawValue"], "location");
     EXPECT_EQ(document["workdayMileage"][0]["miles"], "12.5");
     EXPECT_EQ(document["crewDailyMileage"][0]["miles"], "3.25");
     EXPECT_EQ(document["crewDailyEntries"].size(), 2u);
