@@ -60,7 +60,21 @@ void checkKind(const Document& value, FieldKind kind, const std::string& where) 
             for (const auto& item : value) expect(item.is_string(), "a list of text");
             break;
         case FieldKind::object: expect(value.is_object(), "an object"); break;
-        case FieldKind::objectList: expect(value.is_array(), "a list of objects"); break;
+        case FieldKind::objectList:
+            // The one list of objects is an engagement's dated scale settings; each of their values is checked.
+            expect(value.is_array(), "a list of objects");
+            for (std::size_t i = 0; i < value.size(); ++i) {
+                const Document& item = value[i];
+                expect(item.is_object(), "a list of objects");
+                const std::string at = where + "[" + std::to_string(i) + "].";
+                for (const auto& [key, kind] : {std::pair("effectiveDate", FieldKind::date), std::pair("appliedScaleAmount", FieldKind::decimal),
+                                                std::pair("currencyCode", FieldKind::text), std::pair("followsPositionScale", FieldKind::boolean)}) {
+                    const auto found = item.find(key);
+                    if (found == item.end()) malformed("The field \u201C" + at + key + "\u201D is missing.");
+                    checkKind(*found, kind, at + key);
+                }
+            }
+            break;
     }
 }
 
@@ -427,7 +441,7 @@ private:
             columns::bind(statement, 2, text(rate, "effectiveDate"));
             columns::bind(statement, 3, text(rate, "appliedScaleAmount"));
             columns::bind(statement, 4, text(rate, "currencyCode"));
-            statement.bind(5, rate.value("followsPositionScale", false) ? 1 : 0);
+            statement.bind(5, rate["followsPositionScale"].get<bool>() ? 1 : 0);
             statement.exec();
         }
     }

@@ -290,6 +290,14 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"UnreadableMealPenaltyRules",
                     [](auto& d) { d["rulesetRevisions"][0]["mealPenaltyRulesData"] = base64::encode(R"({"schedules":3})"); },
                     "The Tessel Archive is invalid. Meal Penalty Rules are invalid."},
+        RefusalCase{"RateHistoryNotObjects", [](auto& d) { d["engagements"][0]["payrollPositionRates"] = nlohmann::json::array({1}); },
+                    "The Tessel Archive is invalid. The field \u201Cengagements[0].payrollPositionRates\u201D must be a list of objects."},
+        RefusalCase{"RateHistoryFlagNotBoolean",
+                    [](auto& d) {
+                        d["engagements"][0]["payrollPositionRates"] = nlohmann::json::array(
+                            {{{"effectiveDate", "2026-11-01T00:00:00Z"}, {"appliedScaleAmount", "52.20"}, {"currencyCode", "USD"}, {"followsPositionScale", "yes"}}});
+                    },
+                    "The Tessel Archive is invalid. The field \u201Cengagements[0].payrollPositionRates[0].followsPositionScale\u201D must be true or false."},
         RefusalCase{"NotJSON", [](auto& d) { d = "just text"; }, "The Tessel Archive is invalid. The document must be a JSON object."}),
     [](const auto& info) { return std::string(info.param.name); });
 
