@@ -34,7 +34,7 @@ DTSExportModel thirtyRows() {
         row.meal1Out = "13.0";
         row.meal1In = "13.5";
         row.wrap = "19.5";
-        row.ndb = i % 3 == 0;
+        if (i % 3 == 0) row.ndb = "X";
         m.crewRows.push_back(row);
     }
     return m;

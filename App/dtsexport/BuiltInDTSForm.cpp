@@ -197,7 +197,7 @@ void drawPage(cairo_t* cr, const DTSExportModel& m, int page, int totalPages) {
         const auto& r = m.crewRows[first + static_cast<std::size_t>(slot)];
         const std::optional<std::string> values[] = {std::to_string(first + static_cast<std::size_t>(slot) + 1),
                                                      r.employeeName, r.position, r.box, r.call, r.meal1Out, r.meal1In, r.meal2Out, r.meal2In, r.wrap,
-                                                     r.ndb ? std::optional<std::string>("X") : std::nullopt, std::string(workModeLabel(r.workMode))};
+                                                     r.ndb, std::string(workModeLabel(r.workMode))};
         for (std::size_t column = 0; column < layout::columns.size(); ++column) cell(text, column, slot, values[column]);
     }
 
@@ -212,10 +212,6 @@ void drawPage(cairo_t* cr, const DTSExportModel& m, int page, int totalPages) {
         text.line(*m.departmentHeadName, head.valueLeft(), head.valueTop(), head.valueWidth(), head.valueHeight(), layout::valueSize, false);
     }
     if (m.departmentHeadSignatureData) drawSignature(cr, *m.departmentHeadSignatureData);
-}
-
-int pagesFor(const DTSExportModel& m) {
-    return std::max(1, static_cast<int>((m.crewRows.size() + layout::rowsPerPage - 1) / layout::rowsPerPage));
 }
 
 std::string readFile(const std::filesystem::path& path) {
@@ -238,6 +234,10 @@ void checkBlank(const std::string& blank) {
 
 }  // namespace
 
+int pageCount(const DTSExportModel& m) {
+    return std::max(1, static_cast<int>((m.crewRows.size() + layout::rowsPerPage - 1) / layout::rowsPerPage));
+}
+
 std::filesystem::path blankPagePath() {
     if (const char* directory = std::getenv("TESSEL_RESOURCE_DIR"); directory && *directory) {
         return std::filesystem::path(directory) / "builtin-dts-form.pdf";
@@ -247,7 +247,7 @@ std::filesystem::path blankPagePath() {
 
 std::string drawValues(const DTSExportModel& model) {
     std::string pdf;
-    const int totalPages = pagesFor(model);
+    const int totalPages = pageCount(model);
     Surface surface(cairo_pdf_surface_create_for_stream(&appendTo, &pdf, layout::pageWidth, layout::pageHeight));
     {
         Context cr(cairo_create(surface.get()));

@@ -18,6 +18,9 @@ std::filesystem::path blankPagePath();
 // notes that do not fit; a drawing that fails.
 std::string render(const DTSExportModel& model, const std::filesystem::path& blankPage);
 
+// The pages the form takes for the model's rows (one at least).
+int pageCount(const DTSExportModel& model);
+
 // Only the drawing of the values (the overlay pages), for measuring the renderer against it.
 std::string drawValues(const DTSExportModel& model);
 

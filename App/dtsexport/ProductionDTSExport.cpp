@@ -233,7 +233,7 @@ DTSExportModel model(const DTSWorkdayFacts& facts) {
         r.meal1Out = formatted(facts.production, row.times.lunchOut.value, date);
         r.meal1In = formatted(facts.production, row.times.lunchIn.value, date);
         r.wrap = formatted(facts.production, row.times.wrap.value, date);
-        r.ndb = row.nonDeductibleBreakfast;
+        if (row.nonDeductibleBreakfast) r.ndb = dts_presentation::markGlyph(DTSBooleanMark::x);
         r.workMode = row.workMode;
         m.crewRows.push_back(std::move(r));
     }

@@ -63,7 +63,7 @@ struct DTSExportModel {
     struct CrewRow {
         Uuid id;
         std::optional<std::string> employeeName{}, position{}, box{}, call{}, meal1Out{}, meal1In{}, meal2Out{}, meal2In{}, wrap{};
-        bool ndb = false;
+        std::optional<std::string> ndb{};  // the mark, when a non-deductible breakfast was given
         CrewDailyWorkMode workMode = CrewDailyWorkMode::timed;
     };
     std::string productionName;

@@ -166,9 +166,11 @@ SavedRateCard readRateCard(const std::string& bytes) {
                 if (const auto text = optionalText(p, key)) *scale = positions::validatedScaleAmount(*text);
             }
             position.currencyCode = requiredText(p, "currencyCode", "");
-            position.dailyDefaultsData = base64::decode(optionalText(p, "dailyDefaultsData").value_or("")).value_or("\x01");
-            position.weeklyDefaultsData = base64::decode(optionalText(p, "weeklyDefaultsData").value_or("")).value_or("\x01");
-            if (position.dailyDefaultsData == "\x01" || position.weeklyDefaultsData == "\x01") throw invalid();
+            const auto daily = base64::decode(optionalText(p, "dailyDefaultsData").value_or(""));
+            const auto weekly = base64::decode(optionalText(p, "weeklyDefaultsData").value_or(""));
+            if (!daily || !weekly) throw invalid();
+            position.dailyDefaultsData = *daily;
+            position.weeklyDefaultsData = *weekly;
             position_defaults::read(position.dailyDefaultsData);
         } catch (const ProductionArchiveError&) {
             throw invalid();

@@ -362,7 +362,13 @@ struct ExpectedPayrollReview::Session {
             productionPositions->emplace(position.id, std::move(position));
         }
         cardTerms = rate_cards::terms(context, production.id);
-        for (const auto& terms : cardTerms) anyScheduleTerms = anyScheduleTerms || terms.dailyDefaultsData.find("chedule") != std::string::npos;
+        for (const auto& terms : cardTerms) {
+            try {
+                anyScheduleTerms = anyScheduleTerms || position_defaults::read(terms.dailyDefaultsData).changesSchedule();
+            } catch (const MalformedInputError&) {
+                // Unreadable terms leave the production's rules in force; the position's readiness says why.
+            }
+        }
         anyScheduleTerms = anyScheduleTerms || !personalOverrides.empty();
     }
 

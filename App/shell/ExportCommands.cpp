@@ -79,7 +79,7 @@ int exportDTS(CommandSession& session, const ExportCommandArguments& a) {
             refusalText = error.description();
             return int{exitRefused};
         }
-        pages = std::max<int>(1, static_cast<int>((model.crewRows.size() + 19) / 20));
+        pages = builtin_dts_form::pageCount(model);
         std::string text = "Exported the DTS for " + calendar_text::formatDate(date) + " to \u201C" + output + "\u201D (" + std::to_string(pages) +
                            (pages == 1 ? " page" : " pages") + ").\n";
         if (!checked.warnings.empty()) text += "Exported with warnings:\n" + issueLines(checked.warnings);
