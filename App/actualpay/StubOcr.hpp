@@ -7,8 +7,9 @@
 #include "App/actualpay/StubExtraction.hpp"
 
 // The second, independent reading of a pay stub: Tesseract OCR of each page's pixels. The recogniser is
-// given only a 300-dpi raster of the page's visible (crop) box as poppler draws it, never the PDF's text
-// layer, so the two readings fail in different ways and can be compared.
+// given only a 300-dpi raster of the page's visible content as poppler draws it (the inked part of the
+// crop box, with a quarter-inch margin), never the PDF's text layer, so the two readings fail in
+// different ways and can be compared.
 namespace tessel {
 
 class StubOcrEngine {

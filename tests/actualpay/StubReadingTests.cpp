@@ -305,6 +305,21 @@ TEST(StubOcr, ReadsTheWordsThePageShowsWhereItShowsThem) {
     EXPECT_EQ(engine.read(pdf).tokens.size(), evidence.tokens.size());
 }
 
+// Only the inked part of a page is recognised, so a blank page gives no words and a word low on a later
+// page keeps its place on that page.
+TEST(StubOcr, PlacesWordsOnTheWholePageWhateverPartIsRead) {
+    const std::string pdf = drawnPdf({{}, {{300, 700, "GROSS"}}});
+    StubOcrEngine engine;
+    const auto evidence = engine.read(pdf);
+    EXPECT_EQ(evidence.pageCount, 2);
+    ASSERT_EQ(evidence.tokens.size(), 1u);
+    const auto& gross = evidence.tokens.front();
+    EXPECT_EQ(gross.normalizedText, "GROSS");
+    EXPECT_EQ(gross.pageIndex, 1);
+    EXPECT_NEAR(gross.normalizedBounds.x, 300.0 / 612, 0.01);
+    EXPECT_NEAR(gross.normalizedBounds.y + gross.normalizedBounds.height, 700.0 / 792, 0.01);
+}
+
 }  // namespace
 }  // namespace tessel
 
