@@ -390,6 +390,14 @@ const std::vector<Collection>& settings() {
 const std::vector<Check>& checks() {
     using R = Check::Rule;
     static const std::vector<Check> all{
+        // identities of the records that other records do not reach through a reference check
+        {"boxRentalSelections", "id", R::uniqueID, "", "The archive holds two daily Box / Kit Rental selection records with one identifier."},
+        {"dailyGuaranteeTerms", "id", R::uniqueID, "", "The archive holds two personal daily guarantee term records with one identifier."},
+        {"compensationProvisionConfigurations", "id", R::uniqueID, "",
+         "The archive holds two compensation provision configuration records with one identifier."},
+        {"engagementCompensationProvisionTerms", "id", R::uniqueID, "",
+         "The archive holds two engagement compensation provision term records with one identifier."},
+        {"productionPositions", "id", R::uniqueID, "", "The archive holds two Production Position records with one identifier."},
         // payroll issues and the production's settings
         {"payrollIssues", "weekID", R::reference, "payrollWeeks", "Invalid Payroll Issue ownership or snapshot."},
         {"payrollIssues", "expected", R::decimal, "", "Invalid Payroll Issue ownership or snapshot."},
@@ -403,13 +411,16 @@ const std::vector<Check>& checks() {
         // confirmed pay stubs (their earning lines are checked with them)
         {"actualPayStubs", "crewMemberID", R::reference, "crewMembers", "A confirmed pay stub references missing crew."},
         {"actualPayStubs", "payrollWeekID", R::reference, "payrollWeeks", "A confirmed pay stub references a missing Payroll Week."},
+        {"actualPayStubs", "sourcePDFData", R::payload, "pdf", "A confirmed pay stub source PDF is invalid."},
         {"actualPayStubs", "gross", R::decimal, "", "A confirmed pay stub gross is invalid."},
         {"actualPayStubs", "totalHours", R::decimal, "", "A confirmed pay stub total-hours value is invalid."},
         {"actualPayStubs", "printedEmployeeName", R::notEmpty, "", "A confirmed pay stub employee name is missing."},
-        {"actualPayStubs", "sourcePDFData", R::payload, "pdf", "A confirmed pay stub source PDF is invalid."},
+        {"actualPayStubs", "importedAt", R::notAfter, "confirmedAt|modifiedAt", "A confirmed pay stub timestamp sequence is invalid."},
+        {"actualPayStubs", "confirmedAt", R::notAfter, "modifiedAt", "A confirmed pay stub timestamp sequence is invalid."},
         // the generic DTS template
         {"genericDTSTemplate", "sourcePDFData", R::payload, "pdf", "The generic DTS template is invalid."},
         {"genericDTSTemplate", "definitionData", R::payload, "json", "The generic DTS template is invalid."},
+        {"genericDTSTemplate", "createdAt", R::notAfter, "modifiedAt", "The generic DTS template timestamps are invalid."},
         // engagements and pay rates
         {"engagements", "crewMemberID", R::reference, "crewMembers", "An engagement references missing crew."},
         {"engagements", "classificationID", R::reference, "classifications", "An engagement references a missing classification."},
@@ -422,15 +433,19 @@ const std::vector<Check>& checks() {
         {"engagements", "payrollPositionOverrideData", R::payload, "positionOverrides", "An engagement Payroll Position override is invalid."},
         {"payRates", "engagementID", R::reference, "engagements", "A pay rate references a missing engagement."},
         {"payRates", "hourlyAmount", R::nonNegativeDecimal, "", "A pay rate amount is invalid."},
+        {"payRates", "currencyCode", R::currency, "", "A pay rate could not be reconstructed."},
         // rate cards, scales, terms and positions
         {"rateCards", "label", R::notEmpty, "", "A rate-card label is missing."},
+        {"rateCards", "effectiveStart", R::notAfter, "effectiveEnd", "A rate-card effective period is invalid."},
         {"positionScaleRates", "rateCardID", R::reference, "rateCards", "A Position scale rate references a missing rate card."},
         {"positionScaleRates", "employmentScheduleRawValue", R::oneOf, "daily|weekly", "A Position scale rate has an unknown employment schedule."},
         {"positionScaleRates", "hourlyAmount", R::nonNegativeDecimal, "", "A Position scale rate is invalid."},
         {"positionScaleRates", "currencyCode", R::notEmpty, "", "A Position scale-rate currency is missing."},
         {"positionScaleRates", "positionPresetID", R::reference, "productionPositions", "A Position scale rate references a missing Production Position."},
+        {"positionScaleRates", "currencyCode", R::currency, "", "A Position scale rate could not be reconstructed."},
         {"positionTerms", "productionRateCardID", R::reference, "rateCards", "Position terms reference a missing owned card or Position."},
         {"positionTerms", "productionPositionID", R::reference, "productionPositions", "Position terms reference a missing owned card or Position."},
+        {"positionTerms", "productionRateCardID", R::uniquePair, "productionPositionID", "Duplicate card/Position terms authority."},
         {"positionTerms", "dailyDefaultsData", R::payload, "positionDefaults", "Invalid Position terms:"},
         {"positionTerms", "weeklyDefaultsData", R::payload, "positionDefaults", "Invalid Position terms:"},
         {"productionPositions", "positionName", R::notEmpty, "", "A Production Position name is missing."},

@@ -44,12 +44,14 @@ const std::vector<Collection>& settings();
 // value that must read. Checks run in the order listed, and the first that fails gives the sentence.
 // A top-level setting is checked with its own key as the collection and an empty key.
 struct Check {
-    enum class Rule { reference, decimal, nonNegativeDecimal, oneOf, notEmpty, nonNegativeInteger, weekday, payload };
+    enum class Rule { reference, decimal, nonNegativeDecimal, oneOf, notEmpty, nonNegativeInteger, weekday, payload, uniqueID, notAfter, uniquePair, currency };
     std::string_view collection, key;
     Rule rule;
     // reference: the target collection; oneOf: the raw values, "|"-separated; payload: what the base64
     // blob must read as ("json", "positionDefaults", "positionOverrides", "schedule", "mealPenaltyRules",
-    // "turnaroundRules", "pdf")
+    // "turnaroundRules", "pdf"); uniqueID: no two records of the collection share the key's value;
+    // notAfter: the keys ("|"-separated) whose dates the key's date must not follow; uniquePair: the
+    // second key that, with the first, no two records share; currency: a three-letter capital code
     std::string_view argument;
     std::string_view message;
 };

@@ -183,7 +183,47 @@ std::optional<std::string> payloadProblem(std::string_view kind, const Document&
     return std::nullopt;
 }
 
-bool passes(const Check& check, const Document& value, const std::map<std::string_view, std::set<std::string>>& ids) {
+// The "|"-separated values of a check's argument.
+std::vector<std::string_view> alternatives(std::string_view values) {
+    std::vector<std::string_view> all;
+    for (std::size_t bar = values.find('|');; bar = values.find('|')) {
+        all.push_back(values.substr(0, bar));
+        if (bar == std::string_view::npos) return all;
+        values.remove_prefix(bar + 1);
+    }
+}
+
+// A date of the record that is absent does not bound the value (an open rate-card period has no end).
+bool notAfter(const Document& value, const Document& record, std::string_view laterKeys) {
+    const auto instant = [](const Document& date) { return date.is_string() ? calendar_text::parseInstant(date.get<std::string>()) : std::nullopt; };
+    const auto earlier = instant(value);
+    for (const auto key : alternatives(laterKeys)) {
+        const auto later = record.find(std::string(key));
+        if (later == record.end() || later->is_null()) continue;
+        const auto bound = instant(*later);
+        if (!earlier || !bound || *bound < *earlier) return false;
+    }
+    return true;
+}
+
+bool isCurrencyCode(const Document& value) {
+    if (!value.is_string()) return false;
+    const std::string code = value.get<std::string>();
+    return code.size() == 3 && std::all_of(code.begin(), code.end(), [](char c) { return c >= 'A' && c <= 'Z'; });
+}
+
+// Whether no two records of the collection share the value of the check's key (and of its argument's,
+// for a pair).
+bool unique(const Check& check, const std::vector<const Document*>& records) {
+    std::set<std::pair<std::string, std::string>> seen;
+    for (const Document* record : records) {
+        const std::string second = check.rule == Check::Rule::uniquePair ? text(*record, std::string(check.argument)) : std::string();
+        if (!seen.emplace(text(*record, std::string(check.key)), second).second) return false;
+    }
+    return true;
+}
+
+bool passes(const Check& check, const Document& value, const Document& record, const std::map<std::string_view, std::set<std::string>>& ids) {
     using R = Check::Rule;
     switch (check.rule) {
         case R::reference: {
@@ -199,18 +239,17 @@ bool passes(const Check& check, const Document& value, const std::map<std::strin
         }
         case R::oneOf: {
             if (!value.is_string()) return false;
-            const std::string raw = value.get<std::string>();
-            std::string_view values = check.argument;
-            for (std::size_t bar = values.find('|');; bar = values.find('|')) {
-                if (values.substr(0, bar) == raw) return true;
-                if (bar == std::string_view::npos) return false;
-                values.remove_prefix(bar + 1);
-            }
+            const auto values = alternatives(check.argument);
+            return std::find(values.begin(), values.end(), value.get<std::string>()) != values.end();
         }
         case R::notEmpty: return value.is_string() && !entry_text::isBlank(value.get<std::string>());
         case R::nonNegativeInteger: return value.is_number_integer() && value.get<std::int64_t>() >= 0;
         case R::weekday: return value.is_number_integer() && value.get<std::int64_t>() >= 1 && value.get<std::int64_t>() <= 7;
         case R::payload: return !payloadProblem(check.argument, value);
+        case R::notAfter: return notAfter(value, record, check.argument);
+        case R::currency: return isCurrencyCode(value);
+        case R::uniqueID:
+        case R::uniquePair: return true;  // a property of the collection, checked apart
     }
     return false;
 }
@@ -249,20 +288,26 @@ void checkContent(const Decoded& archive) {
     for (const auto& check : checks()) {
         if (check.key.empty()) {  // a top-level setting
             const auto found = archive.document.find(std::string(check.collection));
-            if (found != archive.document.end() && !found->is_null() && !passes(check, *found, ids)) throw Error::invalidArchive(std::string(check.message));
+            if (found != archive.document.end() && !found->is_null() && !passes(check, *found, archive.document, ids)) {
+                throw Error::invalidArchive(std::string(check.message));
+            }
             continue;
         }
-        for (const Document* record : archive.records.at(check.collection)) {
+        const auto& records = archive.records.at(check.collection);
+        if ((check.rule == Check::Rule::uniqueID || check.rule == Check::Rule::uniquePair) && !unique(check, records)) {
+            throw Error::invalidArchive(std::string(check.message));
+        }
+        for (const Document* record : records) {
             const auto found = record->find(std::string(check.key));
             if (found == record->end() || found->is_null()) continue;
-            if (passes(check, *found, ids)) continue;
+            if (passes(check, *found, *record, ids)) continue;
             // A sentence ending in a colon is followed by the reason.
             const bool withReason = check.message.ends_with(":");
             throw Error::invalidArchive(std::string(check.message) +
                                         (withReason ? " " + payloadProblem(check.argument, *found).value_or("") : std::string()));
         }
         // A stub's earning lines are checked right after the stub's own values.
-        if (check.collection == "actualPayStubs" && check.key == "printedEmployeeName") {
+        if (check.collection == "actualPayStubs" && check.key == "confirmedAt") {
             for (const Document* stub : archive.records.at("actualPayStubs")) checkEarningLines(*stub);
         }
     }

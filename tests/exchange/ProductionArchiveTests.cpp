@@ -208,6 +208,24 @@ TEST_F(ProductionImport, IntoTheSameStoreMakesACopySharingNothing) {
     for (const auto& entry : copy["crewDailyEntries"]) EXPECT_TRUE(crew.contains(entry["crewMemberID"].get<std::string>()));
 }
 
+// A confirmed stub for the first crew member in the first week, imported, confirmed and modified at once.
+nlohmann::json stubRecord(const nlohmann::json& d) {
+    return {{"id", "F0000000-0000-4000-8000-00000000000A"},
+            {"crewMemberID", d["crewMembers"][0]["id"]},
+            {"payrollWeekID", d["payrollWeeks"][0]["id"]},
+            {"payrollWeekStart", "2026-11-02T00:00:00Z"},
+            {"payrollWeekEnd", "2026-11-08T00:00:00Z"},
+            {"printedEmployeeName", "DANA RIVERA"},
+            {"printedOccupation", "GAFFER"},
+            {"gross", "100.00"},
+            {"sourcePDFData", ""},
+            {"sourceFilename", "a.pdf"},
+            {"importedAt", "2026-11-10T00:00:00Z"},
+            {"confirmedAt", "2026-11-10T00:00:00Z"},
+            {"modifiedAt", "2026-11-10T00:00:00Z"},
+            {"earningLines", nlohmann::json::array()}};
+}
+
 struct RefusalCase {
     const char* name;
     std::function<void(nlohmann::json&)> change;
@@ -264,24 +282,53 @@ INSTANTIATE_TEST_SUITE_P(
                     "The Tessel Archive is invalid. The DTS signature image is invalid."},
         RefusalCase{"CompetingStubs",
                     [](auto& d) {
-                        nlohmann::json stub{{"id", "F0000000-0000-4000-8000-00000000000A"},
-                                            {"crewMemberID", d["crewMembers"][0]["id"]},
-                                            {"payrollWeekID", d["payrollWeeks"][0]["id"]},
-                                            {"payrollWeekStart", "2026-11-02T00:00:00Z"},
-                                            {"payrollWeekEnd", "2026-11-08T00:00:00Z"},
-                                            {"printedEmployeeName", "DANA RIVERA"},
-                                            {"printedOccupation", "GAFFER"},
-                                            {"gross", "100.00"},
-                                            {"sourcePDFData", ""},
-                                            {"sourceFilename", "a.pdf"},
-                                            {"importedAt", "2026-11-10T00:00:00Z"},
-                                            {"confirmedAt", "2026-11-10T00:00:00Z"},
-                                            {"modifiedAt", "2026-11-10T00:00:00Z"},
-                                            {"earningLines", nlohmann::json::array()}};
-                        d["actualPayStubs"] = {stub, stub};
+                        d["actualPayStubs"] = {stubRecord(d), stubRecord(d)};
                         d["actualPayStubs"][1]["id"] = "F0000000-0000-4000-8000-00000000000B";
                     },
                     "The Tessel Archive is invalid. Competing confirmed pay stubs exist for one crew member and Payroll Week."},
+        RefusalCase{"StubConfirmedBeforeImported",
+                    [](auto& d) {
+                        d["actualPayStubs"] = {stubRecord(d)};
+                        d["actualPayStubs"][0]["importedAt"] = "2026-11-10T00:00:01Z";
+                    },
+                    "The Tessel Archive is invalid. A confirmed pay stub timestamp sequence is invalid."},
+        RefusalCase{"StubModifiedBeforeConfirmed",
+                    [](auto& d) {
+                        d["actualPayStubs"] = {stubRecord(d)};
+                        d["actualPayStubs"][0]["modifiedAt"] = "2026-11-09T23:59:59Z";
+                    },
+                    "The Tessel Archive is invalid. A confirmed pay stub timestamp sequence is invalid."},
+        RefusalCase{"TemplateModifiedBeforeCreated",
+                    [](auto& d) {
+                        d["genericDTSTemplate"] = {{"id", "F0000000-0000-4000-8000-00000000000E"},
+                                                   {"sourcePDFData", base64::encode("%PDF-1.4\n")},
+                                                   {"definitionData", base64::encode("{}")},
+                                                   {"createdAt", "2026-11-10T00:00:00Z"},
+                                                   {"modifiedAt", "2026-11-09T00:00:00Z"}};
+                    },
+                    "The Tessel Archive is invalid. The generic DTS template timestamps are invalid."},
+        RefusalCase{"TwoPositionsWithOneID", [](auto& d) { d["productionPositions"].push_back(d["productionPositions"][0]); },
+                    "The Tessel Archive is invalid. The archive holds two Production Position records with one identifier."},
+        RefusalCase{"RateCardEndingBeforeItStarts", [](auto& d) { d["rateCards"][0]["effectiveEnd"] = "2025-12-31T00:00:00Z"; },
+                    "The Tessel Archive is invalid. A rate-card effective period is invalid."},
+        RefusalCase{"PayRateInNoCurrency", [](auto& d) { d["payRates"][0]["currencyCode"] = "dollars"; },
+                    "The Tessel Archive is invalid. A pay rate could not be reconstructed."},
+        RefusalCase{"ScaleRateInNoCurrency", [](auto& d) { d["positionScaleRates"][0]["currencyCode"] = "usd"; },
+                    "The Tessel Archive is invalid. A Position scale rate could not be reconstructed."},
+        RefusalCase{"TwoTermsForOneCardAndPosition",
+                    [](auto& d) {
+                        nlohmann::json terms{{"id", "F0000000-0000-4000-8000-00000000000C"},
+                                             {"productionRateCardID", d["rateCards"][0]["id"]},
+                                             {"productionPositionID", d["productionPositions"][0]["id"]},
+                                             {"dailyDefaultsData", ""},
+                                             {"weeklyDefaultsData", ""},
+                                             {"payloadFormatVersion", 1},
+                                             {"createdAt", "2026-11-10T00:00:00Z"},
+                                             {"modifiedAt", "2026-11-10T00:00:00Z"}};
+                        d["positionTerms"] = {terms, terms};
+                        d["positionTerms"][1]["id"] = "F0000000-0000-4000-8000-00000000000D";
+                    },
+                    "The Tessel Archive is invalid. Duplicate card/Position terms authority."},
         RefusalCase{"UnreadablePositionSetup",
                     [](auto& d) { d["productionPositions"][0]["dailyDefaultsData"] = base64::encode(R"({"scheduleOverrides":{"overtimeMode":"often"}})"); },
                     "The Tessel Archive is invalid. A Production Position Daily setup is invalid."},
