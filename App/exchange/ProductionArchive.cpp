@@ -59,6 +59,7 @@ Document value(const SQLite::Column& column, FieldKind kind) {
         case FieldKind::id:
         case FieldKind::uuid:
         case FieldKind::text:
+        case FieldKind::identityText:
         case FieldKind::decimal:
         case FieldKind::date: return column.getString();
     }

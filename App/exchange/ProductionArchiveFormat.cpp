@@ -328,7 +328,7 @@ std::vector<Collection> build() {
           {"resolvedAt", "t.resolvedAt", K::date, opt},
           {"resolutionReason", "t.resolutionReason", K::text, opt},
           // Beyond the format's keys: the identity key the issue is recognised by.
-          {"identityKey", "t.identityKey", K::text}}},
+          {"identityKey", "t.identityKey", K::identityText}}},
         {"positionTerms", Shape::optionalList,
          "ProductionRateCardPositionTerms t JOIN ProductionRateCard r ON r.id = t.productionRateCardID WHERE r.productionID = ?1", "t.id",
          {{"id", "t.id", K::id},

@@ -11,7 +11,9 @@ namespace tessel::archive_format {
 
 // How a value travels: text and decimals as text, dates as ISO 8601 text, identifiers as UUID text,
 // blobs as base64, lists of identifiers and of text as JSON lists, and nested JSON payloads as objects.
-enum class FieldKind { id, uuid, text, integer, boolean, decimal, date, bytes, uuidList, textList, object, objectList };
+// Text that names records by their identities (a payroll issue's identity key) travels as text, and in an
+// imported copy each identity in it follows its record's new one.
+enum class FieldKind { id, uuid, text, identityText, integer, boolean, decimal, date, bytes, uuidList, textList, object, objectList };
 
 struct Field {
     std::string_view key;      // the archive key

@@ -44,7 +44,8 @@ void checkKind(const Document& value, FieldKind kind, const std::string& where) 
     switch (kind) {
         case FieldKind::id:
         case FieldKind::uuid: expect(value.is_string() && Uuid::parse(value.get<std::string>()).has_value(), "an identifier"); break;
-        case FieldKind::text: expect(value.is_string(), "text"); break;
+        case FieldKind::text:
+        case FieldKind::identityText: expect(value.is_string(), "text"); break;
         case FieldKind::integer: expect(value.is_number_integer(), "a whole number"); break;
         case FieldKind::boolean: expect(value.is_boolean(), "true or false"); break;
         // Whether a decimal reads is a content check with its own sentence.
@@ -337,6 +338,26 @@ public:
         return found == renamed_.end() ? id : found->second;
     }
 
+    // The text with each identity of the archive in it replaced by its record's new one.
+    std::string identitiesFollowed(const std::string& text) const {
+        if (!copy_) return text;
+        static constexpr std::size_t uuidLength = 36;
+        std::string result;
+        std::size_t from = 0;
+        for (std::size_t at = 0; at + uuidLength <= text.size();) {
+            const std::string candidate = text.substr(at, uuidLength);
+            const auto found = renamed_.find(candidate);
+            if (found == renamed_.end()) {
+                ++at;
+                continue;
+            }
+            result += text.substr(from, at - from) + found->second;
+            at += uuidLength;
+            from = at;
+        }
+        return result + text.substr(from);
+    }
+
     void write(const Collection& collection, const Document& given, const std::string& productionID) {
         Document labelled;
         const Document& record = withProvenanceLabel(collection, given, labelled);
@@ -413,6 +434,7 @@ private:
         switch (kind) {
             case FieldKind::id:
             case FieldKind::uuid: columns::bind(statement, index, identity(value.get<std::string>())); break;
+            case FieldKind::identityText: columns::bind(statement, index, identitiesFollowed(value.get<std::string>())); break;
             case FieldKind::text:
             case FieldKind::decimal:
             case FieldKind::date: columns::bind(statement, index, value.get<std::string>()); break;
