@@ -2,10 +2,11 @@
 #include <nlohmann/json.hpp>
 
 #include "App/exchange/ProductionArchive.hpp"
-#include "bench/Season.hpp"
+#include "tests/support/LargeProduction.hpp"
 
-// A season's production (150 crew, a DTS with a row each on 100 dates, their satellites) exported as an
-// archive and imported into an empty store, beside nlohmann::json parsing and dumping the same document.
+// A season's production (150 crew, a DTS with a row each on 100 dates, their satellites, positions on a
+// rate card, dated terms, activities, a confirmed stub each and payroll issues) exported as an archive and
+// imported into an empty store, beside nlohmann::json parsing and dumping the same document.
 namespace tessel {
 namespace {
 
@@ -16,6 +17,7 @@ struct ArchivedSeason {
     std::string archive;
     ArchivedSeason() {
         bench::insertSeason(*store, crew, bench::seasonDates(true));
+        testing::addEverythingElse(*store, crew);
         archive = store->perform([&](ModelContext& context) {
             return production_archive::exportProduction(context, crew.productionID, Instant{}, "bench", "bench");
         });

@@ -1,6 +1,8 @@
+#include <functional>
 #include <map>
 #include <set>
 #include <unordered_map>
+#include <unordered_set>
 
 #include <nlohmann/json.hpp>
 
@@ -36,22 +38,24 @@ std::string path(std::string_view collection, std::size_t index, std::string_vie
 
 [[noreturn]] void malformed(const std::string& text) { throw Error::invalidArchive(text); }
 
-// A value of the kind the field carries, or the decoder's sentence naming it.
-void checkKind(const Document& value, FieldKind kind, const std::string& where) {
+// A value of the kind the field carries, or the decoder's sentence naming it. The field's path is asked
+// of `where` only for the sentence: composing it for each of a season's values cost a tenth of an import.
+template <typename Where>
+void checkKind(const Document& value, FieldKind kind, const Where& where) {
     const auto expect = [&](bool ok, std::string_view what) {
-        if (!ok) malformed("The field \u201C" + where + "\u201D must be " + std::string(what) + ".");
+        if (!ok) malformed("The field \u201C" + where() + "\u201D must be " + std::string(what) + ".");
     };
     switch (kind) {
         case FieldKind::id:
-        case FieldKind::uuid: expect(value.is_string() && Uuid::parse(value.get<std::string>()).has_value(), "an identifier"); break;
+        case FieldKind::uuid: expect(value.is_string() && Uuid::parse(value.get_ref<const std::string&>()).has_value(), "an identifier"); break;
         case FieldKind::text:
         case FieldKind::identityText: expect(value.is_string(), "text"); break;
         case FieldKind::integer: expect(value.is_number_integer(), "a whole number"); break;
         case FieldKind::boolean: expect(value.is_boolean(), "true or false"); break;
         // Whether a decimal reads is a content check with its own sentence.
         case FieldKind::decimal: expect(value.is_string(), "a decimal number as text"); break;
-        case FieldKind::date: expect(value.is_string() && calendar_text::parseInstant(value.get<std::string>()).has_value(), "an ISO 8601 date"); break;
-        case FieldKind::bytes: expect(value.is_string() && base64::decode(value.get<std::string>()).has_value(), "base64 text"); break;
+        case FieldKind::date: expect(value.is_string() && calendar_text::parseInstant(value.get_ref<const std::string&>()).has_value(), "an ISO 8601 date"); break;
+        case FieldKind::bytes: expect(value.is_string() && base64::decode(value.get_ref<const std::string&>()).has_value(), "base64 text"); break;
         case FieldKind::uuidList:
             expect(value.is_array(), "a list of identifiers");
             for (const auto& item : value) expect(item.is_string() && Uuid::parse(item.get<std::string>()).has_value(), "a list of identifiers");
@@ -67,27 +71,30 @@ void checkKind(const Document& value, FieldKind kind, const std::string& where) 
             for (std::size_t i = 0; i < value.size(); ++i) {
                 const Document& item = value[i];
                 expect(item.is_object(), "a list of objects");
-                const std::string at = where + "[" + std::to_string(i) + "].";
-                for (const auto& [key, kind] : {std::pair("effectiveDate", FieldKind::date), std::pair("appliedScaleAmount", FieldKind::decimal),
-                                                std::pair("currencyCode", FieldKind::text), std::pair("followsPositionScale", FieldKind::boolean)}) {
-                    const auto found = item.find(key);
-                    if (found == item.end()) malformed("The field \u201C" + at + key + "\u201D is missing.");
-                    checkKind(*found, kind, at + key);
+                for (const auto& [key, itemKind] : {std::pair("effectiveDate", FieldKind::date), std::pair("appliedScaleAmount", FieldKind::decimal),
+                                                    std::pair("currencyCode", FieldKind::text), std::pair("followsPositionScale", FieldKind::boolean)}) {
+                    const std::string name = key;  // lambdas capture no structured bindings in every compiler
+                    const std::function<std::string()> at = [&] { return where() + "[" + std::to_string(i) + "]." + name; };
+                    const auto found = item.find(name);
+                    if (found == item.end()) malformed("The field \u201C" + at() + "\u201D is missing.");
+                    checkKind(*found, itemKind, at);
                 }
             }
             break;
     }
 }
 
-void checkRecord(const Document& record, const Collection& collection, const std::string& where) {
-    if (!record.is_object()) malformed("The field \u201C" + where + "\u201D must be an object.");
+template <typename Where>
+void checkRecord(const Document& record, const Collection& collection, const Where& where) {
+    if (!record.is_object()) malformed("The field \u201C" + where() + "\u201D must be an object.");
     for (const auto& field : collection.fields) {
-        const auto found = record.find(std::string(field.key));
+        const auto at = [&] { return where() + "." + std::string(field.key); };
+        const auto found = record.find(field.key);
         if (found == record.end() || found->is_null()) {
             if (field.optional || field.kind == FieldKind::textList) continue;
-            malformed("The field \u201C" + where + "." + std::string(field.key) + "\u201D is missing.");
+            malformed("The field \u201C" + at() + "\u201D is missing.");
         }
-        checkKind(*found, field.kind, where + "." + std::string(field.key));
+        checkKind(*found, field.kind, at);
     }
 }
 
@@ -115,13 +122,13 @@ std::vector<const Document*> recordsOf(const Document& document, const Collectio
         return records;
     }
     if (collection.shape == Shape::single || collection.shape == Shape::optionalSingle) {
-        checkRecord(*found, collection, std::string(collection.key));
+        checkRecord(*found, collection, [&] { return std::string(collection.key); });
         records.push_back(&*found);
         return records;
     }
     if (!found->is_array()) malformed("The field \u201C" + std::string(collection.key) + "\u201D must be a list.");
     for (std::size_t i = 0; i < found->size(); ++i) {
-        checkRecord((*found)[i], collection, path(collection.key, i));
+        checkRecord((*found)[i], collection, [&] { return path(collection.key, i); });
         records.push_back(&(*found)[i]);
     }
     return records;
@@ -224,12 +231,17 @@ bool unique(const Check& check, const std::vector<const Document*>& records) {
     return true;
 }
 
-bool passes(const Check& check, const Document& value, const Document& record, const std::map<std::string_view, std::set<std::string>>& ids) {
+// The identities of each collection's records, viewing the document's own text.
+using Identities = std::unordered_map<std::string_view, std::unordered_set<std::string_view>>;
+
+bool passes(const Check& check, const Document& value, const Document& record, const Identities& ids) {
     using R = Check::Rule;
     switch (check.rule) {
         case R::reference: {
             const auto target = ids.find(check.argument);
-            const auto named = [&](const Document& id) { return id.is_string() && target != ids.end() && target->second.contains(id.get<std::string>()); };
+            const auto named = [&](const Document& id) {
+                return id.is_string() && target != ids.end() && target->second.contains(id.get_ref<const std::string&>());
+            };
             if (value.is_array()) return std::all_of(value.begin(), value.end(), named);
             return named(value);
         }
@@ -262,7 +274,7 @@ void checkEarningLines(const Document& stub) {
     if (lines == stub.end() || !lines->is_array()) malformed("The field \u201CactualPayStubs[].earningLines\u201D is missing.");
     for (std::size_t i = 0; i < lines->size(); ++i) {
         const Document& line = (*lines)[i];
-        checkRecord(line, earningLines(), path("earningLines", i));
+        checkRecord(line, earningLines(), [&] { return path("earningLines", i); });
         if (!orders.insert(line["displayOrder"].get<std::int64_t>()).second) {
             throw Error::invalidArchive("A confirmed pay stub has duplicate earning-line order values.");
         }
@@ -276,9 +288,13 @@ void checkEarningLines(const Document& stub) {
 
 // Step 5: every check of the records' content, in its documented order.
 void checkContent(const Decoded& archive) {
-    std::map<std::string_view, std::set<std::string>> ids;
+    Identities ids;
     for (const auto& [key, records] : archive.records) {
-        for (const Document* record : records) ids[key].insert(text(*record, "id"));
+        auto& identities = ids[key];
+        for (const Document* record : records) {
+            const auto id = record->find("id");
+            if (id != record->end() && id->is_string()) identities.insert(id->get_ref<const std::string&>());
+        }
     }
     std::set<std::pair<std::string, std::string>> stubs;
     for (const Document* stub : archive.records.at("actualPayStubs")) {
@@ -362,26 +378,17 @@ public:
         Document labelled;
         const Document& record = withProvenanceLabel(collection, given, labelled);
         for (const auto& [table, stored] : planOf(collection)) {
-            std::vector<std::pair<std::string, std::string>> columns;  // column and the key it comes from
-            for (const auto& [column, key] : stored) {
-                const auto value = record.find(key);
-                if (value != record.end() && !value->is_null()) columns.emplace_back(column, key);
-            }
-            if (table.alias != "t" && columns.empty()) continue;
+            const auto present = valuesIn(record, stored);
+            if (table.alias != "t" && present.empty()) continue;
             if (table.alias == "r" && record.contains("payrollPositionRates") && !record["payrollPositionRates"].empty()) continue;
-            insert(collection, table, record, columns, productionID);
+            insert(collection, table, record, present, productionID);
         }
         if (collection.key == "engagements") writeEngagementLists(record);
         if (collection.key == "actualPayStubs") {
+            static const StoredTable lines{"t", "ConfirmedPayStubEarningLine", ""};
+            const auto& stored = planOf(earningLines()).front().second;
             for (const auto& line : record["earningLines"]) {
-                std::vector<std::pair<std::string, std::string>> columns;
-                for (const auto& field : earningLines().fields) {
-                    if (line.contains(std::string(field.key)) && !line[std::string(field.key)].is_null()) {
-                        columns.emplace_back(storedColumn(field.column, "t"), std::string(field.key));
-                    }
-                }
-                StoredTable lines{"t", "ConfirmedPayStubEarningLine", ""};
-                insert(earningLines(), lines, line, columns, productionID, std::pair(std::string("payStubID"), identity(text(record, "id"))));
+                insert(earningLines(), lines, line, valuesIn(line, stored), productionID, std::pair(std::string("payStubID"), identity(text(record, "id"))));
             }
         }
     }
@@ -397,20 +404,48 @@ public:
 
 private:
     // Each table of a collection with the stored columns of its fields and their keys, worked out once.
-    using TablePlan = std::vector<std::pair<StoredTable, std::vector<std::pair<std::string, std::string>>>>;
+    struct StoredField {
+        std::string column, key;
+        FieldKind kind;
+    };
+    using TablePlan = std::vector<std::pair<StoredTable, std::vector<StoredField>>>;
     const TablePlan& planOf(const Collection& collection) {
         auto found = plans_.find(collection.key);
         if (found != plans_.end()) return found->second;
         TablePlan plan;
         for (const auto& table : tablesOf(collection)) {
-            std::vector<std::pair<std::string, std::string>> stored;
+            std::vector<StoredField> stored;
             for (const auto& field : collection.fields) {
                 const auto column = storedColumn(field.column, table.alias);
-                if (!column.empty()) stored.emplace_back(column, std::string(field.key));
+                if (!column.empty()) stored.push_back({column, std::string(field.key), field.kind});
             }
             plan.emplace_back(table, std::move(stored));
         }
         return plans_.emplace(collection.key, std::move(plan)).first->second;
+    }
+
+    // The stored fields the record has a value for, with the value.
+    using PresentValues = std::vector<std::pair<const StoredField*, const Document*>>;
+    static PresentValues valuesIn(const Document& record, const std::vector<StoredField>& stored) {
+        PresentValues present;
+        for (const auto& field : stored) {
+            const auto value = record.find(field.key);
+            if (value != record.end() && !value->is_null()) present.emplace_back(&field, &*value);
+        }
+        return present;
+    }
+
+    // The INSERT of the table with these columns, composed once per table and set of columns.
+    const std::string& insertStatement(std::string_view table, const std::vector<std::string_view>& names) {
+        std::string key(table);
+        for (const auto name : names) key.append(",").append(name);
+        auto found = inserts_.find(key);
+        if (found != inserts_.end()) return found->second;
+        std::string sql = "INSERT INTO " + std::string(table) + " (";
+        for (std::size_t i = 0; i < names.size(); ++i) sql.append(i ? ", " : "").append(names[i]);
+        sql += ") VALUES (";
+        for (std::size_t i = 0; i < names.size(); ++i) sql += (i ? ", ?" : "?") + std::to_string(i + 1);
+        return inserts_.emplace(std::move(key), sql + ")").first->second;
     }
 
     // A position that arrives without its package provenance and without notes says so in its notes.
@@ -433,11 +468,11 @@ private:
     void bindValue(SQLite::Statement& statement, int index, const Document& value, FieldKind kind) {
         switch (kind) {
             case FieldKind::id:
-            case FieldKind::uuid: columns::bind(statement, index, identity(value.get<std::string>())); break;
-            case FieldKind::identityText: columns::bind(statement, index, identitiesFollowed(value.get<std::string>())); break;
+            case FieldKind::uuid: columns::bind(statement, index, identity(value.get_ref<const std::string&>())); break;
+            case FieldKind::identityText: columns::bind(statement, index, identitiesFollowed(value.get_ref<const std::string&>())); break;
             case FieldKind::text:
             case FieldKind::decimal:
-            case FieldKind::date: columns::bind(statement, index, value.get<std::string>()); break;
+            case FieldKind::date: columns::bind(statement, index, value.get_ref<const std::string&>()); break;
             case FieldKind::integer: statement.bind(index, value.get<std::int64_t>()); break;
             case FieldKind::boolean: statement.bind(index, value.get<bool>() ? 1 : 0); break;
             case FieldKind::bytes: columns::bindBlob(statement, index, *base64::decode(value.get<std::string>())); break;
@@ -449,10 +484,10 @@ private:
     }
 
     void insert(const Collection& collection, const StoredTable& table, const Document& record,
-                const std::vector<std::pair<std::string, std::string>>& columns, const std::string& productionID,
+                const PresentValues& present, const std::string& productionID,
                 std::optional<std::pair<std::string, std::string>> owner = std::nullopt) {
-        std::vector<std::string> names;
-        for (const auto& [column, key] : columns) names.push_back(column);
+        std::vector<std::string_view> names;
+        for (const auto& value : present) names.push_back(value.first->column);
         std::vector<std::string> extras;  // values bound after the record's own
         if (table.alias == "t") {
             if (collection.from.find("t.productionID = ?1") != std::string_view::npos) {
@@ -464,7 +499,7 @@ private:
                 extras.push_back(owner->second);
             }
         } else {
-            names.push_back(std::string(table.ownerColumn));
+            names.push_back(table.ownerColumn);
             extras.push_back(identity(text(record, table.ownerKey)));
             if (table.hasOwnID) {
                 names.push_back("id");
@@ -473,21 +508,13 @@ private:
             // Required timestamps the record does not carry are the moment of the import.
             for (const auto stamp : table.stampColumns) {
                 if (std::find(names.begin(), names.end(), stamp) != names.end()) continue;
-                names.push_back(std::string(stamp));
+                names.push_back(stamp);
                 extras.push_back(stamp_);
             }
         }
-        std::string sql = "INSERT INTO " + std::string(table.table) + " (";
-        for (std::size_t i = 0; i < names.size(); ++i) sql += (i ? ", " : "") + names[i];
-        sql += ") VALUES (";
-        for (std::size_t i = 0; i < names.size(); ++i) sql += (i ? ", ?" : "?") + std::to_string(i + 1);
-        auto& statement = context_.prepare(sql + ")");
+        auto& statement = context_.prepare(insertStatement(table.table, names));
         int index = 1;
-        for (const auto& column : columns) {
-            const std::string& key = column.second;  // a plain name: lambdas capture no structured bindings in every compiler
-            const auto field = std::find_if(collection.fields.begin(), collection.fields.end(), [&](const Field& f) { return f.key == key; });
-            bindValue(statement, index++, record[key], field->kind);
-        }
+        for (const auto& [field, value] : present) bindValue(statement, index++, *value, field->kind);
         for (const auto& extra : extras) columns::bind(statement, index++, extra);
         statement.exec();
     }
@@ -518,6 +545,7 @@ private:
     std::string stamp_;
     std::unordered_map<std::string, std::string> renamed_;
     std::map<std::string_view, TablePlan> plans_;
+    std::unordered_map<std::string, std::string> inserts_;
 };
 
 bool exists(ModelContext& context, const std::string& productionID) {
@@ -553,7 +581,7 @@ Decoded checked(const std::string& archiveBytes) {
     for (const auto& collection : collections()) archive.records[collection.key] = recordsOf(archive.document, collection);
     for (const auto& setting : settings()) {
         const auto found = archive.document.find(std::string(setting.key));
-        if (found != archive.document.end() && !found->is_null()) checkKind(*found, setting.fields.front().kind, std::string(setting.key));
+        if (found != archive.document.end() && !found->is_null()) checkKind(*found, setting.fields.front().kind, [&] { return std::string(setting.key); });
     }
     checkProduction(archive);
     checkContent(archive);
