@@ -5,6 +5,7 @@
 
 #include "App/shell/CalcCommands.hpp"
 #include "App/shell/CommandSession.hpp"
+#include "App/shell/ComparisonCommands.hpp"
 #include "App/shell/CrewCommands.hpp"
 #include "App/shell/DTSCommands.hpp"
 #include "App/shell/DiagnosticCommands.hpp"
@@ -47,6 +48,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     PositionCommandArguments positionArguments;
     ExportCommandArguments exportArguments;
     SetupLibraryCommandArguments setupLibraryArguments;
+    ComparisonCommandArguments comparisonArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
     addDiagnosticCommands(*app.get_subcommand("store"), session, diagnosticArguments, exitStatus);
@@ -59,6 +61,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     addPositionCommands(app, session, positionArguments, exitStatus);
     addExportCommands(app, session, exportArguments, exitStatus);
     addSetupLibraryCommands(app, session, setupLibraryArguments, exitStatus);
+    addComparisonCommands(app, session, comparisonArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());

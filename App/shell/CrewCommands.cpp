@@ -1,5 +1,7 @@
 #include "CrewCommands.hpp"
 
+#include "App/actualpay/PayComparison.hpp"
+
 #include <sstream>
 
 #include "App/model/CrewRoster.hpp"
@@ -192,12 +194,20 @@ int setProduction(CommandSession& session, const CrewCommandArguments& a) {
         if (given(a, "builtinForm") && a.builtinForm != "on" && a.builtinForm != "off") {
             throw Refused{"invalidChoice", "Choose the built-in form on or off."};
         }
+        std::optional<PayComparisonProfile> terminology;
+        if (given(a, "terminology")) {
+            terminology = payComparisonProfileFromRaw(a.terminology);
+            if (!terminology) throw Refused{"invalidChoice", "Choose the payroll terminology ep, grossOnly or unspecified."};
+        }
+        const auto tolerance = given(a, "tolerance") ? std::optional(pay_comparison_settings::validatedTolerance(a.tolerance)) : std::nullopt;
 
         production_repository::update(context, production);
         production_profile::setIdentity(context, production.id, identity);
         if (defaultNDB) DailyTimeSheets::setDefaultNonDeductibleBreakfast(context, production.id, *defaultNDB, now());
         if (exportForm) dts_export::setMode(context, production.id, *exportForm);
         if (given(a, "builtinForm")) dts_export::setBuiltInFormEligible(context, production.id, a.builtinForm == "on");
+        if (terminology) pay_comparison_settings::setProfile(context, production.id, *terminology);
+        if (tolerance) pay_comparison_settings::setTolerance(context, production.id, *tolerance);
         session.answer(Json{{"updated", production.id.text()}}, "Updated production \u201C" + production.name + "\u201D.\n" +
                                                                    (defaultNDB ? std::string(dts_messages::defaultNDBNote) + "\n" : ""));
         return int{exitSuccess};
@@ -550,7 +560,9 @@ void addCrewCommands(CLI::App& app, CommandSession& session, CrewCommandArgument
         {"timeDisplay", productionSet->add_option("--time-display", a.timeDisplay, "DTS times: payrollDecimal or clockTime")},
         {"currency", productionSet->add_option("--currency", a.currency, "ISO 4217 currency code, such as USD")},
         {"exportForm", productionSet->add_option("--export-form", a.exportForm, "The form a DTS is exported on: none, builtin or template")},
-        {"builtinForm", productionSet->add_option("--builtin-form", a.builtinForm, "Whether this production may use the built-in form: on or off")}};
+        {"builtinForm", productionSet->add_option("--builtin-form", a.builtinForm, "Whether this production may use the built-in form: on or off")},
+        {"terminology", productionSet->add_option("--terminology", a.terminology, "Payroll terminology for pay comparison: ep, grossOnly or unspecified")},
+        {"tolerance", productionSet->add_option("--tolerance", a.tolerance, "Rounding tolerance of pay comparison, such as 0.01")}};
     productionSet->callback([&, productionOptions] {
         a.given = productionOptions;
         exitStatus = setProduction(session, a);

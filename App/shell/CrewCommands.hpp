@@ -18,7 +18,7 @@ struct CrewCommandArguments {
     std::vector<std::string> conditions;
     // production set
     std::string startDate, department, company, workState, departmentHead, defaultNDB, lunchLength, timeDisplay, currency;
-    std::string exportForm, builtinForm;
+    std::string exportForm, builtinForm, terminology, tolerance;
     std::int64_t order = 0;
     bool dayplayer = false, fullTime = false, retire = false, unretire = false, clear = false, followsScale = false, fromLibrary = false;
     std::string position;

@@ -233,6 +233,7 @@ int set(CommandSession& session, const std::string& file) {
                 revision = ProductionRulesets::createDefaultRevision(context, production->id, configuration.payrollRules.effectiveFrom, now());
             }
             ProductionRulesets::apply(context, production->id, *revision, configuration, now());
+            command_actions::keepPayrollIssuesCurrent(context, production->id);
         });
         session.answer(Json{{"applied", true}}, "Applied \u201C" + configuration.payrollRules.name + "\u201D to " + production->name + ".\n");
         return exitSuccess;
