@@ -295,7 +295,7 @@ PayComparisonLineStatus statusOfDifference(const Decimal& difference, const Deci
     return difference.isNegative() ? Status::underpaid : Status::overpaid;
 }
 
-PayComparisonExpected expectedPay(const WeeklyCrewPayrollReview& review, const Uuid& weekID) {
+PayComparisonExpected expectedPay(const WeeklyCrewPayrollReview& review, const Uuid& weekID, CalculationWords words) {
     PayComparisonExpected expected{review.crewMemberID, weekID};
     if (review.estimatedGross) expected.gross = review.estimatedGross->amount();
     WorkDuration bandHours;
@@ -307,7 +307,7 @@ PayComparisonExpected expectedPay(const WeeklyCrewPayrollReview& review, const U
         if (category.compensation) line.amount = category.compensation->amount();
         if (category.paidDuration.seconds() > 0) line.hours = category.paidDuration.inHours();
         if (category.baseHourlyRate) line.rate = category.baseHourlyRate->amount() * category.multiplier.value();
-        line.calculationDetails = calculationDetails(category);
+        if (words == CalculationWords::include) line.calculationDetails = calculationDetails(category);
         line.issueCategoryKey = categoryKeyOf(line.concept_, line.id);
         if (isBand(category)) bandHours += category.paidDuration;
         expected.lines.push_back(std::move(line));
@@ -328,12 +328,12 @@ PayComparisonActual actualPay(const ConfirmedPayStubActualPay& stub) {
 
 CrewPayComparison compare(const Uuid& crewID, const Uuid& weekID, const std::string& crewName, const WeeklyCrewPayrollReview* review,
                           const std::vector<const ConfirmedPayStubActualPay*>& stubs, const PayComparisonSettings& settings,
-                          const std::string& currency) {
+                          const std::string& currency, CalculationWords calculationWords) {
     namespace words = pay_comparison_words;
     CrewPayComparison comparison{crewID, weekID, crewName};
     comparison.tolerance = settings.tolerance;
     comparison.currency = currency;
-    if (review) comparison.expected = expectedPay(*review, weekID);
+    if (review) comparison.expected = expectedPay(*review, weekID, calculationWords);
     if (stubs.size() == 1) comparison.actual = actualPay(*stubs.front());
     if (!review) comparison.issues.emplace_back(words::noExpected);
     if (stubs.empty()) comparison.issues.emplace_back(words::noActual);
@@ -365,7 +365,8 @@ std::string_view dashboardLabel(PayComparisonOutcome outcome) noexcept {
     return {};
 }
 
-PayComparisonWeek compareWeek(ModelContext& context, ExpectedPayrollReview& review, const Production& production, const PayrollWeek& week) {
+PayComparisonWeek compareWeek(ModelContext& context, ExpectedPayrollReview& review, const Production& production, const PayrollWeek& week,
+                              CalculationWords words) {
     const CalendarDate start(std::chrono::floor<std::chrono::days>(week.startDate));
     PayComparisonWeek result{week, start, CalendarDate(std::chrono::sys_days(start) + std::chrono::days(6))};
     const auto settings = pay_comparison_settings::read(context, production.id);
@@ -385,7 +386,7 @@ PayComparisonWeek compareWeek(ModelContext& context, ExpectedPayrollReview& revi
         }
         ++result.stubsConfirmed;
         auto comparison = compare(member.id, week.id, member.displayName, reviewed == reviews.end() ? nullptr : &*reviewed, own, settings,
-                                  production.currencyCode);
+                                  production.currencyCode, words);
         switch (comparison.outcome) {
             case PayComparisonOutcome::discrepancy: ++result.needsAttention; break;
             case PayComparisonOutcome::unavailable: ++result.unableToCompare; break;

@@ -131,8 +131,10 @@ struct CrewPayComparison {
 
 // The expected side of a weekly review: each paid category as a line, the estimated gross, the paid
 // hours of the pay bands; complete when the gross is whole and nothing in the week needs its source or
-// rate resolved.
-PayComparisonExpected expectedPay(const WeeklyCrewPayrollReview& review, const Uuid& weekID);
+// rate resolved. Each line's calculation in words is written only when asked for: a synchronisation of
+// issues over a season has no use for it.
+enum class CalculationWords { include, omit };
+PayComparisonExpected expectedPay(const WeeklyCrewPayrollReview& review, const Uuid& weekID, CalculationWords words = CalculationWords::include);
 PayComparisonActual actualPay(const ConfirmedPayStubActualPay& stub);
 
 // One crew member's comparison from what is known of the week: the weekly review (absent when there is
@@ -140,7 +142,7 @@ PayComparisonActual actualPay(const ConfirmedPayStubActualPay& stub);
 // currency.
 CrewPayComparison compare(const Uuid& crewID, const Uuid& weekID, const std::string& crewName, const WeeklyCrewPayrollReview* review,
                           const std::vector<const ConfirmedPayStubActualPay*>& stubs, const PayComparisonSettings& settings,
-                          const std::string& currency);
+                          const std::string& currency, CalculationWords words = CalculationWords::include);
 
 // A Payroll Week's comparisons and its dashboard: every person in the week (a DTS row, an activity or a
 // confirmed stub), in crew order.
@@ -154,6 +156,7 @@ struct PayComparisonWeek {
 std::string_view dashboardLabel(PayComparisonOutcome outcome) noexcept;  // "Needs Attention"
 
 class ExpectedPayrollReview;
-PayComparisonWeek compareWeek(ModelContext& context, ExpectedPayrollReview& review, const Production& production, const PayrollWeek& week);
+PayComparisonWeek compareWeek(ModelContext& context, ExpectedPayrollReview& review, const Production& production, const PayrollWeek& week,
+                              CalculationWords words = CalculationWords::include);
 
 }  // namespace tessel

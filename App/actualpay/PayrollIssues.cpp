@@ -183,7 +183,7 @@ SyncReport synchronize(ModelContext& context, const Production& production, Inst
     std::vector<PayrollIssue> created;
     for (const auto& week : weeksWithConfirmedPay(context, production.id)) {
         ++report.weeks;
-        for (const auto& comparison : compareWeek(context, review, production, week).comparisons) {
+        for (const auto& comparison : compareWeek(context, review, production, week, CalculationWords::omit).comparisons) {
             for (const auto& o : observations(comparison)) {
                 const std::string key = identityKey(production.id, comparison.crewID, week.id, o.categoryKey, o.actualLineID);
                 observed.insert(key);

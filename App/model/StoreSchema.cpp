@@ -291,6 +291,15 @@ const std::vector<MigrationStep>& migrationPlan() {
     return plan;
 }
 
+const std::vector<LookupIndex>& lookupIndexes() {
+    static const std::vector<LookupIndex> indexes{
+        {"ConfirmedPayStubWeek", "CREATE INDEX IF NOT EXISTS ConfirmedPayStubWeek ON ConfirmedPayStubActualPay(payrollWeekID)"},
+        {"ConfirmedPayStubEarningLineStub",
+         "CREATE INDEX IF NOT EXISTS ConfirmedPayStubEarningLineStub ON ConfirmedPayStubEarningLine(payStubID, displayOrder)"},
+        {"PayrollIssueWeek", "CREATE INDEX IF NOT EXISTS PayrollIssueWeek ON PayrollIssue(weekID)"}};
+    return indexes;
+}
+
 int compareVersions(std::string_view a, std::string_view b) {
     const auto next = [](std::string_view& text) {
         const auto dot = text.find('.');

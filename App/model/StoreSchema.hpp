@@ -32,6 +32,13 @@ std::string_view earliestGenerationSchema();
 // The ordered steps from the earliest generation to the current one.
 const std::vector<MigrationStep>& migrationPlan();
 
+// Indexes for lookups that later versions make often (a week's confirmed stubs, a stub's lines). They
+// hold no data, so a store of any version gains each missing one when it opens, without a new version.
+struct LookupIndex {
+    std::string_view name, definition;  // "CREATE INDEX IF NOT EXISTS …"
+};
+const std::vector<LookupIndex>& lookupIndexes();
+
 // Compares dotted version texts numerically: negative, zero or positive. Unreadable parts count as 0.
 int compareVersions(std::string_view a, std::string_view b);
 

@@ -187,6 +187,20 @@ void configureConnection(SQLite::Database& db) {
     db.setBusyTimeout(15000);
 }
 
+// Creates the lookup indexes the store lacks; a store that has them all is only read.
+void addMissingLookupIndexes(SQLite::Database& db) {
+    std::vector<const store_schema::LookupIndex*> missing;
+    for (const auto& index : store_schema::lookupIndexes()) {
+        SQLite::Statement exists(db, "SELECT 1 FROM sqlite_master WHERE type = 'index' AND name = ?1");
+        exists.bind(1, std::string(index.name));
+        if (!exists.executeStep()) missing.push_back(&index);
+    }
+    if (missing.empty()) return;
+    SQLite::Transaction transaction(db, SQLite::TransactionBehavior::IMMEDIATE);
+    for (const auto* index : missing) db.exec(std::string(index->definition));
+    transaction.commit();
+}
+
 // Runs each step from the store's version on, one transaction per step.
 void migrate(SQLite::Database& db) {
     for (const auto& step : store_schema::migrationPlan()) {
@@ -202,6 +216,7 @@ void migrate(SQLite::Database& db) {
     if (readSchemaVersion(db) != store_schema::currentSchemaVersion) {
         throw std::runtime_error("no migration leads from schema " + readSchemaVersion(db));
     }
+    addMissingLookupIndexes(db);
 }
 
 // A file name beside the store that no other process uses.

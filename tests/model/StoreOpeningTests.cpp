@@ -184,6 +184,24 @@ TEST_F(StoreOpening, MigratesAStoreWrittenAtTheEarlierGeneration) {
     EXPECT_EQ(backup.execAndGet("SELECT value FROM TesselStoreMetadata WHERE key = 'schemaVersion'").getString(), "40.1.0");
 }
 
+// A store written before a lookup index existed gains it when it opens, at the same schema version.
+TEST_F(StoreOpening, AddsTheLookupIndexesAStoreLacks) {
+    open(environment).reset();
+    {
+        SQLite::Database db(environment.storeURL.string(), SQLite::OPEN_READWRITE);
+        for (const auto& index : store_schema::lookupIndexes()) db.exec("DROP INDEX " + std::string(index.name));
+    }
+    auto store = open(environment);
+    ASSERT_TRUE(store);
+    EXPECT_EQ(store->schemaVersion(), "40.2.0");
+    for (const auto& index : store_schema::lookupIndexes()) {
+        SQLite::Statement exists(store->database(), "SELECT COUNT(*) FROM sqlite_master WHERE type = 'index' AND name = ?1");
+        exists.bind(1, std::string(index.name));
+        ASSERT_TRUE(exists.executeStep());
+        EXPECT_EQ(exists.getColumn(0).getInt(), 1) << index.name;
+    }
+}
+
 struct RefusalCase {
     const char* name;
     std::function<void(const TesselStoreEnvironment&)> arrange;
