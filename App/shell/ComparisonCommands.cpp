@@ -304,14 +304,27 @@ std::vector<PayrollIssue> targetsOf(ModelContext& context, const Production& pro
     return found;
 }
 
+// The bulk actions: every issue in one state (of one week, when given) moved to another, as "Needs
+// Attention as Reported" and "Reported as Resolved" do.
+std::vector<PayrollIssue> inState(ModelContext& context, const Production& production, PayrollIssueState state, const std::string& weekDate) {
+    const auto weekID = weekDate.empty() ? std::nullopt : std::optional(weekOn(context, production, weekDate).id);
+    std::vector<PayrollIssue> found;
+    for (auto& issue : payroll_issues::list(context, production.id)) {
+        if (issue.state() == state && (!weekID || issue.weekID == *weekID)) found.push_back(std::move(issue));
+    }
+    if (found.empty()) throw Refused{"issueNotFound", "No payroll issue is in the state " + std::string(toRawValue(state)) + "."};
+    return found;
+}
+
 int setCommand(CommandSession& session, const ComparisonCommandArguments& a) {
     return actOnIssues(session, [&](ModelContext& context, const Production& production) {
-        const std::size_t expected = a.group.empty() ? 2 : 1;
-        if (a.targets.size() != expected) {
-            throw Refused{"missingValue", "Give the issue and the state, or --group KEY and the state."};
+        const bool byIdentifier = a.group.empty() && a.state.empty();
+        if (a.targets.size() != (byIdentifier ? 2u : 1u)) {
+            throw Refused{"missingValue", "Give the issue and the state, or --group KEY (or --from-state S) and the state."};
         }
         const auto state = stateArgument(a.targets.back());
-        const auto issues = targetsOf(context, production, a.group.empty() ? a.targets.front() : std::string(), a.group);
+        const auto issues = !a.state.empty() ? inState(context, production, stateArgument(a.state), a.week)
+                                             : targetsOf(context, production, byIdentifier ? a.targets.front() : std::string(), a.group);
         const auto note = a.note.empty() ? std::nullopt : std::optional(a.note);
         payroll_issues::setState(context, issues, state, note, now());
         Json ids = Json::array();
@@ -319,6 +332,31 @@ int setCommand(CommandSession& session, const ComparisonCommandArguments& a) {
         session.answer(Json{{"updated", ids}, {"state", std::string(toRawValue(state))}},
                        std::to_string(issues.size()) + (issues.size() == 1 ? " payroll issue is now " : " payroll issues are now ") +
                            std::string(label(state)) + ".\n");
+        return exitSuccess;
+    });
+}
+
+// One issue in full, with what the user did with it before.
+int showCommand(CommandSession& session, const ComparisonCommandArguments& a) {
+    return actOnIssues(session, [&](ModelContext& context, const Production& production) {
+        if (a.targets.size() != 1) throw Refused{"missingValue", "Give the issue's identifier."};
+        const auto issue = targetsOf(context, production, a.targets.front(), {}).front();
+        const auto state = issue.state().value_or(PayrollIssueState::needsAttention);
+        std::ostringstream out;
+        out << issue.title << " \u2014 " << issue.nature << "\n"
+            << "  Expected " << text(issue.expectedAmount) << ", actual " << text(issue.actualAmount) << ", difference "
+            << signedText(issue.differenceAmount) << " " << issue.currency << "\n"
+            << "  State: " << label(state);
+        if (issue.resolutionReason) out << " (" << *issue.resolutionReason << ")";
+        out << "\n  First observed " << calendar_text::formatInstant(issue.createdAt) << ", last changed "
+            << calendar_text::formatInstant(issue.updatedAt) << "\n";
+        if (issue.reportedAt && state != PayrollIssueState::reported) {
+            out << "  Previously reported " << calendar_text::formatInstant(*issue.reportedAt) << "\n";
+        } else if (issue.reportedAt) {
+            out << "  Reported " << calendar_text::formatInstant(*issue.reportedAt) << "\n";
+        }
+        if (!issue.note.empty()) out << "  Previous workflow note: " << issue.note << "\n";
+        session.answer(issueJSON(issue, {}), out.str());
         return exitSuccess;
     });
 }
@@ -363,8 +401,13 @@ void addComparisonCommands(CLI::App& app, CommandSession& session, ComparisonCom
     auto* set = issues->add_subcommand("set", "Set the state of one issue (ID STATE) or of a group (--group KEY STATE)");
     set->add_option("TARGET", a.targets, "The issue's identifier (its first eight characters are enough), then the state")->required();
     set->add_option("--group", a.group, "Every issue of this group, as \u201Cissues list\u201D names it");
+    set->add_option("--from-state", a.state, "Every issue in this state (of --week, when given): needsAttention as reported, reported as resolved");
+    set->add_option("--week", a.week, "With --from-state: only the Payroll Week holding this date");
     set->add_option("--note", a.note, "A workflow note, kept with each issue");
     set->callback([&] { exitStatus = setCommand(session, a); });
+    auto* show = issues->add_subcommand("show", "One issue in full, with its earlier reporting and note");
+    show->add_option("ID", a.targets, "The issue's identifier (its first eight characters are enough)")->required();
+    show->callback([&] { exitStatus = showCommand(session, a); });
     auto* summary = issues->add_subcommand("summary", "The weekly summary, as Copy Full Summary copies it");
     summary->add_option("--week", a.week, "A date in the Payroll Week")->required();
     summary->callback([&] { exitStatus = summaryCommand(session, a); });

@@ -1,5 +1,7 @@
 #include "StoreCommands.hpp"
 
+#include "App/actualpay/PayComparison.hpp"
+
 #include <array>
 #include <chrono>
 #include <map>
@@ -186,6 +188,10 @@ int showProduction(CommandSession& session, const std::string& idOrName) {
     text << "  DTS export form: " << form << " (built-in form " << (exportChoice.legacyKestrelEligible ? "on" : "off") << ")\n";
     json["dtsExportTemplateMode"] = exportChoice.unsupportedRawValue.value_or(std::string(toRawValue(exportChoice.mode)));
     json["legacyKestrelEligible"] = exportChoice.legacyKestrelEligible;
+    const auto comparison = pay_comparison_settings::read(context, production->id);
+    text << "  Payroll terminology: " << label(comparison.profile) << ", rounding tolerance " << comparison.tolerance.toString() << "\n";
+    json["payrollTerminologyProfile"] = std::string(toRawValue(comparison.profile));
+    json["roundingTolerance"] = comparison.tolerance.toString();
     json["department"] = identity.department;
     json["company"] = identity.company;
     json["defaultWorkState"] = identity.defaultWorkState;
