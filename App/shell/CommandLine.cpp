@@ -17,6 +17,7 @@
 #include "App/shell/StoreCommands.hpp"
 #include "App/shell/PositionCommands.hpp"
 #include "App/shell/StubCommands.hpp"
+#include "App/shell/TemplateCommands.hpp"
 
 namespace tessel {
 
@@ -49,6 +50,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     ExportCommandArguments exportArguments;
     SetupLibraryCommandArguments setupLibraryArguments;
     ComparisonCommandArguments comparisonArguments;
+    TemplateCommandArguments templateArguments;
     addCalcCommands(app, streams, exitStatus);
     addStoreCommands(app, session, storeArguments, exitStatus);
     addDiagnosticCommands(*app.get_subcommand("store"), session, diagnosticArguments, exitStatus);
@@ -62,6 +64,7 @@ int runCommandLine(const std::vector<std::string>& arguments, CommandStreams str
     addExportCommands(app, session, exportArguments, exitStatus);
     addSetupLibraryCommands(app, session, setupLibraryArguments, exitStatus);
     addComparisonCommands(app, session, comparisonArguments, exitStatus);
+    addTemplateCommands(app, session, templateArguments, exitStatus);
 
     std::vector<const char*> argv{"tessel"};
     for (const auto& argument : arguments) argv.push_back(argument.c_str());
