@@ -170,7 +170,7 @@ PayComparisonOutcome outcomeOf(const CrewPayComparison& comparison) {
     bool rounding = *comparison.grossStatus == Status::withinTolerance;
     bool discrepancy = *comparison.grossStatus == Status::underpaid || *comparison.grossStatus == Status::overpaid;
     for (const auto& line : comparison.lines) {
-        discrepancy = discrepancy || line.status != Status::matches && line.status != Status::withinTolerance;
+        discrepancy = discrepancy || (line.status != Status::matches && line.status != Status::withinTolerance);
         rounding = rounding || line.status == Status::withinTolerance;
     }
     discrepancy = discrepancy || !comparison.unmappedActual.empty();

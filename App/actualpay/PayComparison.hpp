@@ -69,12 +69,12 @@ std::string_view label(PayComparisonLineStatus status) noexcept;  // "Matches wi
 PayComparisonLineStatus statusOfDifference(const Decimal& difference, const Decimal& tolerance);
 
 struct PayComparisonExpectedLine {
-    std::string id;  // the category's rule id and schedule, "band.overtime@local"
-    std::string title;
+    std::string id{};  // the category's rule id and schedule, "band.overtime@local"
+    std::string title{};
     std::optional<PayComparisonConcept> concept_{};
     std::optional<Decimal> amount{}, hours{}, rate{};
     std::vector<std::string> calculationDetails{};  // each day's part in words
-    std::string issueCategoryKey;                   // "semantic:overtime", "expected:box", "expected:<rule id>"
+    std::string issueCategoryKey{};                   // "semantic:overtime", "expected:box", "expected:<rule id>"
 };
 
 struct PayComparisonExpected {
@@ -86,44 +86,44 @@ struct PayComparisonExpected {
 
 struct PayComparisonActualLine {
     Uuid id;  // the confirmed earning line
-    std::string label;
-    Decimal amount;
+    std::string label{};
+    Decimal amount{};
     std::optional<Decimal> hours{}, rate{};
 };
 
 struct PayComparisonActual {
     Uuid crewID, weekID;
-    Decimal gross;
+    Decimal gross{};
     std::optional<Decimal> hours{};
     std::vector<PayComparisonActualLine> lines{};
 };
 
 struct PayComparisonLine {
-    std::string id;  // the concept's raw value, or the expected line's id when it has none
-    std::string title;
+    std::string id{};  // the concept's raw value, or the expected line's id when it has none
+    std::string title{};
     std::vector<PayComparisonExpectedLine> expected{};
     std::vector<PayComparisonActualLine> actual{};
-    Decimal tolerance;
+    Decimal tolerance{};
     bool comparable = false;
     PayComparisonLineStatus status = PayComparisonLineStatus::review;
     std::optional<Decimal> difference{};  // actual − expected, when both sides have amounts
-    std::string issueCategoryKey;
+    std::string issueCategoryKey{};
 };
 
 enum class PayComparisonOutcome { unavailable, discrepancy, roundingMatch, exact };
 
 struct CrewPayComparison {
     Uuid crewID, weekID;
-    std::string crewName;
+    std::string crewName{};
     std::optional<PayComparisonExpected> expected{};
     std::optional<PayComparisonActual> actual{};
     std::vector<PayComparisonLine> lines{};
     std::vector<PayComparisonActualLine> unmappedActual{};
     std::vector<std::string> issues{};
     bool comparable = false;
-    Decimal tolerance;
+    Decimal tolerance{};
     bool reconciliationAvailable = false;
-    std::string currency;
+    std::string currency{};
     std::optional<Decimal> grossDifference{};
     std::optional<PayComparisonLineStatus> grossStatus{};
     PayComparisonOutcome outcome = PayComparisonOutcome::unavailable;

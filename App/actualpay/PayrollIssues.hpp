@@ -33,17 +33,17 @@ inline constexpr std::string_view unmappedCategory = "actual:unmapped";
 
 struct PayrollIssue {
     Uuid id;
-    std::string identityKey;
+    std::string identityKey{};
     Uuid productionID, crewID, weekID;
-    std::string categoryKey;
+    std::string categoryKey{};
     std::optional<Uuid> actualLineID{};
-    std::string title, nature;
+    std::string title{}, nature{};
     std::optional<Decimal> expectedAmount{}, actualAmount{}, differenceAmount{};
-    std::string currency;
-    std::string fingerprint;
-    std::string stateRaw;
-    std::string note;
-    Instant createdAt, updatedAt;
+    std::string currency{};
+    std::string fingerprint{};
+    std::string stateRaw{};
+    std::string note{};
+    Instant createdAt{}, updatedAt{};
     std::optional<Instant> reportedAt{}, resolvedAt{};
     // Why the issue is in its state: "reconciled", "Marked resolved by the user.", or the sentence of a
     // reopened one ("Discrepancy changed or reappeared; review again.").
@@ -55,11 +55,11 @@ struct PayrollIssue {
 
 // What one comparison observes now for one category or unmapped line.
 struct PayrollIssueObservation {
-    std::string categoryKey;
+    std::string categoryKey{};
     std::optional<Uuid> actualLineID{};
-    std::string title, nature;
+    std::string title{}, nature{};
     std::optional<Decimal> expected{}, actual{}, difference{};
-    std::string currency;
+    std::string currency{};
 };
 
 namespace payroll_issues {
@@ -90,8 +90,8 @@ void setState(ModelContext& context, const std::vector<PayrollIssue>& issues, Pa
 // Issues of one week, one category, one direction and one currency together; an issue whose crew member
 // can no longer be found stands alone.
 struct PayrollIssueGroup {
-    std::string key;  // "2026-11-02|semantic:overtime|Underpaid|USD", plus "|crew=<id>" for unavailable crew
-    std::string title;
+    std::string key{};  // "2026-11-02|semantic:overtime|Underpaid|USD", plus "|crew=<id>" for unavailable crew
+    std::string title{};
     CalendarDate weekStart;
     std::optional<Uuid> unknownIdentity{};
     std::vector<PayrollIssue> members{};

@@ -65,9 +65,9 @@ WeeklyCrewPayrollReview weekOf(const Uuid& crew, std::initializer_list<std::tupl
 ConfirmedPayStubActualPay stubOf(const Uuid& crew, const Uuid& week, const char* gross,
                                  std::initializer_list<std::pair<const char*, const char*>> lines) {
     ConfirmedPayStubActualPay stub{Uuid::generate(), Uuid::generate(), crew, week, CalendarDate(std::chrono::year(2026) / 11 / 2),
-                                   CalendarDate(std::chrono::year(2026) / 11 / 8), "DANA RIVERA"};
-    stub.gross = Decimal(gross);
-    for (const auto& [label, amount] : lines) stub.lines.push_back({Uuid::generate(), stub.id, label, std::nullopt, std::nullopt, Decimal(amount)});
+                                   CalendarDate(std::chrono::year(2026) / 11 / 8), "DANA RIVERA", std::nullopt, std::nullopt, "GAFFER",
+                                   std::nullopt, Decimal(gross), "", "stub.pdf", Instant{}, Instant{}, Instant{}, {}};
+    for (const auto& [label, amount] : lines) stub.lines.push_back({Uuid::generate(), stub.id, label, std::nullopt, std::nullopt, Decimal(amount), 0});
     return stub;
 }
 
