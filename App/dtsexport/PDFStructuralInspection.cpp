@@ -2,9 +2,12 @@
 
 #include <glib.h>
 #include <poppler-document.h>
+#include <poppler-global.h>
 #include <poppler-page.h>
 
+#include <climits>
 #include <cmath>
+#include <mutex>
 #include <memory>
 
 #include "App/dtsexport/PDFContentScan.hpp"
@@ -124,6 +127,10 @@ PDFStructuralInspection inspect(std::string_view pdf) {
     } catch (const std::exception&) {
         throw PDFStructuralInspectionError(Case::invalidPDF);
     }
+    if (pdf.size() > static_cast<std::size_t>(INT_MAX)) throw PDFStructuralInspectionError(Case::invalidPDF);
+    // Poppler's complaints about a damaged file are not the user's to read: the refusal says it.
+    static std::once_flag silenced;
+    std::call_once(silenced, [] { poppler::set_debug_error_function([](const std::string&, void*) {}, nullptr); });
     const std::unique_ptr<poppler::document> document(poppler::document::load_from_raw_data(pdf.data(), static_cast<int>(pdf.size())));
     if (!document || document->is_locked()) throw PDFStructuralInspectionError(Case::invalidPDF);
     if (document->pages() <= 0 || scanned.empty()) throw PDFStructuralInspectionError(Case::noPages);
