@@ -96,21 +96,6 @@ bool periodDiffers(const ConfirmedPayStubActualPay& stub) {
            (stub.printedPayPeriodEnd && *stub.printedPayPeriodEnd != stub.payrollWeekEnd);
 }
 
-std::optional<Decimal> sumOf(const std::vector<PayComparisonExpectedLine>& lines) {
-    Decimal total;
-    for (const auto& line : lines) {
-        if (!line.amount) return std::nullopt;
-        total = total + *line.amount;
-    }
-    return total;
-}
-
-Decimal sumOf(const std::vector<PayComparisonActualLine>& lines) {
-    Decimal total;
-    for (const auto& line : lines) total = total + line.amount;
-    return total;
-}
-
 // Expected lines grouped by concept in the concepts' order, each line without a concept on its own; the
 // printed lines joined to their concept, the rest unmapped.
 void pairLines(CrewPayComparison& comparison) {
@@ -147,17 +132,17 @@ void pairLines(CrewPayComparison& comparison) {
     for (auto& line : ownLines) comparison.lines.push_back(std::move(line));
     for (auto& line : comparison.lines) {
         line.comparable = comparison.comparable;
-        const auto expected = sumOf(line.expected);
+        const auto expected = expectedAmount(line);
         if (line.expected.empty()) {
             line.status = Status::actualOnly;
-            line.difference = sumOf(line.actual);
+            line.difference = actualAmount(line);
         } else if (!line.comparable || !expected) {
             line.status = Status::review;
         } else if (line.actual.empty()) {
             line.status = Status::expectedOnly;
             line.difference = -*expected;
         } else {
-            line.difference = sumOf(line.actual) - *expected;
+            line.difference = *actualAmount(line) - *expected;
             line.status = statusOfDifference(*line.difference, line.tolerance);
         }
     }
@@ -179,6 +164,29 @@ PayComparisonOutcome outcomeOf(const CrewPayComparison& comparison) {
 }
 
 }  // namespace
+
+std::optional<Decimal> expectedAmount(const PayComparisonLine& line) {
+    if (line.expected.empty()) return std::nullopt;
+    Decimal total;
+    for (const auto& expected : line.expected) {
+        if (!expected.amount) return std::nullopt;
+        total = total + *expected.amount;
+    }
+    return total;
+}
+
+std::optional<Decimal> actualAmount(const PayComparisonLine& line) {
+    if (line.actual.empty()) return std::nullopt;
+    Decimal total;
+    for (const auto& actual : line.actual) total = total + actual.amount;
+    return total;
+}
+
+std::string signedAmount(const std::optional<Decimal>& difference) {
+    if (!difference) return "-";
+    if (difference->isNegative()) return "\u2212" + (-*difference).toString();
+    return (difference->isZero() ? "" : "+") + difference->toString();
+}
 
 std::string_view toRawValue(PayComparisonProfile profile) noexcept {
     switch (profile) {

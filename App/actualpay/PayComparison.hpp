@@ -110,6 +110,12 @@ struct PayComparisonLine {
     std::string issueCategoryKey{};
 };
 
+// The sums of a line's two sides: absent when the side has no lines, or an expected line has no amount.
+std::optional<Decimal> expectedAmount(const PayComparisonLine& line);
+std::optional<Decimal> actualAmount(const PayComparisonLine& line);
+// A difference as it is read: "−67.50" when less was paid than expected, "+8.50" when more, "-" for none.
+std::string signedAmount(const std::optional<Decimal>& difference);
+
 enum class PayComparisonOutcome { unavailable, discrepancy, roundingMatch, exact };
 
 struct CrewPayComparison {

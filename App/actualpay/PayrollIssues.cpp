@@ -42,30 +42,7 @@ void save(ModelContext& context, const PayrollIssue& issue) {
     statement.exec();
 }
 
-std::optional<Decimal> total(const std::vector<PayComparisonExpectedLine>& lines) {
-    if (lines.empty()) return std::nullopt;
-    Decimal sum;
-    for (const auto& line : lines) {
-        if (!line.amount) return std::nullopt;
-        sum = sum + *line.amount;
-    }
-    return sum;
-}
-
-std::optional<Decimal> total(const std::vector<PayComparisonActualLine>& lines) {
-    if (lines.empty()) return std::nullopt;
-    Decimal sum;
-    for (const auto& line : lines) sum = sum + line.amount;
-    return sum;
-}
-
 std::string amountText(const std::optional<Decimal>& amount) { return amount ? amount->toString() : std::string("-"); }
-
-// The difference as it is read: a minus sign for less paid than expected, a plus sign for more.
-std::string signedText(const Decimal& amount) {
-    if (amount.isNegative()) return "\u2212" + (-amount).toString();
-    return (amount.isZero() ? "" : "+") + amount.toString();
-}
 
 bool isMatch(PayComparisonLineStatus status) {
     return status == PayComparisonLineStatus::matches || status == PayComparisonLineStatus::withinTolerance;
@@ -143,8 +120,8 @@ std::vector<PayrollIssueObservation> observations(const CrewPayComparison& compa
     std::vector<PayrollIssueObservation> observed;
     for (const auto& line : comparison.lines) {
         if (isMatch(line.status)) continue;
-        observed.push_back({line.issueCategoryKey, std::nullopt, line.title, std::string(label(line.status)), total(line.expected),
-                            total(line.actual), line.difference, comparison.currency});
+        observed.push_back({line.issueCategoryKey, std::nullopt, line.title, std::string(label(line.status)), expectedAmount(line),
+                            actualAmount(line), line.difference, comparison.currency});
     }
     for (const auto& printed : comparison.unmappedActual) {
         observed.push_back({std::string(words::unmappedCategory), printed.id, printed.label, std::string(label(PayComparisonLineStatus::review)),
@@ -295,7 +272,7 @@ std::string memberName(const std::map<Uuid, std::string>& names, const PayrollIs
 }
 
 std::string issueAmount(const PayrollIssue& issue) {
-    if (issue.differenceAmount) return signedText(*issue.differenceAmount) + " " + issue.currency;
+    if (issue.differenceAmount) return signedAmount(issue.differenceAmount) + " " + issue.currency;
     if (issue.actualAmount) return issue.actualAmount->toString() + " " + issue.currency + " paid";
     if (issue.expectedAmount) return issue.expectedAmount->toString() + " " + issue.currency + " expected";
     return "-";
@@ -307,7 +284,7 @@ void writeGroups(std::ostringstream& out, const std::vector<PayrollIssueGroup>& 
         std::set<Uuid> people;
         for (const auto& member : group.members) people.insert(member.crewID);
         out << "- " << group.title << " (" << first.nature << ", " << first.currency << "): " << people.size() << " crew";
-        if (const auto difference = group.difference()) out << ", total " << signedText(*difference) << " " << first.currency;
+        if (const auto difference = group.difference()) out << ", total " << signedAmount(difference) << " " << first.currency;
         out << "\n";
         for (const auto& member : group.members) {
             out << "    " << memberName(names, member) << ": " << issueAmount(member) << " \u00B7 "
@@ -398,7 +375,7 @@ std::string claimText(ModelContext& context, ExpectedPayrollReview& review, cons
         out << "  " << issue.title << " \u2014 " << issue.nature << "\n"
             << "    Expected " << (issue.expectedAmount ? issue.expectedAmount->toString() : std::string("nothing")) << ", paid "
             << (issue.actualAmount ? issue.actualAmount->toString() : std::string("nothing"));
-        if (issue.differenceAmount) out << ", difference " << signedText(*issue.differenceAmount);
+        if (issue.differenceAmount) out << ", difference " << signedAmount(issue.differenceAmount);
         out << " " << issue.currency << "\n";
         const auto comparison = std::find_if(comparisons.begin(), comparisons.end(), [&](const CrewPayComparison& c) { return c.crewID == issue.crewID; });
         if (issue.actualLineID) {

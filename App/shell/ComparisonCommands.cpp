@@ -29,12 +29,6 @@ PayrollWeek weekOn(ModelContext& context, const Production& production, const st
 Json optionalDecimal(const std::optional<Decimal>& value) { return value ? Json(value->toString()) : Json(); }
 std::string text(const std::optional<Decimal>& value) { return value ? value->toString() : std::string("-"); }
 
-std::string signedText(const std::optional<Decimal>& amount) {
-    if (!amount) return "-";
-    if (amount->isNegative()) return "\u2212" + (-*amount).toString();
-    return (amount->isZero() ? "" : "+") + amount->toString();
-}
-
 Json expectedLineJSON(const PayComparisonExpectedLine& line) {
     return {{"id", line.id},
             {"title", line.title},
@@ -99,21 +93,6 @@ Json comparisonJSON(const CrewPayComparison& c) {
     return json;
 }
 
-std::optional<Decimal> expectedTotal(const PayComparisonLine& line) {
-    Decimal sum;
-    for (const auto& e : line.expected) {
-        if (!e.amount) return std::nullopt;
-        sum = sum + *e.amount;
-    }
-    return line.expected.empty() ? std::nullopt : std::optional(sum);
-}
-
-std::optional<Decimal> actualTotal(const PayComparisonLine& line) {
-    Decimal sum;
-    for (const auto& a : line.actual) sum = sum + a.amount;
-    return line.actual.empty() ? std::nullopt : std::optional(sum);
-}
-
 void writeComparison(std::ostringstream& out, const CrewPayComparison& c) {
     namespace words = pay_comparison_words;
     out << "\n" << c.crewName << " \u2014 " << dashboardLabel(c.outcome) << "\n";
@@ -123,7 +102,7 @@ void writeComparison(std::ostringstream& out, const CrewPayComparison& c) {
     if (!c.grossDifference) {
         out << words::grossUnavailable << "\n";
     } else {
-        out << "Difference (Actual \u2212 Expected) " << signedText(c.grossDifference) << " " << c.currency << " \u2014 ";
+        out << "Difference (Actual \u2212 Expected) " << signedAmount(c.grossDifference) << " " << c.currency << " \u2014 ";
         const bool linesOpen = std::any_of(c.lines.begin(), c.lines.end(), [](const PayComparisonLine& l) {
             return l.status != PayComparisonLineStatus::matches && l.status != PayComparisonLineStatus::withinTolerance;
         });
@@ -149,8 +128,8 @@ void writeComparison(std::ostringstream& out, const CrewPayComparison& c) {
             << review_text::padded("Difference", 13) << "Status\n";
     }
     for (const auto& line : c.lines) {
-        out << "  " << review_text::padded(line.title, 24) << review_text::padded(text(expectedTotal(line)), 12)
-            << review_text::padded(text(actualTotal(line)), 12) << review_text::padded(signedText(line.difference), 13) << label(line.status);
+        out << "  " << review_text::padded(line.title, 24) << review_text::padded(text(expectedAmount(line)), 12)
+            << review_text::padded(text(actualAmount(line)), 12) << review_text::padded(signedAmount(line.difference), 13) << label(line.status);
         if (line.status == PayComparisonLineStatus::expectedOnly) out << " (" << words::expectedOnlyDetail << ")";
         out << "\n";
     }
@@ -274,7 +253,7 @@ int listCommand(CommandSession& session, const ComparisonCommandArguments& a) {
                 const auto name = names.find(issue.crewID);
                 out << "  " << issue.id.text().substr(0, 8) << "  " << review_text::padded(name == names.end() ? std::string(issue_words::unavailableCrew) : name->second, 22)
                     << review_text::padded(issue.title, 22) << review_text::padded(issue.nature, 15)
-                    << review_text::padded(signedText(issue.differenceAmount), 11) << label(issue.state().value_or(PayrollIssueState::needsAttention));
+                    << review_text::padded(signedAmount(issue.differenceAmount), 11) << label(issue.state().value_or(PayrollIssueState::needsAttention));
                 if (issue.resolutionReason) out << " (" << *issue.resolutionReason << ")";
                 if (!issue.note.empty()) out << " \u00B7 Note: " << issue.note;
                 out << "\n";
@@ -345,7 +324,7 @@ int showCommand(CommandSession& session, const ComparisonCommandArguments& a) {
         std::ostringstream out;
         out << issue.title << " \u2014 " << issue.nature << "\n"
             << "  Expected " << text(issue.expectedAmount) << ", actual " << text(issue.actualAmount) << ", difference "
-            << signedText(issue.differenceAmount) << " " << issue.currency << "\n"
+            << signedAmount(issue.differenceAmount) << " " << issue.currency << "\n"
             << "  State: " << label(state);
         if (issue.resolutionReason) out << " (" << *issue.resolutionReason << ")";
         out << "\n  First observed " << calendar_text::formatInstant(issue.createdAt) << ", last changed "
