@@ -153,7 +153,10 @@ bool hasConfirmedPay(ModelContext& context, const Uuid& productionID) {
 SyncReport synchronize(ModelContext& context, const Production& production, Instant now) {
     SyncReport report;
     std::map<std::string, PayrollIssue> byIdentity;
-    for (auto& issue : list(context, production.id)) byIdentity.emplace(issue.identityKey, std::move(issue));
+    // Every issue, in no particular order: the synchronisation finds them by identity.
+    auto& stored = context.prepare("SELECT " + std::string(issueColumns) + " FROM PayrollIssue WHERE productionID = ?1");
+    columns::bind(stored, 1, production.id);
+    for (auto& issue : columns::readAll<PayrollIssue>(stored, readIssue)) byIdentity.emplace(issue.identityKey, std::move(issue));
     ExpectedPayrollReview review(context, production.id);
     std::set<std::string> observed;
     std::vector<const PayrollIssue*> changed;

@@ -295,8 +295,7 @@ const std::vector<LookupIndex>& lookupIndexes() {
     static const std::vector<LookupIndex> indexes{
         {"ConfirmedPayStubWeek", "CREATE INDEX IF NOT EXISTS ConfirmedPayStubWeek ON ConfirmedPayStubActualPay(payrollWeekID)"},
         {"ConfirmedPayStubEarningLineStub",
-         "CREATE INDEX IF NOT EXISTS ConfirmedPayStubEarningLineStub ON ConfirmedPayStubEarningLine(payStubID, displayOrder)"},
-        {"PayrollIssueWeek", "CREATE INDEX IF NOT EXISTS PayrollIssueWeek ON PayrollIssue(weekID)"}};
+         "CREATE INDEX IF NOT EXISTS ConfirmedPayStubEarningLineStub ON ConfirmedPayStubEarningLine(payStubID, displayOrder)"}};
     return indexes;
 }
 
