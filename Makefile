@@ -5,7 +5,7 @@ JOBS ?= $(shell nproc)
 SANITIZE_DIR ?= build-sanitize
 FUZZ_DIR ?= build-fuzz
 FUZZ_SECONDS ?= 60
-FUZZ_TARGETS := fuzz-decimal-time fuzz-decimal fuzz-calc-json fuzz-rules-json fuzz-ruleset-file fuzz-diagnostic-package fuzz-stub-number fuzz-stub-pdf fuzz-stub-tokens fuzz-stub-facts fuzz-position-defaults fuzz-signature-image fuzz-production-archive fuzz-setup-files fuzz-pdf-structure
+FUZZ_TARGETS := fuzz-decimal-time fuzz-decimal fuzz-calc-json fuzz-rules-json fuzz-ruleset-file fuzz-diagnostic-package fuzz-stub-number fuzz-stub-pdf fuzz-stub-tokens fuzz-stub-facts fuzz-position-defaults fuzz-signature-image fuzz-production-archive fuzz-setup-files fuzz-pdf-structure fuzz-dts-template-definition
 
 .PHONY: deps configure build demo test bench check-sanitize fuzz clean
 
