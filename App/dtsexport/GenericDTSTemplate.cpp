@@ -183,6 +183,9 @@ std::string encode(const Definition& d) {
               {"crewRowSchema", {{"placements", placementsJSON(d.crewRowPlacements)}}},
               {"crewRowSlots", slots}};
     if (d.approvedAt) json["approvedAt"] = calendar_text::formatInstant(*d.approvedAt);
+    Json blank = Json::array();
+    for (const auto field : d.leftBlank) blank.push_back(std::string(dts_fields::field(field).key));
+    json["leftBlankFields"] = blank;
     return json.dump(2);
 }
 
@@ -215,6 +218,14 @@ Definition decode(std::string_view data) {
     const Json& slots = member(json, "crewRowSlots");
     if (!slots.is_array()) invalid("\u201CcrewRowSlots\u201D must be a list");
     for (const auto& slot : slots) d.crewRowSlots.push_back({uuidOf(slot, "id"), regionOf(member(slot, "region"))});
+    if (json.contains("leftBlankFields")) {
+        if (!json["leftBlankFields"].is_array()) invalid("\u201CleftBlankFields\u201D must be a list");
+        for (const auto& key : json["leftBlankFields"]) {
+            const auto field = key.is_string() ? dts_fields::fromKey(key.get_ref<const std::string&>()) : std::nullopt;
+            if (!field) invalid("a field left blank is one Tessel does not know");
+            d.leftBlank.push_back(*field);
+        }
+    }
     return d;
 }
 

@@ -43,6 +43,8 @@ struct ProductionDTSTemplateDefinition {
     std::vector<DTSTemplatePlacement> documentPlacements{};
     std::vector<DTSTemplatePlacement> crewRowPlacements{};  // the crew-row schema: regions within one row
     std::vector<DTSCrewRowSlot> crewRowSlots{};
+    // Proposed fields the user chose to leave blank (kept beside the format's keys, as "leftBlankFields").
+    std::vector<DTSSemanticFieldID> leftBlank{};
 };
 
 class GenericDTSTemplateError : public std::runtime_error {
