@@ -69,7 +69,9 @@ void draw(cairo_t* cr, form_drawing::TextSetter& text, const DTSTemplatePlacemen
     if (!words || words->empty()) return;
     const double size = std::min(generic_dts_render::largestSize, std::max(generic_dts_render::minimumReadableSize, box.height * 0.8));
     const double smallest = p.textFit == DTSTextFit::shrinkToFit ? generic_dts_render::minimumReadableSize : size;
-    if (!text.line(transformed(*words, p.textTransform), box.x + 1, box.y, box.width - 2, box.height, size, smallest, alignmentOf(p.alignment))) {
+    // A little room from the rules that usually bound a region.
+    const double inset = std::min(3.0, box.width * 0.05);
+    if (!text.line(transformed(*words, p.textTransform), box.x + inset, box.y, box.width - 2 * inset, box.height, size, smallest, alignmentOf(p.alignment))) {
         throw GenericDTSRenderError::cannotFit(placement.semanticFieldID, p.textFit);
     }
 }

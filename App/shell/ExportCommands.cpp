@@ -1,5 +1,7 @@
 #include "ExportCommands.hpp"
 
+#include "App/dtsexport/ProductionDTSTemplates.hpp"
+
 #include <spawn.h>
 #include <sys/wait.h>
 
@@ -51,8 +53,14 @@ int exportDTS(CommandSession& session, const ExportCommandArguments& a) {
             throw Refused{"dtsNotFound", "There is no DTS for " + calendar_text::formatDate(date) + "; create it with \u201Ctessel dts create " +
                                              calendar_text::formatDate(date) + "\u201D."};
         }
+        // The production's own approved template when it is the chosen form; else the built-in form.
+        const auto exportChoice = dts_export::choice(context, production.id);
+        std::optional<StoredDTSTemplate> ownForm;
+        if (!exportChoice.unsupportedRawValue && exportChoice.mode == ProductionDTSExportTemplateMode::productionTemplate) {
+            ownForm = production_dts_templates::approved(context, production.id);
+        }
         try {
-            dts_export::checkBuiltInFormChosen(dts_export::choice(context, production.id));
+            if (!ownForm) dts_export::checkBuiltInFormChosen(exportChoice);
         } catch (const ProductionDTSExportError& error) {
             refusalTitle = error.alertTitle();
             refusalCase = error.caseName();
@@ -71,15 +79,21 @@ int exportDTS(CommandSession& session, const ExportCommandArguments& a) {
         }
         const auto model = dts_export::model(facts);
         try {
-            const std::string pdf = builtin_dts_form::render(model, builtin_dts_form::blankPagePath());
+            const std::string pdf = ownForm ? generic_dts_render::render({ownForm->sourcePDFData, ownForm->definition}, facts)
+                                            : builtin_dts_form::render(model, builtin_dts_form::blankPagePath());
             dts_export::writeAtomically(output, pdf);
         } catch (const DTSPDFRendererError& error) {
             refusalTitle = error.alertTitle();
             refusalCase = error.caseName();
             refusalText = error.description();
             return int{exitRefused};
+        } catch (const GenericDTSRenderError& error) {
+            refusalTitle = "Couldn\u2019t Export Production DTS";
+            refusalCase = error.caseName();
+            refusalText = error.what();
+            return int{exitRefused};
         }
-        pages = builtin_dts_form::pageCount(model);
+        pages = ownForm ? generic_dts_render::pageCount(ownForm->definition, facts) : builtin_dts_form::pageCount(model);
         std::string text = "Exported the DTS for " + calendar_text::formatDate(date) + " to \u201C" + output + "\u201D (" + std::to_string(pages) +
                            (pages == 1 ? " page" : " pages") + ").\n";
         if (!checked.warnings.empty()) text += "Exported with warnings:\n" + issueLines(checked.warnings);

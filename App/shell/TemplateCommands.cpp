@@ -1,9 +1,13 @@
 #include "TemplateCommands.hpp"
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <sstream>
 
 #include "App/dtsexport/DTSTemplateInterpretation.hpp"
+#include "App/dtsexport/ProductionDTSTemplates.hpp"
+#include "App/shell/CommandActions.hpp"
 
 namespace tessel {
 namespace {
@@ -135,13 +139,214 @@ int inspect(CommandSession& session, const TemplateCommandArguments& a) {
     }
 }
 
+using command_actions::act;
+using command_actions::now;
+namespace templates = production_dts_templates;
+
+template <typename Value, std::size_t N>
+Value choiceArgument(const std::string& text, const std::array<std::pair<std::string_view, Value>, N>& choices, const char* option) {
+    std::string words;
+    for (const auto& [name, value] : choices) {
+        if (name == text) return value;
+        words += (words.empty() ? "" : ", ") + std::string(name);
+    }
+    throw Refused{"invalidChoice", std::string("Choose ") + option + " " + words + "."};
+}
+
+DTSNormalizedRegion regionArgument(const std::string& text) {
+    DTSNormalizedRegion r;
+    char tail = 0;
+    if (std::sscanf(text.c_str(), "%lf,%lf,%lf,%lf%c", &r.x, &r.y, &r.width, &r.height, &tail) != 4) {
+        throw Refused{"invalidRegion", "Give the region as X,Y,WIDTH,HEIGHT, each 0 to 1 of the page (or of one row), such as 0.1,0.2,0.3,0.04."};
+    }
+    if (!(r.x >= 0 && r.y >= 0 && r.width > 0 && r.height > 0 && r.x + r.width <= 1 && r.y + r.height <= 1)) {
+        throw Refused{"invalidRegion", std::string(dts_template_words::manualRegion)};
+    }
+    return r;
+}
+
+DTSSemanticFieldID fieldArgument(const std::string& key) {
+    const auto field = dts_fields::fromKey(key);
+    if (!field) throw Refused{"unknownField", "There is no DTS field \u201C" + key + "\u201D; fields are named as \u201Ccrew.name\u201D or \u201Cworkday.date\u201D."};
+    return *field;
+}
+
+StoredDTSTemplate draftOf(ModelContext& context, const Production& production) {
+    auto draft = templates::draft(context, production.id);
+    if (!draft) throw Refused{"noDraft", std::string(dts_template_words::missingSource) + " Start one with \u201Ctessel template import FILE.pdf\u201D."};
+    return std::move(*draft);
+}
+
+std::string regionWords(const std::optional<DTSNormalizedRegion>& r) {
+    return r ? number(r->x) + "," + number(r->y) + "," + number(r->width) + "," + number(r->height) : std::string("-");
+}
+
+int importTemplate(CommandSession& session, const TemplateCommandArguments& a) {
+    const auto bytes = session.readInputFile(a.file);
+    if (!bytes) return exitUsage;
+    return act(session, [&](ModelContext& context, const Production& production) {
+        StoredDTSTemplate draft{Uuid::generate(), {}, {}, {}, {}};
+        try {
+            draft = templates::importDraft(context, production.id, *bytes, now());
+        } catch (const GenericDTSTemplateError& error) {
+            throw Refused{std::string(error.caseName()), error.what()};
+        }
+        const auto& d = draft.definition;
+        std::string text = "Started the DTS template draft from \u201C" + a.file + "\u201D: " + std::to_string(d.documentPlacements.size()) +
+                           " document fields and " + std::to_string(d.crewRowPlacements.size()) + " crew-row fields placed, " +
+                           std::to_string(d.crewRowSlots.size()) + " crew rows. Review it with \u201Ctessel template show\u201D.\n";
+        if (templates::approved(context, production.id)) text += std::string(dts_template_words::replacementNotice) + "\n";
+        session.answer(Json{{"draft", draft.id.text()}, {"documentPlacements", d.documentPlacements.size()}, {"crewRowPlacements", d.crewRowPlacements.size()},
+                            {"crewRows", d.crewRowSlots.size()}},
+                       text);
+        return int{exitSuccess};
+    });
+}
+
+int showTemplate(CommandSession& session) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        auto shown = templates::draft(context, production.id);
+        const bool isDraft = shown.has_value();
+        if (!shown) shown = templates::approved(context, production.id);
+        if (!shown) throw Refused{"noTemplate", std::string(dts_template_words::missingSource)};
+        Json mappings = Json::array();
+        std::ostringstream out;
+        out << (isDraft ? "Draft" : "Approved") << " DTS template, " << shown->definition.crewRowSlots.size() << " crew rows\n";
+        for (const auto& m : templates::review(*shown)) {
+            const std::string field = m.semanticFieldID ? std::string(dts_fields::field(*m.semanticFieldID).key) : std::string("(none)");
+            mappings.push_back({{"label", m.label}, {"semanticFieldID", m.semanticFieldID ? Json(field) : Json()}, {"scope", std::string(toRawValue(m.scope))},
+                                {"status", std::string(toRawValue(m.status))}, {"leftBlank", m.explicitlyResolved}, {"evidence", m.evidence}});
+            out << "  " << toRawValue(m.status) << (m.explicitlyResolved ? " (left blank)" : "") << "  " << (m.label.empty() ? field : m.label) << " \u2192 "
+                << field << "\n";
+        }
+        const auto blocked = isDraft ? templates::blockers(*shown) : std::vector<std::string>{};
+        for (const auto& b : blocked) out << b << "\n";
+        if (isDraft && blocked.empty()) out << "Ready to approve: \u201Ctessel template approve\u201D.\n";
+        session.answer(Json{{"state", isDraft ? "draft" : "approved"}, {"crewRows", shown->definition.crewRowSlots.size()}, {"mappings", mappings},
+                            {"blockers", blocked}},
+                       out.str());
+        return int{exitSuccess};
+    });
+}
+
+int mapField(CommandSession& session, const TemplateCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        auto draft = draftOf(context, production);
+        const auto field = fieldArgument(a.field);
+        const bool crew = dts_fields::field(field).scope == DTSSemanticScope::crewRow;
+        if (crew != a.row) throw Refused{"scopeMismatch", std::string(dts_template_words::manualRegion)};
+        auto& d = draft.definition;
+        auto& list = crew ? d.crewRowPlacements : d.documentPlacements;
+        const auto existing = std::find_if(list.begin(), list.end(), [&](const DTSTemplatePlacement& p) { return p.semanticFieldID == field; });
+        DTSTemplatePlacement placement = existing != list.end() ? *existing : DTSTemplatePlacement{Uuid::generate(), field, {}, {}};
+        placement.region = regionArgument(a.region);
+        if (!a.fit.empty()) placement.presentation.textFit = choiceArgument(a.fit, std::array{std::pair{std::string_view("fixed"), DTSTextFit::fixed},
+                                                                                               std::pair{std::string_view("shrinkToFit"), DTSTextFit::shrinkToFit}}, "--fit");
+        if (!a.time.empty()) {
+            placement.presentation.timePresentation = choiceArgument(
+                a.time, std::array{std::pair{std::string_view("payrollDecimal"), DTSTimePresentation::payrollDecimal},
+                                   std::pair{std::string_view("clock12Hour"), DTSTimePresentation::clock12Hour},
+                                   std::pair{std::string_view("clock24Hour"), DTSTimePresentation::clock24Hour}},
+                "--time");
+        }
+        if (!a.align.empty()) {
+            placement.presentation.alignment = choiceArgument(a.align, std::array{std::pair{std::string_view("leading"), DTSTextAlignment::leading},
+                                                                                  std::pair{std::string_view("center"), DTSTextAlignment::center},
+                                                                                  std::pair{std::string_view("trailing"), DTSTextAlignment::trailing}},
+                                                              "--align");
+        }
+        if (!a.mark.empty()) {
+            placement.presentation.renderingKind = DTSTemplateRenderingKind::mark;
+            placement.presentation.booleanMark = choiceArgument(a.mark, std::array{std::pair{std::string_view("x"), DTSBooleanMark::x},
+                                                                                   std::pair{std::string_view("check"), DTSBooleanMark::check},
+                                                                                   std::pair{std::string_view("filled"), DTSBooleanMark::filled}},
+                                                                "--mark");
+        }
+        if (existing != list.end()) *existing = placement;
+        else list.push_back(placement);
+        std::erase(d.leftBlank, field);
+        try {
+            templates::saveDraft(context, draft, now());
+        } catch (const GenericDTSTemplateError& error) {
+            throw Refused{std::string(error.caseName()), error.what()};
+        }
+        session.answer(Json{{"mapped", a.field}}, "Mapped " + a.field + " at " + regionWords(placement.region) + (crew ? " of each crew row" : "") + ".\n");
+        return int{exitSuccess};
+    });
+}
+
+int leaveBlank(CommandSession& session, const TemplateCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        auto draft = draftOf(context, production);
+        const auto field = fieldArgument(a.field);
+        auto& d = draft.definition;
+        const auto same = [&](const DTSTemplatePlacement& p) { return p.semanticFieldID == field; };
+        std::erase_if(d.documentPlacements, same);
+        std::erase_if(d.crewRowPlacements, same);
+        if (std::find(d.leftBlank.begin(), d.leftBlank.end(), field) == d.leftBlank.end()) d.leftBlank.push_back(field);
+        templates::saveDraft(context, draft, now());
+        session.answer(Json{{"leftBlank", a.field}}, a.field + " is left blank on this template.\n");
+        return int{exitSuccess};
+    });
+}
+
+int setRows(CommandSession& session, const TemplateCommandArguments& a) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        auto draft = draftOf(context, production);
+        const auto first = regionArgument(a.region);
+        if (a.count < 1 || first.y + first.height * a.count > 1 + 1e-9) {
+            throw Refused{"invalidRegion", "The rows must fit on the page: give the first row and a count that ends above the page's foot."};
+        }
+        draft.definition.crewRowSlots.clear();
+        for (int i = 0; i < a.count; ++i) {
+            draft.definition.crewRowSlots.push_back({Uuid::generate(), {first.x, first.y + i * first.height, first.width, first.height}});
+        }
+        templates::saveDraft(context, draft, now());
+        session.answer(Json{{"crewRows", a.count}}, "The template has " + std::to_string(a.count) + " crew rows.\n");
+        return int{exitSuccess};
+    });
+}
+
+int approveTemplate(CommandSession& session) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const auto approved = templates::approve(context, production.id, now());
+        session.answer(Json{{"approved", approved.id.text()}},
+                       "Approved the DTS template. " + std::string(dts_template_words::usesApprovedPDF) +
+                           " (\u201Ctessel production set --export-form template\u201D)\n");
+        return int{exitSuccess};
+    });
+}
+
 }  // namespace
 
-void addTemplateCommands(CLI::App& app, CommandSession& session, TemplateCommandArguments& a, int& exitStatus) {
+void addTemplateCommands(
+CLI::App& app, CommandSession& session, TemplateCommandArguments& a, int& exitStatus) {
     auto* templates = app.add_subcommand("template", "The production's own blank DTS form")->require_subcommand(1);
     auto* inspectCommand = templates->add_subcommand("inspect", "What a blank DTS page holds and where its crew table and fields are proposed");
     inspectCommand->add_option("FILE", a.file, "The blank DTS page, a one-page PDF")->required();
     inspectCommand->callback([&] { exitStatus = inspect(session, a); });
+    auto* import = templates->add_subcommand("import", "Start the production's draft template from a blank page and the interpreter's proposals");
+    import->add_option("FILE", a.file, "The blank DTS page, a one-page PDF")->required();
+    import->callback([&] { exitStatus = importTemplate(session, a); });
+    templates->add_subcommand("show", "The draft's mappings with their statuses (or the approved template's)")->callback([&] { exitStatus = showTemplate(session); });
+    auto* map = templates->add_subcommand("map", "Place a field on the draft: on the page, or with --row within each crew row");
+    map->add_option("FIELD", a.field, "The field, such as crew.name or workday.date")->required();
+    map->add_option("--region", a.region, "X,Y,WIDTH,HEIGHT, 0 to 1 of the page (or of one row)")->required();
+    map->add_flag("--row", a.row, "The region is within one crew row");
+    map->add_option("--fit", a.fit, "fixed or shrinkToFit");
+    map->add_option("--time", a.time, "payrollDecimal, clock12Hour or clock24Hour");
+    map->add_option("--align", a.align, "leading, center or trailing");
+    map->add_option("--mark", a.mark, "x, check or filled: a yes-or-no field drawn as a mark");
+    map->callback([&] { exitStatus = mapField(session, a); });
+    auto* blank = templates->add_subcommand("blank", "Leave a proposed field blank on this template");
+    blank->add_option("FIELD", a.field, "The field, such as workday.notes")->required();
+    blank->callback([&] { exitStatus = leaveBlank(session, a); });
+    auto* rows = templates->add_subcommand("rows", "The crew rows of the draft")->require_subcommand(1);
+    auto* rowsSet = rows->add_subcommand("set", "Set the crew rows: the first row and how many follow it, each as tall");
+    rowsSet->add_option("--first", a.region, "X,Y,WIDTH,HEIGHT of the first row, 0 to 1 of the page")->required();
+    rowsSet->add_option("--count", a.count, "How many rows")->required();
+    rowsSet->callback([&] { exitStatus = setRows(session, a); });
+    templates->add_subcommand("approve", "Approve the draft; it replaces the approved template")->callback([&] { exitStatus = approveTemplate(session); });
 }
 
 }  // namespace tessel

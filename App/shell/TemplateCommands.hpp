@@ -7,10 +7,13 @@
 namespace tessel {
 
 struct TemplateCommandArguments {
-    std::string file;
+    std::string file, field, region, fit, time, align, mark;
+    bool row = false;
+    int count = 0;
 };
 
-// template inspect: what a production's blank DTS page holds and what the interpreter proposes for it.
+// template inspect | import | show | map | blank | rows set | approve: a production's own blank DTS page,
+// what the interpreter proposes for it, and its mapping from draft to approval.
 void addTemplateCommands(CLI::App& app, CommandSession& session, TemplateCommandArguments& arguments, int& exitStatus);
 
 }  // namespace tessel
