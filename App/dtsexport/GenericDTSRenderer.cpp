@@ -194,5 +194,52 @@ std::string render(const ApprovedGenericDTSTemplateSnapshot& snapshot, const DTS
     }
 }
 
+std::string_view label(GenericDTSTestFillScenario scenario) noexcept {
+    switch (scenario) {
+        case GenericDTSTestFillScenario::typical: return "Typical Crew";
+        case GenericDTSTestFillScenario::full: return "Full Page";
+        case GenericDTSTestFillScenario::overflow: return "Overflow";
+    }
+    return {};
+}
+
+DTSWorkdayFacts testFillFacts(GenericDTSTestFillScenario scenario, const ProductionDTSTemplateDefinition& definition) {
+    using namespace std::chrono;
+    const CalendarDate date(year(2026) / 11 / 4);
+    const auto at = [&](int tenths) { return std::optional<Instant>(sys_days(date) + minutes(6 * tenths)); };
+    Production production{Uuid::generate(), "Sample Production", Instant{}};
+    Workday workday{Uuid::generate(), Uuid::generate(), date};
+    workday.generalCrewCall = at(70);
+    workday.officialLunchOut = at(130);
+    workday.officialLunchIn = at(135);
+    workday.wrap = at(195);
+    DTSWorkdayFacts facts{production, {"Grip & Electric", "Sample Pictures", "CA", "Sample Department Head"}, workday, "CA",
+                          "Test fill with invented data.", std::nullopt, Decimal("12.5"), std::nullopt, {}};
+    static const char* names[] = {"Avery Lindgren", "Blake Okafor", "Casey Moreau", "Devon Achebe", "Emery Kowalski", "Finley Tanaka",
+                                  "Gray Castellanos", "Harper Nakamura", "Indigo Petrov", "Jules Abernathy"};
+    const std::size_t slots = definition.crewRowSlots.size();
+    const std::size_t count = scenario == GenericDTSTestFillScenario::typical ? std::min<std::size_t>(4, std::max<std::size_t>(slots, 1))
+                              : scenario == GenericDTSTestFillScenario::full ? std::max<std::size_t>(slots, 1)
+                                                                             : std::max<std::size_t>(slots, 1) + 3;
+    for (std::size_t i = 0; i < count; ++i) {
+        DTSCrewRowFacts row{Uuid::generate(), Uuid::generate(), Uuid::generate(), std::string(names[i % 10]) + (i >= 10 ? " " + std::to_string(i / 10 + 1) : "")};
+        row.position = i % 4 == 0 ? "Gaffer" : "Electrician";
+        row.occupationCode = i % 4 == 0 ? "7001" : "7004";
+        row.times = {{at(70)}, {at(130)}, {at(135)}, {at(195)}};
+        row.nonDeductibleBreakfast = i % 3 == 0;
+        row.boxRental = i % 4 == 0;
+        if (i % 2 == 0) row.mileage = Decimal("12.5");
+        facts.rows.push_back(std::move(row));
+    }
+    return facts;
+}
+
+std::string testFill(GenericDTSTestFillScenario scenario, const std::string& sourcePDF, const ProductionDTSTemplateDefinition& definition) {
+    ApprovedGenericDTSTemplateSnapshot trial{sourcePDF, definition};
+    trial.definition.approvalState = ProductionDTSTemplateDefinition::ApprovalState::approved;
+    trial.definition.approvedAt = Instant{};
+    return render(trial, testFillFacts(scenario, definition));
+}
+
 }  // namespace generic_dts_render
 }  // namespace tessel

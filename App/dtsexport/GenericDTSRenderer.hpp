@@ -44,6 +44,10 @@ private:
     Case case_;
 };
 
+// The trials of a mapping: "Typical Crew" (a few rows), "Full Page" (as many rows as the page has) or
+// "Overflow" (three rows more, a second page).
+enum class GenericDTSTestFillScenario { typical, full, overflow };
+
 namespace generic_dts_render {
 
 // A value of a shrink-to-fit placement is set no smaller than this: 6 points is the smallest size that
@@ -57,6 +61,13 @@ int pageCount(const ProductionDTSTemplateDefinition& definition, const DTSWorkda
 
 // The filled DTS as PDF bytes. Throws GenericDTSRenderError.
 std::string render(const ApprovedGenericDTSTemplateSnapshot& snapshot, const DTSWorkdayFacts& facts);
+
+// A trial of the mapping with invented data, through the same drawing as an export.
+std::string_view label(GenericDTSTestFillScenario scenario) noexcept;
+DTSWorkdayFacts testFillFacts(GenericDTSTestFillScenario scenario, const ProductionDTSTemplateDefinition& definition);
+// The filled PDF; the refusal of the drawing (a value that does not fit, above all) is thrown as for an
+// export, with the draft treated as approved for the trial.
+std::string testFill(GenericDTSTestFillScenario scenario, const std::string& sourcePDF, const ProductionDTSTemplateDefinition& definition);
 
 }  // namespace generic_dts_render
 }  // namespace tessel

@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "App/dtsexport/DTSTemplateInterpretation.hpp"
+#include "App/dtsexport/ProductionDTSExport.hpp"
 #include "App/dtsexport/ProductionDTSTemplates.hpp"
 #include "App/shell/CommandActions.hpp"
 
@@ -307,6 +308,35 @@ int setRows(CommandSession& session, const TemplateCommandArguments& a) {
     });
 }
 
+// A trial of the draft (else of the approved template) with invented data, written where asked.
+int testFill(CommandSession& session, const TemplateCommandArguments& a) {
+    using Scenario = GenericDTSTestFillScenario;
+    return act(session, [&](ModelContext& context, const Production& production) {
+        const auto scenario = choiceArgument(a.scenario, std::array{std::pair{std::string_view("typical"), Scenario::typical},
+                                                                    std::pair{std::string_view("full"), Scenario::full},
+                                                                    std::pair{std::string_view("overflow"), Scenario::overflow}},
+                                             "the test fill");
+        auto shown = templates::draft(context, production.id);
+        if (!shown) shown = templates::approved(context, production.id);
+        if (!shown) throw Refused{"noTemplate", std::string(dts_template_words::missingSource)};
+        std::string pdf;
+        try {
+            pdf = generic_dts_render::testFill(scenario, shown->sourcePDFData, shown->definition);
+        } catch (const GenericDTSRenderError& error) {
+            const std::string hint = error.errorCase() == GenericDTSRenderError::Case::cannotFit
+                                         ? " Enable Shrink to Fit (template map FIELD --region \u2026 --fit shrinkToFit) or give the field a larger region."
+                                         : "";
+            throw Refused{std::string(error.caseName()), error.what() + hint};
+        }
+        dts_export::writeAtomically(a.output, pdf);
+        const int pages = generic_dts_render::pageCount(shown->definition, generic_dts_render::testFillFacts(scenario, shown->definition));
+        session.answer(Json{{"testFill", a.scenario}, {"output", a.output}, {"pages", pages}},
+                       "Test fill \u201C" + std::string(generic_dts_render::label(scenario)) + "\u201D written to \u201C" + a.output + "\u201D (" +
+                           std::to_string(pages) + (pages == 1 ? " page" : " pages") + ", invented data).\n");
+        return int{exitSuccess};
+    });
+}
+
 int approveTemplate(CommandSession& session) {
     return act(session, [&](ModelContext& context, const Production& production) {
         const auto approved = templates::approve(context, production.id, now());
@@ -346,6 +376,10 @@ CLI::App& app, CommandSession& session, TemplateCommandArguments& a, int& exitSt
     rowsSet->add_option("--first", a.region, "X,Y,WIDTH,HEIGHT of the first row, 0 to 1 of the page")->required();
     rowsSet->add_option("--count", a.count, "How many rows")->required();
     rowsSet->callback([&] { exitStatus = setRows(session, a); });
+    auto* fill = templates->add_subcommand("test-fill", "Fill the draft (else the approved template) with invented data: typical, full or overflow");
+    fill->add_option("SCENARIO", a.scenario, "typical, full or overflow")->required();
+    fill->add_option("--output", a.output, "Where the PDF is written")->required();
+    fill->callback([&] { exitStatus = testFill(session, a); });
     templates->add_subcommand("approve", "Approve the draft; it replaces the approved template")->callback([&] { exitStatus = approveTemplate(session); });
 }
 

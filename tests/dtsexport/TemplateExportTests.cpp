@@ -127,6 +127,21 @@ TEST_F(OwnFormExport, ALongNameFailsInAFixedPlacementAndShrinksWhenAllowed) {
     EXPECT_EQ(shrunk.status, 0) << shrunk.err;
 }
 
+// The trials of a draft: a few rows, a full page, and three rows more on a second page.
+TEST_F(OwnFormExport, TestFillsTheDraftWithInventedData) {
+    for (const auto& [scenario, pages] : {std::pair("typical", 1u), std::pair("full", 1u), std::pair("overflow", 2u)}) {
+        const auto output = folder.path() / (std::string(scenario) + ".pdf");
+        const auto filled = run({"template", "test-fill", scenario, "--output", output.string()});
+        ASSERT_EQ(filled.status, 0) << filled.err;
+        const auto texts = pageTexts(output);
+        ASSERT_EQ(texts.size(), pages) << scenario;
+        EXPECT_NE(texts.front().find("Sample Production"), std::string::npos) << scenario;
+        EXPECT_NE(texts.front().find("Avery Lindgren"), std::string::npos) << scenario;
+    }
+    EXPECT_NE(pageTexts(folder.path() / "full.pdf").front().find("Devon Achebe 2"), std::string::npos);  // the fourteenth row
+    EXPECT_EQ(run({"template", "test-fill", "huge", "--output", "x.pdf"}).err, "Choose the test fill typical, full, overflow.\n");
+}
+
 TEST_F(OwnFormExport, RefusesACrewFieldOutsideTheRowsAndAnUnknownField) {
     EXPECT_EQ(run({"template", "map", "crew.name", "--region", "0.1,0.1,0.2,0.05"}).err,
               "Choose an area entirely inside one approved crew row. For document fields, keep the area inside the page.\n");
