@@ -186,6 +186,7 @@ std::string encode(const Definition& d) {
     Json blank = Json::array();
     for (const auto field : d.leftBlank) blank.push_back(std::string(dts_fields::field(field).key));
     json["leftBlankFields"] = blank;
+    json["crewRowsConfirmed"] = d.crewRowsConfirmed;
     return json.dump(2);
 }
 
@@ -218,6 +219,10 @@ Definition decode(std::string_view data) {
     const Json& slots = member(json, "crewRowSlots");
     if (!slots.is_array()) invalid("\u201CcrewRowSlots\u201D must be a list");
     for (const auto& slot : slots) d.crewRowSlots.push_back({uuidOf(slot, "id"), regionOf(member(slot, "region"))});
+    if (json.contains("crewRowsConfirmed")) {
+        if (!json["crewRowsConfirmed"].is_boolean()) invalid("\u201CcrewRowsConfirmed\u201D must be true or false");
+        d.crewRowsConfirmed = json["crewRowsConfirmed"].get<bool>();
+    }
     if (json.contains("leftBlankFields")) {
         if (!json["leftBlankFields"].is_array()) invalid("\u201CleftBlankFields\u201D must be a list");
         for (const auto& key : json["leftBlankFields"]) {

@@ -45,6 +45,8 @@ struct ProductionDTSTemplateDefinition {
     std::vector<DTSCrewRowSlot> crewRowSlots{};
     // Proposed fields the user chose to leave blank (kept beside the format's keys, as "leftBlankFields").
     std::vector<DTSSemanticFieldID> leftBlank{};
+    // Whether the user confirmed (or set) the crew rows (beside the format's keys, as "crewRowsConfirmed").
+    bool crewRowsConfirmed = false;
 };
 
 class GenericDTSTemplateError : public std::runtime_error {

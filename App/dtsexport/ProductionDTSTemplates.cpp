@@ -194,6 +194,7 @@ std::vector<std::string> blockers(const StoredDTSTemplate& draft) {
         found.emplace_back(dts_template_words::unresolvedReview);
     }
     if (!draft.definition.crewRowPlacements.empty() && draft.definition.crewRowSlots.empty()) found.emplace_back(dts_template_words::missingCrewRows);
+    if (!draft.definition.crewRowSlots.empty() && !draft.definition.crewRowsConfirmed) found.emplace_back(dts_template_words::confirmRows);
     try {
         generic_dts_template::validate(draft.definition);
     } catch (const GenericDTSTemplateError& error) {

@@ -250,6 +250,21 @@ int mapField(CommandSession& session, const TemplateCommandArguments& a) {
                                    std::pair{std::string_view("clock24Hour"), DTSTimePresentation::clock24Hour}},
                 "--time");
         }
+        if (!a.date.empty()) {
+            placement.presentation.datePresentation = choiceArgument(
+                a.date, std::array{std::pair{std::string_view("numeric"), DTSDatePresentation::numeric},
+                                   std::pair{std::string_view("abbreviated"), DTSDatePresentation::abbreviated},
+                                   std::pair{std::string_view("long"), DTSDatePresentation::long_},
+                                   std::pair{std::string_view("monthDay"), DTSDatePresentation::monthDay},
+                                   std::pair{std::string_view("monthDayShortYear"), DTSDatePresentation::monthDayShortYear},
+                                   std::pair{std::string_view("dayMonthYear"), DTSDatePresentation::dayMonthYear}},
+                "--date");
+        }
+        if (!a.transform.empty()) {
+            placement.presentation.textTransform = choiceArgument(a.transform, std::array{std::pair{std::string_view("unchanged"), DTSTextTransform::unchanged},
+                                                                                          std::pair{std::string_view("uppercase"), DTSTextTransform::uppercase}},
+                                                                  "--transform");
+        }
         if (!a.align.empty()) {
             placement.presentation.alignment = choiceArgument(a.align, std::array{std::pair{std::string_view("leading"), DTSTextAlignment::leading},
                                                                                   std::pair{std::string_view("center"), DTSTextAlignment::center},
@@ -299,6 +314,7 @@ int setRows(CommandSession& session, const TemplateCommandArguments& a) {
             throw Refused{"invalidRegion", "The rows must fit on the page: give the first row and a count that ends above the page's foot."};
         }
         draft.definition.crewRowSlots.clear();
+        draft.definition.crewRowsConfirmed = true;
         for (int i = 0; i < a.count; ++i) {
             draft.definition.crewRowSlots.push_back({Uuid::generate(), {first.x, first.y + i * first.height, first.width, first.height}});
         }
@@ -337,6 +353,18 @@ int testFill(CommandSession& session, const TemplateCommandArguments& a) {
     });
 }
 
+int confirmRows(CommandSession& session) {
+    return act(session, [&](ModelContext& context, const Production& production) {
+        auto draft = draftOf(context, production);
+        if (draft.definition.crewRowSlots.empty()) throw Refused{"missingCrewRows", std::string(dts_template_words::missingCrewRows)};
+        draft.definition.crewRowsConfirmed = true;
+        templates::saveDraft(context, draft, now());
+        session.answer(Json{{"crewRows", draft.definition.crewRowSlots.size()}},
+                       "Confirmed the template's " + std::to_string(draft.definition.crewRowSlots.size()) + " crew rows.\n");
+        return int{exitSuccess};
+    });
+}
+
 int approveTemplate(CommandSession& session) {
     return act(session, [&](ModelContext& context, const Production& production) {
         const auto approved = templates::approve(context, production.id, now());
@@ -365,6 +393,8 @@ CLI::App& app, CommandSession& session, TemplateCommandArguments& a, int& exitSt
     map->add_flag("--row", a.row, "The region is within one crew row");
     map->add_option("--fit", a.fit, "fixed or shrinkToFit");
     map->add_option("--time", a.time, "payrollDecimal, clock12Hour or clock24Hour");
+    map->add_option("--date", a.date, "numeric, abbreviated, long, monthDay, monthDayShortYear or dayMonthYear");
+    map->add_option("--transform", a.transform, "unchanged or uppercase");
     map->add_option("--align", a.align, "leading, center or trailing");
     map->add_option("--mark", a.mark, "x, check or filled: a yes-or-no field drawn as a mark");
     map->callback([&] { exitStatus = mapField(session, a); });
@@ -372,6 +402,7 @@ CLI::App& app, CommandSession& session, TemplateCommandArguments& a, int& exitSt
     blank->add_option("FIELD", a.field, "The field, such as workday.notes")->required();
     blank->callback([&] { exitStatus = leaveBlank(session, a); });
     auto* rows = templates->add_subcommand("rows", "The crew rows of the draft")->require_subcommand(1);
+    rows->add_subcommand("confirm", "Confirm the crew rows the interpreter found")->callback([&] { exitStatus = confirmRows(session); });
     auto* rowsSet = rows->add_subcommand("set", "Set the crew rows: the first row and how many follow it, each as tall");
     rowsSet->add_option("--first", a.region, "X,Y,WIDTH,HEIGHT of the first row, 0 to 1 of the page")->required();
     rowsSet->add_option("--count", a.count, "How many rows")->required();

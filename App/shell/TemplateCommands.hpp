@@ -7,7 +7,7 @@
 namespace tessel {
 
 struct TemplateCommandArguments {
-    std::string file, field, region, fit, time, align, mark, scenario, output;
+    std::string file, field, region, fit, time, date, transform, align, mark, scenario, output;
     bool row = false;
     int count = 0;
 };

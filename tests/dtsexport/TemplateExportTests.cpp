@@ -77,6 +77,8 @@ TEST_F(OwnFormExport, DrawsEveryPageOnACopyOfTheUntouchedBlankPage) {
     EXPECT_EQ(draft.err, "Resolve each item marked Review, or choose Leave Blank.\n");
     ASSERT_EQ(run({"template", "blank", "workday.notes"}).status, 0);
     ASSERT_EQ(run({"template", "map", "derived.pageXOfY", "--region", "0.8,0.945,0.15,0.025"}).status, 0);
+    EXPECT_EQ(run({"template", "approve"}).err, "Confirm or set up the crew rows before using this template.\n");
+    ASSERT_EQ(run({"template", "rows", "confirm"}).status, 0);
     ASSERT_EQ(run({"production", "set", "--export-form", "template"}).status, 0);
     const auto notApproved = run({"dts", "export", "2026-11-04", "--output", output().string()});
     EXPECT_EQ(notApproved.status, 1);  // the draft is not in use until it is approved
@@ -110,6 +112,7 @@ TEST_F(OwnFormExport, ALongNameFailsInAFixedPlacementAndShrinksWhenAllowed) {
     ASSERT_EQ(run({"template", "blank", "workday.notes"}).status, 0);
     ASSERT_EQ(run({"template", "blank", "derived.pageXOfY"}).status, 0);
     ASSERT_EQ(run({"template", "map", "crew.name", "--row", "--region", "0,0,0.2,1", "--fit", "fixed"}).status, 0);
+    ASSERT_EQ(run({"template", "rows", "confirm"}).status, 0);
     ASSERT_EQ(run({"template", "approve"}).status, 0);
     ASSERT_EQ(run({"production", "set", "--export-form", "template"}).status, 0);
     const auto fixed = run({"dts", "export", "2026-11-04", "--output", output().string()});
@@ -122,6 +125,7 @@ TEST_F(OwnFormExport, ALongNameFailsInAFixedPlacementAndShrinksWhenAllowed) {
     ASSERT_EQ(run({"template", "blank", "workday.notes"}).status, 0);
     ASSERT_EQ(run({"template", "blank", "derived.pageXOfY"}).status, 0);
     ASSERT_EQ(run({"template", "map", "crew.name", "--row", "--region", "0,0,0.2,1", "--fit", "shrinkToFit"}).status, 0);
+    ASSERT_EQ(run({"template", "rows", "set", "--first", "0.051,0.269,0.899,0.036", "--count", "14"}).status, 0);
     ASSERT_EQ(run({"template", "approve"}).status, 0);
     const auto shrunk = run({"dts", "export", "2026-11-04", "--output", output().string()});
     EXPECT_EQ(shrunk.status, 0) << shrunk.err;
