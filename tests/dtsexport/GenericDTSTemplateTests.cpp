@@ -5,6 +5,7 @@
 #include <functional>
 #include <sstream>
 
+#include "App/dtsexport/GenericDTSRenderer.hpp"
 #include "App/dtsexport/GenericDTSTemplate.hpp"
 #include "App/model/CalendarText.hpp"
 
@@ -104,6 +105,26 @@ INSTANTIATE_TEST_SUITE_P(
                        [](auto& d) { d.approvalState = ProductionDTSTemplateDefinition::ApprovalState::approved; }, Case::invalidApprovalState,
                        "An approved DTS template mapping records when it was approved, and a draft does not."}),
     [](const auto& info) { return std::string(info.param.name); });
+
+TEST(GenericDTSRender, RefusesADraftAndATemplateWithCrewFieldsButNoRows) {
+    auto d = typical();
+    const auto facts = generic_dts_render::testFillFacts(GenericDTSTestFillScenario::typical, d);
+    const auto refusal = [&](const ProductionDTSTemplateDefinition& definition) {
+        try {
+            generic_dts_render::render({"%PDF-1.4", definition}, facts);
+        } catch (const GenericDTSRenderError& error) {
+            return std::string(error.what());
+        }
+        return std::string("rendered");
+    };
+    EXPECT_EQ(refusal(d), "Approve the DTS template before rendering.");
+    d.approvalState = ProductionDTSTemplateDefinition::ApprovalState::approved;
+    d.approvedAt = Instant{};
+    d.crewRowSlots.clear();
+    EXPECT_EQ(refusal(d), "The DTS template has crew fields but no usable crew rows.");
+    d.crewRowSlots = typical().crewRowSlots;
+    EXPECT_EQ(refusal(d), "The source DTS PDF could not be read.");
+}
 
 TEST(GenericDTSTemplateSource, IsOneReadablePage) {
     const auto read = [](const char* name) {

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
+#include <leptonica/allheaders.h>
 #include <poppler-document.h>
+#include <poppler-image.h>
+#include <poppler-page-renderer.h>
 #include <poppler-page.h>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
@@ -129,6 +132,49 @@ TEST_F(OwnFormExport, ALongNameFailsInAFixedPlacementAndShrinksWhenAllowed) {
     ASSERT_EQ(run({"template", "approve"}).status, 0);
     const auto shrunk = run({"dts", "export", "2026-11-04", "--output", output().string()});
     EXPECT_EQ(shrunk.status, 0) << shrunk.err;
+}
+
+// Dark pixels of the first page at 72 dpi (a pixel per point) in the typical form's signature blank,
+// above its rule.
+int darkPixelsOverTheSignatureRule(const fs::path& pdf) {
+    const std::unique_ptr<poppler::document> document(poppler::document::load_from_file(pdf.string()));
+    const std::unique_ptr<poppler::page> page(document->create_page(0));
+    poppler::page_renderer renderer;
+    renderer.set_image_format(poppler::image::format_gray8);
+    const poppler::image image = renderer.render_page(page.get(), 72, 72);
+    int dark = 0;
+    for (int y = 502; y < 520; ++y) {
+        const auto* line = reinterpret_cast<const unsigned char*>(image.const_data()) + y * image.bytes_per_row();
+        for (int x = 495; x < 745; ++x) dark += line[x] < 100;
+    }
+    return dark;
+}
+
+// The department head's signature is drawn in the blank the form gives it; a draft replacing the
+// approved mapping leaves the approved one in use until it is approved itself.
+TEST_F(OwnFormExport, DrawsTheSignatureAndKeepsTheApprovedMappingWhileADraftWaits) {
+    PIX* pix = pixCreate(300, 80, 32);
+    pixSetAll(pix);
+    pixRasterop(pix, 20, 30, 260, 20, PIX_CLR, nullptr, 0, 0);
+    const auto png = folder.path() / "signature.png";
+    ASSERT_EQ(pixWrite(png.c_str(), pix, IFF_PNG), 0);
+    pixDestroy(&pix);
+    ASSERT_EQ(run({"production", "signature", png.string()}).status, 0);
+    for (const char* field : {"workday.notes", "derived.pageXOfY"}) ASSERT_EQ(run({"template", "blank", field}).status, 0);
+    ASSERT_EQ(run({"template", "rows", "confirm"}).status, 0);
+    ASSERT_EQ(run({"template", "approve"}).status, 0);
+    ASSERT_EQ(run({"production", "set", "--export-form", "template"}).status, 0);
+    ASSERT_EQ(run({"dts", "export", "2026-11-04", "--output", output().string()}).status, 0);
+    EXPECT_GT(darkPixelsOverTheSignatureRule(output()), 100);
+
+    const auto replacing = run({"template", "import", typical});
+    EXPECT_NE(replacing.out.find("The existing approved mapping remains in use until this replacement is approved."), std::string::npos);
+    ASSERT_EQ(run({"template", "blank", "approval.signature"}).status, 0);
+    ASSERT_EQ(run({"dts", "export", "2026-11-04", "--output", output().string()}).status, 0);
+    EXPECT_GT(darkPixelsOverTheSignatureRule(output()), 100);  // still the approved mapping
+    ASSERT_EQ(run({"production", "signature", "--clear"}).status, 0);
+    ASSERT_EQ(run({"dts", "export", "2026-11-04", "--output", output().string()}).status, 0);
+    EXPECT_LT(darkPixelsOverTheSignatureRule(output()), 20);
 }
 
 // The trials of a draft: a few rows, a full page, and three rows more on a second page.
