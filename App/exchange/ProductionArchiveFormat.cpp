@@ -284,7 +284,10 @@ std::vector<Collection> build() {
           {"modifiedAt", "t.modifiedAt", K::date},
           {"reviewedFingerprint", "t.reviewedFingerprint", K::text, opt},
           {"legacyDefaultsAllowed", "t.legacyDefaultsAllowed", K::boolean, opt}}},
-        {"genericDTSTemplate", Shape::optionalSingle, "ProductionGenericDTSTemplate t WHERE t.productionID = ?1", "t.id",
+        // The template in use when a draft replacement waits beside it: the approved one travels.
+        {"genericDTSTemplate", Shape::optionalSingle, "ProductionGenericDTSTemplate t WHERE t.productionID = ?1",
+         "CASE WHEN json_valid(CAST(t.definitionData AS TEXT)) THEN (CASE json_extract(CAST(t.definitionData AS TEXT), '$.approvalState') "
+         "WHEN 'approved' THEN 0 ELSE 1 END) ELSE 2 END, t.id",
          {{"id", "t.id", K::id},
           {"sourcePDFData", "t.sourcePDFData", K::bytes},
           {"definitionData", "t.definitionData", K::bytes},

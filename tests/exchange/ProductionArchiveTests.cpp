@@ -115,6 +115,27 @@ TEST_F(ProductionExport, WritesEveryRecordWithItsValuesAsText) {
     EXPECT_EQ(text.str(), document.dump(2) + "\n");
 }
 
+// With a replacement draft waiting beside the approved template, the template in use is the one archived.
+TEST_F(ProductionExport, CarriesTheApprovedTemplateWhileADraftWaits) {
+    const std::string form = (fs::path(TESSEL_FORM_FIXTURES) / "typical.pdf").string();
+    ASSERT_EQ(run({"template", "import", form}).status, 0);
+    for (const char* field : {"workday.notes", "derived.pageXOfY"}) ASSERT_EQ(run({"template", "blank", field}).status, 0);
+    ASSERT_EQ(run({"template", "rows", "confirm"}).status, 0);
+    ASSERT_EQ(run({"template", "approve"}).status, 0);
+    ASSERT_EQ(run({"template", "import", form}).status, 0);
+    {
+        // The approved one last in identity order, so that the order of identities alone would pick the draft.
+        SQLite::Database store(storePath(), SQLite::OPEN_READWRITE);
+        store.exec("UPDATE ProductionGenericDTSTemplate SET id = 'FFFFFFFF-FFFF-4FFF-8FFF-FFFFFFFFFFFF' "
+                   "WHERE CAST(definitionData AS TEXT) LIKE '%\"approvalState\": \"approved\"%'");
+        ASSERT_EQ(store.getChanges(), 1);
+    }
+    const auto archived = exported()["genericDTSTemplate"];
+    ASSERT_TRUE(archived.is_object());
+    const auto definition = nlohmann::json::parse(*base64::decode(archived["definitionData"].get<std::string>()));
+    EXPECT_EQ(definition["approvalState"], "approved");
+}
+
 TEST_F(ProductionExport, RefusesAProductionWithIncompleteRelationshipsAndWritesNothing) {
     {
         SQLite::Database store(storePath(), SQLite::OPEN_READWRITE);
