@@ -177,7 +177,7 @@ void checkBuiltInFormChosen(const ProductionDTSExportChoice& choice) {
     if (choice.unsupportedRawValue) throw ProductionDTSExportError(Case::unsupportedMode);
     switch (choice.mode) {
         case ProductionDTSExportTemplateMode::unconfigured: throw ProductionDTSExportError(Case::unconfigured);
-        // No production template can be approved in this version yet.
+        // Reached when no approved template exists: export takes the approved one before asking here.
         case ProductionDTSExportTemplateMode::productionTemplate: throw ProductionDTSExportError(Case::mappedTemplateUnavailable);
         case ProductionDTSExportTemplateMode::legacyKestrel:
             if (!choice.legacyKestrelEligible) throw ProductionDTSExportError(Case::legacyNotEligible);
