@@ -34,7 +34,7 @@ void exportThreePagesThroughTheTypicalForm(benchmark::State& state) {
     bytes << in.rdbuf();
     const std::string pdf = bytes.str();
     const auto inspection = pdf_structure::inspect(pdf);
-    ApprovedGenericDTSTemplateSnapshot snapshot{pdf, production_dts_templates::proposedDefinition(inspection, dts_interpretation::interpret(inspection))};
+    ApprovedGenericDTSTemplateSnapshot snapshot{pdf, production_dts_templates::proposedDefinition(dts_interpretation::interpret(inspection))};
     snapshot.definition.approvalState = ProductionDTSTemplateDefinition::ApprovalState::approved;
     snapshot.definition.approvedAt = Instant{};
     Production production{Uuid::generate(), "Harbor Lights", Instant{}};

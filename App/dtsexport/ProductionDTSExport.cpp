@@ -82,7 +82,7 @@ std::string ProductionDTSExportError::alertTitle() const {
         case Case::unsupportedMode: return "DTS Export Form Unavailable";
         case Case::missingProduction: break;
     }
-    return "Couldn\u2019t Export Production DTS";
+    return std::string(dts_export_words::exportFailedTitle);
 }
 
 DTSPDFRendererError::DTSPDFRendererError(Case errorCase) : DTSPDFRendererError(errorCase, rendererMessage(errorCase)) {}

@@ -36,12 +36,16 @@ public:
 
 enum class DTSPDFRendererErrorCase { templateUnavailable, invalidTemplate, unexpectedPageSize, notesDoNotFit, outputCreationFailed, valueDoesNotFit };
 
+namespace dts_export_words {
+inline constexpr std::string_view exportFailedTitle = "Couldn\u2019t Export Production DTS";
+}  // namespace dts_export_words
+
 class DTSPDFRendererError : public CaseError<DTSPDFRendererErrorCase> {
 public:
     using Case = DTSPDFRendererErrorCase;
     explicit DTSPDFRendererError(Case errorCase);
     static DTSPDFRendererError valueDoesNotFit(const std::string& value);
-    std::string alertTitle() const { return "Couldn\u2019t Export Production DTS"; }
+    std::string alertTitle() const { return std::string(dts_export_words::exportFailedTitle); }
 
 private:
     DTSPDFRendererError(Case errorCase, const std::string& description);

@@ -110,7 +110,7 @@ std::optional<StoredDTSTemplate> draft(ModelContext& context, const Uuid& produc
     return inState(context, productionID, Definition::ApprovalState::draft);
 }
 
-Definition proposedDefinition(const PDFStructuralInspection&, const DTSTemplateInterpretation& interpretation) {
+Definition proposedDefinition(const DTSTemplateInterpretation& interpretation) {
     Definition d;
     if (interpretation.crewTableSuggestion) {
         for (const auto& slot : interpretation.crewTableSuggestion->rowSlots) d.crewRowSlots.push_back({Uuid::generate(), regionOf(slot)});
@@ -130,7 +130,7 @@ Definition proposedDefinition(const PDFStructuralInspection&, const DTSTemplateI
 StoredDTSTemplate importDraft(ModelContext& context, const Uuid& productionID, const std::string& pdf, Instant now) {
     generic_dts_template::validateSource(pdf);
     const auto inspection = pdf_structure::inspect(pdf);
-    StoredDTSTemplate draft{Uuid::generate(), pdf, proposedDefinition(inspection, dts_interpretation::interpret(inspection)), now, now};
+    StoredDTSTemplate draft{Uuid::generate(), pdf, proposedDefinition(dts_interpretation::interpret(inspection)), now, now};
     write(context, productionID, draft);
     removeExcept(context, productionID, draft.id, Definition::ApprovalState::draft);
     return draft;

@@ -52,7 +52,7 @@ std::optional<StoredDTSTemplate> draft(ModelContext& context, const Uuid& produc
 
 // The draft built from the interpreter's proposals: every field it found placed with the presentation its
 // kind prints best in, the crew rows of its crew table. Refuses a page that is not one readable page.
-ProductionDTSTemplateDefinition proposedDefinition(const PDFStructuralInspection& inspection, const DTSTemplateInterpretation& interpretation);
+ProductionDTSTemplateDefinition proposedDefinition(const DTSTemplateInterpretation& interpretation);
 // Starts (or restarts) the draft from a blank page.
 StoredDTSTemplate importDraft(ModelContext& context, const Uuid& productionID, const std::string& pdf, Instant now);
 void saveDraft(ModelContext& context, const StoredDTSTemplate& draft, Instant now);

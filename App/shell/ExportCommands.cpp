@@ -88,7 +88,7 @@ int exportDTS(CommandSession& session, const ExportCommandArguments& a) {
             refusalText = error.description();
             return int{exitRefused};
         } catch (const GenericDTSRenderError& error) {
-            refusalTitle = "Couldn\u2019t Export Production DTS";
+            refusalTitle = std::string(dts_export_words::exportFailedTitle);
             refusalCase = error.caseName();
             refusalText = error.what();
             return int{exitRefused};

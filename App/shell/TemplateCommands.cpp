@@ -310,6 +310,9 @@ int setRows(CommandSession& session, const TemplateCommandArguments& a) {
     return act(session, [&](ModelContext& context, const Production& production) {
         auto draft = draftOf(context, production);
         const auto first = regionArgument(a.region);
+        // No printed page holds more rows than this; a count beyond it is a typing slip, not a form.
+        constexpr int mostRows = 200;
+        if (a.count > mostRows) throw Refused{"invalidRegion", "A DTS page holds at most " + std::to_string(mostRows) + " crew rows."};
         if (a.count < 1 || first.y + first.height * a.count > 1 + 1e-9) {
             throw Refused{"invalidRegion", "The rows must fit on the page: give the first row and a count that ends above the page's foot."};
         }

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "../support/CommandRun.hpp"
+#include "SignatureImage.hpp"
 #include "App/dtsexport/BuiltInFormLayout.hpp"
 
 namespace tessel {
@@ -266,13 +267,8 @@ TEST_F(DTSExportCommands, TheSignatureIsDrawnInItsBox) {
     EXPECT_EQ(run({"production", "signature", text.string()}).err,
               "The signature image could not be imported. Use a PNG, JPEG, or TIFF image smaller than 5 MB.\n");
 
-    // A wide dark stroke on white, as a scanned signature is.
-    PIX* pix = pixCreate(300, 80, 32);
-    pixSetAll(pix);
-    pixRasterop(pix, 20, 30, 260, 20, PIX_CLR, nullptr, 0, 0);
     const auto png = folder.path() / "signature.png";
-    ASSERT_EQ(pixWrite(png.c_str(), pix, IFF_PNG), 0);
-    pixDestroy(&pix);
+    ASSERT_TRUE(testing::writeSignaturePng(png));
     ASSERT_EQ(run({"production", "signature", png.string()}).status, 0);
     ASSERT_EQ(exportWednesday().status, 0);
 

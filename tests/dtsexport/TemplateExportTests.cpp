@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <leptonica/allheaders.h>
 #include <poppler-document.h>
 #include <poppler-image.h>
 #include <poppler-page-renderer.h>
@@ -14,6 +13,7 @@
 #include <sstream>
 
 #include "../support/CommandRun.hpp"
+#include "SignatureImage.hpp"
 
 // A production's own blank form from import to export: the draft proposed from the page, the review
 // items settled, approval, and a DTS of more crew than rows drawn on copies of the untouched page.
@@ -153,12 +153,8 @@ int darkPixelsOverTheSignatureRule(const fs::path& pdf) {
 // The department head's signature is drawn in the blank the form gives it; a draft replacing the
 // approved mapping leaves the approved one in use until it is approved itself.
 TEST_F(OwnFormExport, DrawsTheSignatureAndKeepsTheApprovedMappingWhileADraftWaits) {
-    PIX* pix = pixCreate(300, 80, 32);
-    pixSetAll(pix);
-    pixRasterop(pix, 20, 30, 260, 20, PIX_CLR, nullptr, 0, 0);
     const auto png = folder.path() / "signature.png";
-    ASSERT_EQ(pixWrite(png.c_str(), pix, IFF_PNG), 0);
-    pixDestroy(&pix);
+    ASSERT_TRUE(testing::writeSignaturePng(png));
     ASSERT_EQ(run({"production", "signature", png.string()}).status, 0);
     for (const char* field : {"workday.notes", "derived.pageXOfY"}) ASSERT_EQ(run({"template", "blank", field}).status, 0);
     ASSERT_EQ(run({"template", "rows", "confirm"}).status, 0);
@@ -197,6 +193,7 @@ TEST_F(OwnFormExport, RefusesACrewFieldOutsideTheRowsAndAnUnknownField) {
               "Choose an area entirely inside one approved crew row. For document fields, keep the area inside the page.\n");
     EXPECT_EQ(run({"template", "map", "crew.name", "--row", "--region", "0.9,0,0.2,1"}).err,
               "Choose an area entirely inside one approved crew row. For document fields, keep the area inside the page.\n");
+    EXPECT_EQ(run({"template", "rows", "set", "--first", "0,0,1,0.000000001", "--count", "1000000000"}).err, "A DTS page holds at most 200 crew rows.\n");
     EXPECT_EQ(run({"template", "map", "crew.shoeSize", "--row", "--region", "0,0,0.2,1"}).err,
               "There is no DTS field \u201Ccrew.shoeSize\u201D; fields are named as \u201Ccrew.name\u201D or \u201Cworkday.date\u201D.\n");
 }
