@@ -10,7 +10,7 @@
 
 #include "TemporaryFolder.hpp"
 #include "App/model/JSONFields.hpp"
-#include "App/shell/CommandLine.hpp"
+#include "App/cli/CommandLine.hpp"
 
 namespace tessel::testing {
 
