@@ -150,6 +150,17 @@ bool hasConfirmedPay(ModelContext& context, const Uuid& productionID) {
     return columns::readFirst(statement, [](SQLite::Statement& row) { return row.getColumn(0).getInt() != 0; }).value_or(false);
 }
 
+void keepCurrent(ModelContext& context, const Uuid& productionID, Instant now) {
+    if (!hasConfirmedPay(context, productionID)) return;
+    const auto production = production_repository::fetch(context, productionID);
+    if (!production) return;
+    try {
+        synchronize(context, *production, now);
+    } catch (const PayrollReviewError&) {
+    } catch (const DomainError&) {
+    }
+}
+
 SyncReport synchronize(ModelContext& context, const Production& production, Instant now) {
     SyncReport report;
     std::map<std::string, PayrollIssue> byIdentity;

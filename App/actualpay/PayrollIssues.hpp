@@ -82,6 +82,10 @@ struct SyncReport {
 SyncReport synchronize(ModelContext& context, const Production& production, Instant now);
 // Whether the production has any confirmed pay, so that an edit elsewhere needs a synchronisation.
 bool hasConfirmedPay(ModelContext& context, const Uuid& productionID);
+// After an edit of a production with confirmed pay, its payroll issues are brought in line with the edit
+// in the same transaction, so that the list is never stale. A comparison that cannot be made leaves the
+// issues as they were rather than refusing the edit; an explicit synchronisation then says why.
+void keepCurrent(ModelContext& context, const Uuid& productionID, Instant now);
 
 // A user's choice of state for issues, with an optional note that replaces the issue's note.
 void setState(ModelContext& context, const std::vector<PayrollIssue>& issues, PayrollIssueState state, const std::optional<std::string>& note,

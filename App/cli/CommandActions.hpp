@@ -37,18 +37,9 @@ inline std::optional<std::int64_t> durationArgument(const std::string& text, std
     }
 }
 
-// After an edit of a production with confirmed pay, its payroll issues are brought in line with the edit
-// in the same transaction, so that the list is never stale. A comparison that cannot be made leaves the
-// issues as they were rather than refusing the edit; `tessel issues sync` then says why.
+// Payroll issues follow every change of a production with confirmed pay.
 inline void keepPayrollIssuesCurrent(ModelContext& context, const Uuid& productionID) {
-    if (!payroll_issues::hasConfirmedPay(context, productionID)) return;
-    const auto production = production_repository::fetch(context, productionID);
-    if (!production) return;
-    try {
-        payroll_issues::synchronize(context, *production, now());
-    } catch (const PayrollReviewError&) {
-    } catch (const DomainError&) {
-    }
+    payroll_issues::keepCurrent(context, productionID, now());
 }
 
 // Runs one action in one transaction and reports a refusal with its sentence; nothing is changed then.
