@@ -223,19 +223,10 @@ int addCrew(CommandSession& session, const CrewCommandArguments& a) {
         const auto wrapout = durationArgument(a.wrapout, "Enter the regular wrap-out in payroll-decimal hours, such as 0.3.");
         // From the Crew Library, the person is added by their library name and linked to them.
         const auto libraryPerson = a.fromLibrary ? std::optional(crew_library::named(context, a.name)) : std::nullopt;
-        const std::string name = libraryPerson ? libraryPerson->displayName : std::string(entry_text::trimmed(a.name));
-        if (name.empty()) throw Refused{"invalidName", "Enter a crew member name."};
-        // The command line names people by display name, so two people may not share one.
-        if (!crewMembersNamed(context, production.id, name).empty()) {
-            throw Refused{"duplicateName", "There is already a crew member named \u201C" + name + "\u201D on this production."};
-        }
-        const auto member = crew_repository::createCrewMember(context, production.id, name);
-        auto engagement = crew_repository::createEngagement(context, production.id, member.id, from);
-        engagement.crewParticipation = a.dayplayer ? CrewParticipation::dayplayer : CrewParticipation::fullTime;
-        engagement.regularPrecallDurationSeconds = precall;
-        engagement.regularWrapoutDurationSeconds = wrapout;
-        crew_repository::updateEngagement(context, engagement);
-        if (!entry_text::isBlank(a.rate)) crew_roster::setRate(context, engagement.id, from, a.rate, production.currencyCode);
+        const std::string name = libraryPerson ? libraryPerson->displayName : a.name;
+        const crew_roster::NewCrewMember person{name, from, a.dayplayer ? CrewParticipation::dayplayer : CrewParticipation::fullTime,
+                                                precall, wrapout, a.rate};
+        const auto [member, engagement] = crew_roster::add(context, production.id, person, production.currencyCode);
         std::string preferred;
         if (libraryPerson) {
             crew_library::link(context, production.id, member.id, *libraryPerson, now());

@@ -117,6 +117,23 @@ void applyLabels(ModelContext& context, ProductionEngagement& e, const Engagemen
 
 }  // namespace
 
+std::pair<CrewMember, ProductionEngagement> add(ModelContext& context, const Uuid& productionID, const NewCrewMember& person,
+                                                const std::string& currencyCode) {
+    const std::string name(entry_text::trimmed(person.displayName));
+    if (name.empty()) throw ModelValidationError("Enter a crew member name.");
+    for (const auto& other : crew_repository::crewMembers(context, productionID)) {
+        if (other.displayName == name) throw ModelValidationError("There is already a crew member named \u201C" + name + "\u201D on this production.");
+    }
+    const auto member = crew_repository::createCrewMember(context, productionID, name);
+    auto engagement = crew_repository::createEngagement(context, productionID, member.id, person.from);
+    engagement.crewParticipation = person.participation;
+    engagement.regularPrecallDurationSeconds = person.regularPrecallSeconds;
+    engagement.regularWrapoutDurationSeconds = person.regularWrapoutSeconds;
+    crew_repository::updateEngagement(context, engagement);
+    if (!entry_text::isBlank(person.rate)) setRate(context, engagement.id, person.from, person.rate, currencyCode);
+    return {member, engagement};
+}
+
 void rename(ModelContext& context, const Uuid& crewMemberID, const std::string& displayName) {
     CrewMember m = member(context, crewMemberID);
     const std::string name(entry_text::trimmed(displayName));

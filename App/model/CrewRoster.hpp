@@ -31,6 +31,18 @@ struct EngagementRecord {
 // Every function validates its whole entry before it writes, and refuses with ModelValidationError.
 namespace crew_roster {
 
+// A new crew member with their first engagement from `from` (and its rate from that day, when given).
+// People are named by their display name, so two people of a production may not share one.
+struct NewCrewMember {
+    std::string displayName;
+    CalendarDate from;
+    CrewParticipation participation = CrewParticipation::fullTime;
+    std::optional<std::int64_t> regularPrecallSeconds{};
+    std::optional<std::int64_t> regularWrapoutSeconds{};
+    std::string rate{};  // empty: no rate yet
+};
+std::pair<CrewMember, ProductionEngagement> add(ModelContext& context, const Uuid& productionID, const NewCrewMember& person,
+                                                const std::string& currencyCode);
 void rename(ModelContext& context, const Uuid& crewMemberID, const std::string& displayName);
 // Moves the person to place `position` (1 = first) in crew order; the others keep their order.
 void moveTo(ModelContext& context, const Uuid& crewMemberID, std::int64_t position);
