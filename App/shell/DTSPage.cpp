@@ -27,26 +27,15 @@
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/shell/ShellText.hpp"
+#include "App/shell/ShellWidgets.hpp"
 
 namespace tessel {
 namespace {
 
 constexpr std::array<const char*, 4> sharedTimeLabels{"General Crew Call", "Lunch Out", "Official Lunch In", "Wrap"};
-constexpr std::array<const char*, 7> weekdayNames{"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
-
-QDate qdate(CalendarDate date) {
-    return QDate(static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
-                 static_cast<int>(static_cast<unsigned>(date.day())));
-}
-CalendarDate calendarDate(const QDate& date) {
-    return std::chrono::year(date.year()) / std::chrono::month(static_cast<unsigned>(date.month())) /
-           std::chrono::day(static_cast<unsigned>(date.day()));
-}
-
-QString dateTitle(CalendarDate date) {
-    const auto weekday = std::chrono::weekday(std::chrono::sys_days(date)).c_encoding();
-    return QString("%1 %2").arg(weekdayNames[weekday], qtext(calendar_text::formatDate(date)));
-}
+using shell_widgets::calendarDate;
+using shell_widgets::dateTitle;
+using shell_widgets::qdate;
 
 }  // namespace
 

@@ -1,0 +1,42 @@
+#include "ShellWidgets.hpp"
+
+#include <array>
+
+#include "App/dts/PayrollDecimalTime.hpp"
+#include "App/model/CalendarText.hpp"
+#include "App/model/EntryText.hpp"
+#include "App/shell/ShellSession.hpp"
+#include "App/shell/ShellText.hpp"
+
+namespace tessel::shell_widgets {
+
+QDate qdate(CalendarDate date) {
+    return QDate(static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
+                 static_cast<int>(static_cast<unsigned>(date.day())));
+}
+
+CalendarDate calendarDate(const QDate& date) {
+    return std::chrono::year(date.year()) / std::chrono::month(static_cast<unsigned>(date.month())) /
+           std::chrono::day(static_cast<unsigned>(date.day()));
+}
+
+QString dateTitle(CalendarDate date) {
+    static constexpr std::array<const char*, 7> weekdayNames{"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
+    const auto weekday = std::chrono::weekday(std::chrono::sys_days(date)).c_encoding();
+    return QString("%1 %2").arg(weekdayNames[weekday], qtext(calendar_text::formatDate(date)));
+}
+
+std::optional<std::int64_t> durationEntry(const QString& text, std::string_view message) {
+    if (entry_text::isBlank(utf8(text))) return std::nullopt;
+    try {
+        return PayrollDecimalDurationParser::parse(utf8(text));
+    } catch (const std::exception&) {
+        throw EntryRefused{std::string(message)};
+    }
+}
+
+QString durationText(const std::optional<std::int64_t>& seconds) {
+    return seconds ? qtext(payroll_decimal_time::formatDuration(*seconds)) : QString();
+}
+
+}  // namespace tessel::shell_widgets

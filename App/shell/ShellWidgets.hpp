@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QDate>
+#include <QString>
+
+#include <optional>
+
+#include "App/model/PersistenceModels.hpp"
+
+// Small conversions every page of the window shares.
+namespace tessel::shell_widgets {
+
+QDate qdate(CalendarDate date);
+CalendarDate calendarDate(const QDate& date);
+// "Tuesday 2026-11-03".
+QString dateTitle(CalendarDate date);
+// Payroll-decimal hours typed by the user: nothing for blank text; throws EntryRefused with `message`
+// for text that is not such a duration.
+std::optional<std::int64_t> durationEntry(const QString& text, std::string_view message);
+QString durationText(const std::optional<std::int64_t>& seconds);
+
+}  // namespace tessel::shell_widgets
