@@ -1,0 +1,297 @@
+#include "MainWindow.hpp"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDesktopServices>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QStatusBar>
+#include <QToolBar>
+#include <QUrl>
+#include <QUrlQuery>
+#include <QVBoxLayout>
+
+#include "App/exchange/ProductionArchive.hpp"
+#include "App/model/PayrollWeekRepository.hpp"
+#include "App/model/ProductionRepository.hpp"
+#include "App/rules/RulesLibrary.hpp"
+#include "App/rules/RulesetFile.hpp"
+#include "App/shell/CrewPage.hpp"
+#include "App/shell/DTSPage.hpp"
+#include "App/shell/RulesPage.hpp"
+#include "App/shell/SetupGuide.hpp"
+#include "App/shell/ShellText.hpp"
+
+namespace tessel {
+namespace {
+
+Instant now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
+
+std::optional<std::string> readFile(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+    const QByteArray bytes = file.readAll();
+    return std::string(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+}
+
+}  // namespace
+
+// ---- welcome ----
+
+WelcomePage::WelcomePage(ShellSession& session, MainWindow& window, QWidget* parent) : QWidget(parent), session_(session), window_(window) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(40, 32, 40, 32);
+    layout->setSpacing(14);
+    auto* title = new QLabel(tr("Welcome to Tessel"));
+    title->setStyleSheet("font-size: 22pt; font-weight: bold;");
+    layout->addWidget(title);
+    auto* about = new QLabel(tr("Keep your department\u2019s Daily Time Sheets, see what every crew member should be paid and why, "
+                                "and check it against the payroll company\u2019s stubs."));
+    about->setWordWrap(true);
+    about->setStyleSheet("font-size: 12pt; color: #333;");
+    layout->addWidget(about);
+    auto* notice = new QLabel(qtext(alphaNotice));
+    notice->setObjectName("alphaNotice");
+    notice->setWordWrap(true);
+    notice->setStyleSheet("background: #fff4d6; border: 1px solid #e3c77a; border-radius: 4px; padding: 8px;");
+    layout->addWidget(notice);
+    auto* heading = new QLabel(tr("Productions"));
+    heading->setStyleSheet("font-size: 14pt; font-weight: bold; margin-top: 10px;");
+    layout->addWidget(heading);
+    list_ = new QListWidget;
+    list_->setObjectName("welcomeProductions");
+    list_->setMaximumHeight(220);
+    connect(list_, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) {
+        session_.chooseProduction(Uuid::parse(utf8(item->data(Qt::UserRole).toString())));
+        window_.showPage(MainWindow::dts);
+    });
+    layout->addWidget(list_);
+    summary_ = new QLabel;
+    summary_->setStyleSheet("color: #555;");
+    layout->addWidget(summary_);
+    auto* buttons = new QHBoxLayout;
+    auto* setUp = new QPushButton(tr("Set Up a New Production\u2026"));
+    setUp->setDefault(true);
+    connect(setUp, &QPushButton::clicked, this, [this] { window_.runSetupGuide(); });
+    auto* open = new QPushButton(tr("Open"));
+    connect(open, &QPushButton::clicked, this, [this] {
+        if (auto* item = list_->currentItem()) emit list_->itemActivated(item);
+    });
+    auto* feedback = new QPushButton(tr("Send Feedback\u2026"));
+    connect(feedback, &QPushButton::clicked, this, [] { QDesktopServices::openUrl(MainWindow::feedbackMail()); });
+    buttons->addWidget(setUp);
+    buttons->addWidget(open);
+    buttons->addStretch(1);
+    buttons->addWidget(feedback);
+    layout->addLayout(buttons);
+    layout->addStretch(1);
+    connect(&session_, &ShellSession::storeChanged, this, &WelcomePage::reload);
+    reload();
+}
+
+void WelcomePage::reload() {
+    list_->clear();
+    ModelContext& context = session_.context();
+    const auto current = session_.production();
+    for (const auto& production : production_repository::list(context)) {
+        const auto crew = crew_repository::crewMembers(context, production.id).size();
+        const auto weeks = payroll_week_repository::weeks(context, production.id).size();
+        auto* item = new QListWidgetItem(tr("%1 \u2014 %n crew", nullptr, static_cast<int>(crew)).arg(qtext(production.name)) +
+                                         tr(", %n payroll week(s)", nullptr, static_cast<int>(weeks)));
+        item->setData(Qt::UserRole, QString::fromStdString(production.id.text()));
+        list_->addItem(item);
+        if (current && current->id == production.id) list_->setCurrentItem(item);
+    }
+    summary_->setText(list_->count() == 0 ? tr("No productions yet: the setup guide walks you from a name to a first DTS.")
+                                          : tr("Double-click a production to open it."));
+}
+
+// ---- main window ----
+
+MainWindow::MainWindow(ShellSession& session, QWidget* parent) : QMainWindow(parent), session_(session) {
+    setWindowTitle("Tessel");
+    setWindowIcon(QIcon::fromTheme("tessel", QIcon(":/tessel.svg")));
+    auto* toolbar = addToolBar(tr("Production"));
+    toolbar->setMovable(false);
+    toolbar->addWidget(new QLabel(tr(" Production: ")));
+    productions_ = new QComboBox;
+    productions_->setObjectName("productionChoice");
+    productions_->setMinimumContentsLength(24);
+    connect(productions_, &QComboBox::activated, this, [this] {
+        session_.chooseProduction(Uuid::parse(utf8(productions_->currentData().toString())));
+    });
+    toolbar->addWidget(productions_);
+
+    navigation_ = new QListWidget;
+    navigation_->setObjectName("navigation");
+    navigation_->addItems({tr("Welcome"), tr("Crew"), tr("DTS"), tr("Rules")});
+    navigation_->setFixedWidth(130);
+    navigation_->setStyleSheet("QListWidget { font-size: 12pt; } QListWidget::item { padding: 8px; }");
+    pages_ = new QStackedWidget;
+    welcome_ = new WelcomePage(session_, *this);
+    crew_ = new CrewPage(session_);
+    dts_ = new DTSPage(session_);
+    rules_ = new RulesPage(session_);
+    for (QWidget* page : std::initializer_list<QWidget*>{welcome_, crew_, dts_, rules_}) pages_->addWidget(page);
+    connect(navigation_, &QListWidget::currentRowChanged, pages_, &QStackedWidget::setCurrentIndex);
+    auto* centre = new QWidget;
+    auto* layout = new QHBoxLayout(centre);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(navigation_);
+    layout->addWidget(pages_, 1);
+    setCentralWidget(centre);
+
+    auto* notice = new QLabel(qtext(alphaNotice));
+    notice->setStyleSheet("color: #7a5a00; padding: 0 6px;");
+    statusBar()->addWidget(notice, 1);
+    buildMenus();
+    connect(&session_, &ShellSession::productionChanged, this, &MainWindow::productionChanged);
+    connect(&session_, &ShellSession::storeChanged, this, &MainWindow::reloadProductions);
+    connect(&session_, &ShellSession::undoRefused, this, &MainWindow::showRefusal);
+    reloadProductions();
+    showPage(session_.production() ? dts : welcome);
+    resize(1500, 900);
+}
+
+void MainWindow::buildMenus() {
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    connect(file->addAction(tr("Set Up a New Production\u2026")), &QAction::triggered, this, [this] { runSetupGuide(); });
+    QAction* open = file->addAction(tr("Import\u2026"));
+    open->setShortcut(QKeySequence::Open);
+    connect(open, &QAction::triggered, this, [this] {
+        const QString path = QFileDialog::getOpenFileName(this, tr("Import"), QString(),
+                                                          tr("Tessel files (*.tesselarchive *.tesselrules)"));
+        if (path.isEmpty()) return;
+        if (const auto refusal = openFile(path)) showRefusal(*refusal);
+    });
+    file->addSeparator();
+    QAction* quit = file->addAction(tr("Quit"));
+    quit->setShortcut(QKeySequence::Quit);
+    connect(quit, &QAction::triggered, this, &QWidget::close);
+
+    QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+    QAction* undo = session_.undoStack().createUndoAction(this, tr("Undo"));
+    undo->setShortcut(QKeySequence::Undo);
+    QAction* redo = session_.undoStack().createRedoAction(this, tr("Redo"));
+    redo->setShortcut(QKeySequence::Redo);
+    edit->addAction(undo);
+    edit->addAction(redo);
+
+    QMenu* go = menuBar()->addMenu(tr("&Go"));
+    const std::array<QString, 4> names{tr("Welcome"), tr("Crew"), tr("DTS"), tr("Rules")};
+    for (int page = 0; page < 4; ++page) {
+        QAction* action = go->addAction(names[static_cast<std::size_t>(page)]);
+        action->setShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + page)));
+        connect(action, &QAction::triggered, this, [this, page] { showPage(static_cast<Page>(page)); });
+    }
+
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    connect(help->addAction(tr("Send Feedback\u2026")), &QAction::triggered, this, [] { QDesktopServices::openUrl(feedbackMail()); });
+    connect(help->addAction(tr("About Tessel")), &QAction::triggered, this, [this] {
+        QMessageBox::about(this, tr("About Tessel"), tr("Tessel %1\n\n%2").arg(TESSEL_VERSION, qtext(alphaNotice)));
+    });
+}
+
+QUrl MainWindow::feedbackMail() {
+    QUrl mail(QString("mailto:") + qtext(feedbackAddress));
+    QUrlQuery query;
+    query.addQueryItem("subject", QString("Tessel %1 feedback").arg(TESSEL_VERSION));
+    query.addQueryItem("body", tr("What were you doing, what did you expect, and what happened?\n\n"));
+    mail.setQuery(query);
+    return mail;
+}
+
+void MainWindow::showPage(Page page) {
+    navigation_->setCurrentRow(page);
+    pages_->setCurrentIndex(page);
+}
+
+void MainWindow::reloadProductions() {
+    const QSignalBlocker quiet(productions_);
+    productions_->clear();
+    const auto current = session_.production();
+    for (const auto& production : production_repository::list(session_.context())) {
+        productions_->addItem(qtext(production.name), QString::fromStdString(production.id.text()));
+        if (current && current->id == production.id) productions_->setCurrentIndex(productions_->count() - 1);
+    }
+    if (!current) productions_->setCurrentIndex(-1);
+    setWindowTitle(current ? QString("%1 \u2014 Tessel").arg(qtext(current->name)) : QString("Tessel"));
+}
+
+void MainWindow::productionChanged() {
+    reloadProductions();
+    welcome_->reload();
+}
+
+bool MainWindow::runSetupGuide() {
+    SetupGuide guide(session_, this);
+    if (guide.exec() != QDialog::Accepted || !guide.createdProduction()) return false;
+    session_.chooseProduction(guide.createdProduction());
+    if (const auto plan = guide.plan(); plan.firstDTS) dts_->showDate(*plan.firstDTS);
+    showPage(dts);
+    return true;
+}
+
+std::optional<Refusal> MainWindow::openFile(const QString& path) {
+    const auto bytes = readFile(path);
+    if (!bytes) return Refusal{{}, tr("The file \u201C%1\u201D could not be read.").arg(path)};
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (suffix == "tesselarchive") {
+        std::optional<production_archive::ImportedProduction> imported;
+        if (auto refusal = session_.perform(tr("Import Production"), [&](ModelContext& c) { imported = production_archive::importProduction(c, *bytes); })) {
+            if (refusal->title.isEmpty()) refusal->title = qtext(production_archive::importTitle);
+            return refusal;
+        }
+        session_.chooseProduction(imported->productionID);
+        QString text = tr("Imported the production \u201C%1\u201D.").arg(qtext(imported->name));
+        if (imported->pendingIdentity) text += "\n\n" + qtext(production_archive::pendingIdentityNotice);
+        QMessageBox::information(this, tr("Production Imported"), text);
+        showPage(dts);
+        return std::nullopt;
+    }
+    if (suffix == "tesselrules") {
+        std::optional<std::string> name;
+        if (auto refusal = session_.perform(tr("Import Ruleset"), [&](ModelContext& c) {
+                const auto contents = ruleset_file::read(*bytes);
+                const auto item = rules_library::addImported(c, contents.metadata.portableRulesetID, contents.name, contents.metadata.provenanceNotes,
+                                                             contents.metadata.createdAt, contents.configuration, now());
+                name = item.name;
+            })) {
+            return refusal;
+        }
+        QMessageBox::information(this, tr("Ruleset Imported"), tr("Imported \u201C%1\u201D into the Ruleset Library.").arg(qtext(*name)));
+        return std::nullopt;
+    }
+    return Refusal{{}, tr("Tessel cannot open \u201C%1\u201D: choose a production archive or a ruleset file.").arg(QFileInfo(path).fileName())};
+}
+
+void MainWindow::showRefusal(const Refusal& refusal) {
+    QMessageBox::warning(this, refusal.title.isEmpty() ? QString("Tessel") : refusal.title, refusal.message);
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (rules_->hasUnsavedChanges()) {
+        const auto answer = QMessageBox::question(this, tr("Save Changes to the Rules?"),
+                                                  tr("The rules form has changes that are not saved. Save them before quitting?"),
+                                                  QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
+        if (answer == QMessageBox::Cancel) return event->ignore();
+        if (answer == QMessageBox::Save && rules_->save()) {
+            showPage(rules);  // the save was refused: the sentence is on the page, and nothing quits
+            return event->ignore();
+        }
+    }
+    event->accept();
+}
+
+}  // namespace tessel
