@@ -7,7 +7,7 @@ FUZZ_DIR ?= build-fuzz
 FUZZ_SECONDS ?= 60
 FUZZ_TARGETS := fuzz-decimal-time fuzz-decimal fuzz-calc-json fuzz-rules-json fuzz-ruleset-file fuzz-diagnostic-package fuzz-stub-number fuzz-stub-pdf fuzz-stub-tokens fuzz-stub-facts fuzz-position-defaults fuzz-signature-image fuzz-production-archive fuzz-setup-files fuzz-pdf-structure fuzz-dts-template-definition
 
-.PHONY: deps configure build demo test bench check-sanitize fuzz clean
+.PHONY: deps configure build demo test bench check-sanitize fuzz clean screenshots app
 
 deps:
 	@scripts/install-deps
@@ -20,6 +20,11 @@ build: configure
 
 demo: build
 	@scripts/demo $(BUILD_DIR)
+
+# A PNG of every main screen of the window, opened on a fresh demo store, in build/screenshots/.
+screenshots: build
+	@scripts/demo $(BUILD_DIR) >/dev/null
+	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/tools/tessel-screenshots $(BUILD_DIR)/demo $(BUILD_DIR)/screenshots
 
 test: build
 	@ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)

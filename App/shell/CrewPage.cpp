@@ -177,32 +177,7 @@ QWidget* CrewPage::buildEditor() {
     engagements_ = table({tr("From"), tr("Through"), tr("Participation"), tr("Locality"), tr("Precall"), tr("Wrap-out"), tr("Required rest")});
     engagements_->setObjectName("engagements");
     engagements_->setMaximumHeight(130);
-    connect(engagements_, &QTableWidget::currentCellChanged, this, [this] {
-        const auto record = chosenEngagement();
-        if (!record) return;
-        const auto& e = record->engagement;
-        from_->setDate(qdate(e.effectiveFrom));
-        hasThrough_->setChecked(e.effectiveThrough.has_value());
-        through_->setDate(e.effectiveThrough ? qdate(*e.effectiveThrough) : QDate::currentDate());
-        participation_->setCurrentIndex(e.crewParticipation == CrewParticipation::dayplayer ? 1 : 0);
-        locality_->setCurrentIndex(!e.rulesLocalityOverride ? 0 : *e.rulesLocalityOverride == RulesLocality::local ? 1 : 2);
-        precall_->setText(durationText(e.regularPrecallDurationSeconds));
-        wrapout_->setText(durationText(e.regularWrapoutDurationSeconds));
-        rest_->setText(durationText(record->requiredRestSeconds));
-        terms_->setRowCount(0);
-        const auto addTerms = [this](const std::vector<DatedEngagementTerm>& terms, const QString& kind, bool hours) {
-            for (const auto& term : terms) {
-                const int row = terms_->rowCount();
-                terms_->insertRow(row);
-                const QString value = hours ? durationText(term.seconds) + " h"
-                                            : qtext((term.amount ? term.amount->toString() : std::string()) + " " + term.currencyCode);
-                setRow(terms_, row, {kind, qtext(calendar_text::formatDate(term.effectiveDate)), value});
-            }
-        };
-        addTerms(record->rates, tr("Rate"), false);
-        addTerms(record->guarantees, tr("Guarantee"), true);
-        addTerms(record->boxRentals, tr("Box Rental"), false);
-    });
+    connect(engagements_, &QTableWidget::currentCellChanged, this, &CrewPage::showEngagement);
     engagementLayout->addWidget(engagements_);
     auto* form = new QGridLayout;
     from_ = dateEdit();
@@ -298,7 +273,7 @@ void CrewPage::reloadEditor() {
     retired_->setText(member->isActive() ? QString() : tr("Retired"));
     const int chosen = std::max(0, engagements_->currentRow());
     records_ = crew_roster::records(context, *person_);
-    const QSignalBlocker quiet(engagements_);
+    QSignalBlocker quiet(engagements_);
     engagements_->setRowCount(static_cast<int>(records_.size()));
     for (int row = 0; row < static_cast<int>(records_.size()); ++row) {
         const auto& r = records_[static_cast<std::size_t>(row)];
@@ -310,7 +285,36 @@ void CrewPage::reloadEditor() {
                 durationText(e.regularPrecallDurationSeconds), durationText(e.regularWrapoutDurationSeconds), durationText(r.requiredRestSeconds)});
     }
     engagements_->setCurrentCell(std::min(chosen, engagements_->rowCount() - 1), 0);
-    emit engagements_->currentCellChanged(engagements_->currentRow(), 0, -1, -1);
+    quiet.unblock();
+    showEngagement();
+}
+
+// The chosen engagement's fields in the form below the table, and its dated terms.
+void CrewPage::showEngagement() {
+    const auto record = chosenEngagement();
+    if (!record) return;
+    const auto& e = record->engagement;
+    from_->setDate(qdate(e.effectiveFrom));
+    hasThrough_->setChecked(e.effectiveThrough.has_value());
+    through_->setDate(e.effectiveThrough ? qdate(*e.effectiveThrough) : QDate::currentDate());
+    participation_->setCurrentIndex(e.crewParticipation == CrewParticipation::dayplayer ? 1 : 0);
+    locality_->setCurrentIndex(!e.rulesLocalityOverride ? 0 : *e.rulesLocalityOverride == RulesLocality::local ? 1 : 2);
+    precall_->setText(durationText(e.regularPrecallDurationSeconds));
+    wrapout_->setText(durationText(e.regularWrapoutDurationSeconds));
+    rest_->setText(durationText(record->requiredRestSeconds));
+    terms_->setRowCount(0);
+    const auto addTerms = [this](const std::vector<DatedEngagementTerm>& terms, const QString& kind, bool hours) {
+        for (const auto& term : terms) {
+            const int row = terms_->rowCount();
+            terms_->insertRow(row);
+            const QString value = hours ? durationText(term.seconds) + " h"
+                                        : qtext((term.amount ? term.amount->toString() : std::string()) + " " + term.currencyCode);
+            setRow(terms_, row, {kind, qtext(calendar_text::formatDate(term.effectiveDate)), value});
+        }
+    };
+    addTerms(record->rates, tr("Rate"), false);
+    addTerms(record->guarantees, tr("Guarantee"), true);
+    addTerms(record->boxRentals, tr("Box Rental"), false);
 }
 
 std::optional<EngagementRecord> CrewPage::chosenEngagement() const {

@@ -39,6 +39,7 @@ private:
     void saveEngagement();
     void addTerm();
     void clearTerm();
+    void showEngagement();
     std::optional<EngagementRecord> chosenEngagement() const;
 
     ShellSession& session_;

@@ -88,7 +88,8 @@ DTSPage::DTSPage(ShellSession& session, QWidget* parent) : QWidget(parent), sess
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 3);
     splitter->setStretchFactor(2, 2);
-    splitter->setSizes({190, 760, 520});
+    review_->setMinimumWidth(520);  // the review's lines are wide; cut short they explain nothing
+    splitter->setSizes({200, 720, 660});
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 6, 6, 6);
     layout->addWidget(splitter);
@@ -144,7 +145,7 @@ QWidget* DTSPage::buildSharedFacts() {
     for (std::size_t i = 0; i < sharedTimes_.size(); ++i) {
         auto* edit = new QLineEdit;
         edit->setObjectName(QString("shared-%1").arg(qtext(toRawValue(static_cast<DTSTimeField>(i)))));
-        edit->setMaximumWidth(90);
+        edit->setFixedWidth(72);
         edit->setPlaceholderText("0.0");
         sharedTimes_[i] = edit;
         connect(edit, &QLineEdit::editingFinished, this, [this, i] { commitSharedTime(static_cast<DTSTimeField>(i)); });
@@ -166,7 +167,7 @@ QWidget* DTSPage::buildSharedFacts() {
     });
     form->addWidget(grace_, 1, 4);
     travel_ = new QLineEdit;
-    travel_->setMaximumWidth(70);
+    travel_->setFixedWidth(72);
     travel_->setPlaceholderText(tr("hours"));
     connect(travel_, &QLineEdit::editingFinished, this, [this] {
         std::optional<std::int64_t> seconds;
@@ -182,7 +183,7 @@ QWidget* DTSPage::buildSharedFacts() {
     form->addWidget(new QLabel(tr("Travel")), 0, 5);
     form->addWidget(travel_, 1, 5);
     mileage_ = new QLineEdit;
-    mileage_->setMaximumWidth(70);
+    mileage_->setFixedWidth(72);
     mileage_->setPlaceholderText(tr("miles"));
     connect(mileage_, &QLineEdit::editingFinished, this, [this] {
         std::optional<Decimal> miles;
@@ -211,7 +212,7 @@ QWidget* DTSPage::buildSharedFacts() {
     form->addWidget(new QLabel(tr("Work Location")), 0, 7);
     form->addWidget(location_, 1, 7);
     workState_ = new QLineEdit;
-    workState_->setMaximumWidth(60);
+    workState_->setFixedWidth(72);
     workState_->setPlaceholderText(tr("default"));
     connect(workState_, &QLineEdit::editingFinished, this, [this] {
         const std::string state = utf8(workState_->text().trimmed());
@@ -251,7 +252,6 @@ QWidget* DTSPage::buildGrid() {
     gridView_->setAlternatingRowColors(true);
     gridView_->setContextMenuPolicy(Qt::CustomContextMenu);
     gridView_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    gridView_->horizontalHeader()->setSectionResizeMode(DTSGridModel::crew, QHeaderView::Stretch);
     gridView_->verticalHeader()->setSectionsMovable(true);
     gridView_->verticalHeader()->setToolTip(tr("Drag to reorder crew row"));
     connect(gridView_->verticalHeader(), &QHeaderView::sectionMoved, this, [this](int, int from, int to) {

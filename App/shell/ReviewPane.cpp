@@ -53,7 +53,9 @@ ReviewPane::ReviewPane(ShellSession& session, QWidget* parent) : QWidget(parent)
     text_->setObjectName("reviewText");
     text_->setReadOnly(true);
     text_->setLineWrapMode(QPlainTextEdit::NoWrap);
-    text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    fixed.setPointSizeF(fixed.pointSizeF() * 0.9);
+    text_->setFont(fixed);
     layout->addWidget(text_, 1);
     connect(&session_, &ShellSession::storeChanged, this, &ReviewPane::storeChanged);
     connect(&session_, &ShellSession::productionChanged, this, [this] {

@@ -9,6 +9,7 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include "App/dts/PayrollDecimalTime.hpp"
 #include "App/model/DecimalJSON.hpp"
 #include "App/rules/ProductionRulesets.hpp"
 #include "App/rules/RulesetDrafts.hpp"
@@ -23,14 +24,36 @@ enum LeafKind { textLeaf, otherLeaf, arrayNode, objectNode };
 CalendarDate today() { return std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now()); }
 Instant now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
 
-// Words for the document's keys: "firstMealPenaltyAmount" reads "First meal penalty amount".
+// Words for the document's keys: "firstMealPenaltyAmount" reads "First meal penalty amount", and a run of
+// capitals stays one word ("localDPOrOperatorRuleID" reads "Local DP or operator rule ID").
 QString keyLabel(const std::string& key) {
-    QString label;
-    for (const char c : key) {
-        if (std::isupper(static_cast<unsigned char>(c)) && !label.isEmpty()) label += ' ';
-        label += label.isEmpty() ? QChar(std::toupper(static_cast<unsigned char>(c))) : QChar(std::tolower(static_cast<unsigned char>(c)));
+    QStringList words;
+    QString word;
+    for (std::size_t i = 0; i < key.size(); ++i) {
+        const bool upper = std::isupper(static_cast<unsigned char>(key[i]));
+        const bool previousLower = i > 0 && !std::isupper(static_cast<unsigned char>(key[i - 1]));
+        const bool nextLower = i + 1 < key.size() && std::islower(static_cast<unsigned char>(key[i + 1]));
+        const bool previousUpper = i > 0 && std::isupper(static_cast<unsigned char>(key[i - 1]));
+        if (upper && !word.isEmpty() && (previousLower || (previousUpper && nextLower))) {
+            words << word;
+            word.clear();
+        }
+        word += QChar(key[i]);
     }
-    return label;
+    if (!word.isEmpty()) words << word;
+    for (qsizetype i = 0; i < words.size(); ++i) {
+        QString& w = words[i];
+        const bool acronym = w.size() > 1 && w.toUpper() == w;
+        if (acronym) continue;
+        w = i == 0 ? w.left(1).toUpper() + w.mid(1) : w.toLower();
+    }
+    return words.join(' ');
+}
+
+// What a number of seconds is in payroll hours, beside the value.
+QString meaning(const std::string& key, const Json& value) {
+    if (!value.is_number_integer() || key.size() < 7 || key.substr(key.size() - 7) != "Seconds") return {};
+    return QString("%1 h").arg(qtext(payroll_decimal_time::formatDuration(value.get<std::int64_t>())));
 }
 
 }  // namespace
@@ -39,7 +62,6 @@ RulesPage::RulesPage(ShellSession& session, QWidget* parent) : QWidget(parent), 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(8, 8, 8, 8);
     heading_ = new QLabel;
-    heading_->setStyleSheet("font-size: 15pt; font-weight: bold;");
     heading_->setWordWrap(true);
     layout->addWidget(heading_);
     auto* hint = new QLabel(tr("Double-click a value to change it. Times and durations are in seconds, amounts and multipliers "
@@ -49,9 +71,10 @@ RulesPage::RulesPage(ShellSession& session, QWidget* parent) : QWidget(parent), 
     layout->addWidget(hint);
     tree_ = new QTreeWidget;
     tree_->setObjectName("rulesForm");
-    tree_->setColumnCount(2);
-    tree_->setHeaderLabels({tr("Rule"), tr("Value")});
+    tree_->setColumnCount(3);
+    tree_->setHeaderLabels({tr("Rule"), tr("Value"), tr("In hours")});
     tree_->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    tree_->setColumnWidth(1, 520);
     tree_->setEditTriggers(QAbstractItemView::DoubleClicked | QAbstractItemView::EditKeyPressed | QAbstractItemView::AnyKeyPressed);
     tree_->setAlternatingRowColors(true);
     connect(tree_, &QTreeWidget::itemChanged, this, [this] {
@@ -101,8 +124,9 @@ void RulesPage::revert() {
         const auto revision = ProductionRulesets::currentRevision(context, production->id, today());
         const auto configuration = revision ? ProductionRulesets::readConfiguration(context, production->id, *revision)
                                             : ProductionRulesets::exampleConfiguration(today());
-        heading_->setText(tr("Rules \u2014 %1").arg(qtext(configuration.payrollRules.name)) +
-                          (revision ? "\n" + qtext(ProductionRulesets::setupStatusLine(ProductionRulesets::setupState(context, *revision))) : QString()));
+        const QString status = revision ? qtext(ProductionRulesets::setupStatusLine(ProductionRulesets::setupState(context, *revision))) : QString();
+        heading_->setText(QString("<span style='font-size: 15pt; font-weight: bold;'>%1</span><br>%2")
+                              .arg(tr("Rules \u2014 %1").arg(qtext(configuration.payrollRules.name).toHtmlEscaped()), status.toHtmlEscaped()));
         fill(rules_json::toJSON(configuration));
     } catch (const std::exception& error) {
         showStatus(QString::fromUtf8(error.what()), true);
@@ -133,6 +157,8 @@ void RulesPage::addItems(QTreeWidgetItem* parent, const std::string& key, const 
     item->setFlags(item->flags() | Qt::ItemIsEditable);
     item->setData(1, kindRole, value.is_string() ? textLeaf : otherLeaf);
     item->setText(1, value.is_string() ? qtext(value.get<std::string>()) : qtext(decimal_json::dump(value)));
+    item->setText(2, meaning(key, value));
+    item->setForeground(2, Qt::darkGray);
 }
 
 Json RulesPage::read(const QTreeWidgetItem* item) const {

@@ -21,7 +21,7 @@ CalendarDate calendarDate(const QDate& date) {
 }
 
 QString dateTitle(CalendarDate date) {
-    static constexpr std::array<const char*, 7> weekdayNames{"Sunday", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday"};
+    static constexpr std::array<const char*, 7> weekdayNames{"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
     const auto weekday = std::chrono::weekday(std::chrono::sys_days(date)).c_encoding();
     return QString("%1 %2").arg(weekdayNames[weekday], qtext(calendar_text::formatDate(date)));
 }

@@ -12,7 +12,7 @@ namespace tessel::shell_widgets {
 
 QDate qdate(CalendarDate date);
 CalendarDate calendarDate(const QDate& date);
-// "Tuesday 2026-11-03".
+// "Tue 2026-11-03".
 QString dateTitle(CalendarDate date);
 // Payroll-decimal hours typed by the user: nothing for blank text; throws EntryRefused with `message`
 // for text that is not such a duration.

@@ -1,0 +1,251 @@
+// The window driven as a person drives it, through real widgets under the offscreen platform.
+#include <QApplication>
+#include <QComboBox>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTableWidget>
+#include <QTreeWidget>
+#include <QtTest>
+
+#include <memory>
+
+#include "../support/TemporaryFolder.hpp"
+#include "App/dts/DailyTimeSheets.hpp"
+#include "App/dts/PayrollDecimalTime.hpp"
+#include "App/model/PayrollWeekRepository.hpp"
+#include "App/model/ProductionRepository.hpp"
+#include "App/rules/ProductionRulesets.hpp"
+#include "App/shell/CrewPage.hpp"
+#include "App/shell/DTSPage.hpp"
+#include "App/shell/MainWindow.hpp"
+#include "App/shell/RulesPage.hpp"
+#include "App/shell/SetupGuide.hpp"
+#include "App/shell/UnavailableStoreScreen.hpp"
+
+using namespace tessel;
+using namespace std::chrono;
+
+namespace {
+
+constexpr CalendarDate monday = 2026y / November / 2;
+CalendarDate workDate(int offset) { return CalendarDate(sys_days(monday) + days(offset)); }
+Instant at(CalendarDate date, int hour, int minute = 0) { return sys_days(date) + hours(hour) + minutes(minute); }
+
+// A store with one production, two crew members with rates, and the DTS of each weekday of one week.
+struct Workspace {
+    testing::TemporaryFolder folder;
+    TesselStoreEnvironment environment = TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, folder.path() / "data");
+    std::unique_ptr<ShellSession> session;
+    std::unique_ptr<MainWindow> window;
+
+    Workspace() {
+        auto opened = ShellSession::open(environment, folder.path() / "config");
+        session = std::move(std::get<std::unique_ptr<ShellSession>>(opened));
+        Uuid productionID = Uuid::generate();
+        session->store().perform([&](ModelContext& c) {
+            productionID = ProductionSetup::createProduction(c, "Night Harbor", {}, at(monday, 6)).id;
+            crew_roster::add(c, productionID, {"Rowan Vale", monday, CrewParticipation::fullTime, std::nullopt, std::nullopt, "40.00"}, "USD");
+            crew_roster::add(c, productionID, {"Ines Calder", monday, CrewParticipation::fullTime, std::nullopt, std::nullopt, "36.00"}, "USD");
+            for (int d = 0; d < 5; ++d) DailyTimeSheets::create(c, productionID, workDate(d));
+        });
+        session->chooseProduction(productionID);
+        window = std::make_unique<MainWindow>(*session);
+        window->show();
+    }
+
+    DTSPage& dts() { return window->dtsPage(); }
+    Workday workday(CalendarDate date) { return *DailyTimeSheets::find(session->context(), session->production()->id, date); }
+    CrewDailyEntry row(CalendarDate date, int index) {
+        return payroll_week_repository::entries(session->context(), workday(date).id).at(static_cast<std::size_t>(index));
+    }
+};
+
+void typeInto(QWidget* widget, const QString& text) {
+    widget->setFocus();
+    QTest::keyClicks(widget, text);
+    QTest::keyClick(widget, Qt::Key_Return);
+}
+
+// Types into a grid cell as a person does: move there, type (the first key opens the cell's editor, as in a
+// spreadsheet), press Enter.
+void typeIntoCell(DTSPage& page, int row, int column, const QString& text) {
+    DTSGridView& view = page.gridView();
+    view.setFocus();
+    view.setCurrentIndex(page.grid().index(row, column));
+    QTest::keyClicks(&view, text.left(1));
+    auto* editor = view.viewport()->findChild<QLineEdit*>();
+    QVERIFY2(editor, "typing did not open the cell");
+    QTest::keyClicks(editor, text.mid(1));
+    QTest::keyClick(editor, Qt::Key_Return);
+    QApplication::processEvents();  // the delegate commits the cell from the event loop
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // and lets its editor go
+}
+
+}  // namespace
+
+class WindowTests : public QObject {
+    Q_OBJECT
+
+private slots:
+    void typingAWeekFillsTheStoreAndTheReview() {
+        Workspace w;
+        w.window->showPage(MainWindow::dts);
+        for (int d = 0; d < 5; ++d) {
+            w.dts().showDate(workDate(d));
+            typeInto(&w.dts().sharedTimeEdit(DTSTimeField::call), "7.0");
+            typeInto(&w.dts().sharedTimeEdit(DTSTimeField::lunchOut), "13.0");
+            typeInto(&w.dts().sharedTimeEdit(DTSTimeField::wrap), "19.0");
+        }
+        // Rowan stays on Friday until 21.5: typed straight into the grid, and Enter goes on to Ines.
+        typeIntoCell(w.dts(), 0, DTSGridModel::wrap, "21.5");
+        QCOMPARE(w.dts().gridView().currentIndex().row(), 1);
+
+        const Workday friday = w.workday(workDate(4));
+        QCOMPARE(friday.generalCrewCall, std::optional<Instant>(at(workDate(4), 7)));
+        QCOMPARE(friday.officialLunchOut, std::optional<Instant>(at(workDate(4), 13)));
+        QCOMPARE(friday.officialLunchIn, std::optional<Instant>(at(workDate(4), 13, 30)));  // autofilled from the lunch length
+        QCOMPARE(w.row(workDate(4), 0).wrapOverride, std::optional<Instant>(at(workDate(4), 21, 30)));
+        QCOMPARE(w.row(workDate(4), 1).wrapOverride, std::optional<Instant>());
+
+        const QString review = w.dts().review().reviewText();
+        QVERIFY2(review.contains("Fri 2026-11-06  Call 7.0  Lunch 13.0-13.5  Wrap 21.5"), qPrintable(review));
+        QVERIFY2(review.contains("Wrap 19.0"), qPrintable(review));
+    }
+
+    void aRefusedEntryShowsTheSentenceAndChangesNothing() {
+        Workspace w;
+        w.dts().showDate(monday);
+        const auto before = w.row(monday, 0);
+        const int actions = w.session->undoStack().count();
+        typeIntoCell(w.dts(), 0, DTSGridModel::call, "25.0");
+        QCOMPARE(w.dts().statusText(), QString::fromUtf8(time_entry_messages::call.data()));
+        QCOMPARE(w.row(monday, 0).callOverride, before.callOverride);
+        QCOMPARE(w.session->undoStack().count(), actions);
+
+        typeIntoCell(w.dts(), 0, DTSGridModel::mileage, "lots");
+        QCOMPARE(w.dts().statusText(), QString::fromUtf8(dts_messages::mileageInvalid.data()));
+        QCOMPARE(DailyTimeSheets::rowMileage(w.session->context(), before.id), std::optional<Decimal>());
+    }
+
+    void undoTakesBackAnEditAndRedoPutsItAgain() {
+        Workspace w;
+        w.dts().showDate(monday);
+        typeInto(&w.dts().sharedTimeEdit(DTSTimeField::call), "7.0");
+        typeInto(&w.dts().sharedTimeEdit(DTSTimeField::wrap), "19.0");
+        const QString reviewBefore = w.dts().review().reviewText();
+        typeIntoCell(w.dts(), 1, DTSGridModel::wrap, "20.0");
+        QCOMPARE(w.row(monday, 1).wrapOverride, std::optional<Instant>(at(monday, 20)));
+        QVERIFY(w.dts().review().reviewText() != reviewBefore);
+
+        QTest::keyClick(w.window.get(), Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(w.row(monday, 1).wrapOverride, std::optional<Instant>());
+        QCOMPARE(w.dts().grid().data(w.dts().grid().index(1, DTSGridModel::wrap), Qt::DisplayRole).toString(), QString("19.0"));
+        QCOMPARE(w.dts().review().reviewText(), reviewBefore);
+
+        w.session->undoStack().redo();
+        QCOMPARE(w.row(monday, 1).wrapOverride, std::optional<Instant>(at(monday, 20)));
+    }
+
+    void draggingARowSavesTheCrewOrder() {
+        Workspace w;
+        w.dts().showDate(monday);
+        const Uuid first = w.row(monday, 0).id;
+        w.dts().gridView().verticalHeader()->moveSection(0, 1);
+        QCOMPARE(w.row(monday, 1).id, first);
+        QCOMPARE(w.dts().grid().crewName(1), QString("Rowan Vale"));
+    }
+
+    void removingARowKeepsThePersonOnTheProduction() {
+        Workspace w;
+        w.dts().showDate(monday);
+        w.dts().removeRow(0, false);
+        QCOMPARE(w.dts().grid().rowCount(), 1);
+        QCOMPARE(crew_repository::crewMembers(w.session->context(), w.session->production()->id).size(), std::size_t{2});
+        w.session->undoStack().undo();
+        QCOMPARE(w.dts().grid().rowCount(), 2);
+    }
+
+    void theCrewEditorRefusesADuplicateNameWithTheRosterSentence() {
+        Workspace w;
+        const auto refusal = w.window->crewPage().addPerson({"Rowan Vale", monday});
+        QVERIFY(refusal.has_value());
+        QCOMPARE(refusal->message, QString("There is already a crew member named \u201CRowan Vale\u201D on this production."));
+        QCOMPARE(crew_repository::crewMembers(w.session->context(), w.session->production()->id).size(), std::size_t{2});
+        QVERIFY(!w.window->crewPage().addPerson({"Dell Okafor", monday, CrewParticipation::dayplayer, std::nullopt, std::nullopt, "30.00"}));
+        QCOMPARE(crew_repository::crewMembers(w.session->context(), w.session->production()->id).size(), std::size_t{3});
+    }
+
+    void theRulesFormSavesOnlyAValidRuleset() {
+        Workspace w;
+        RulesPage& rules = w.window->rulesPage();
+        QTreeWidgetItem* minimum = rules.item("payrollRules.localSchedule.dailyMinimumSeconds");
+        QVERIFY(minimum);
+        minimum->setText(1, "-3600");
+        QVERIFY(rules.hasUnsavedChanges());
+        QVERIFY(rules.save().has_value());
+        QVERIFY(!rules.statusText().isEmpty());
+        QVERIFY(rules.hasUnsavedChanges());  // the edit is kept for the user to mend
+
+        rules.item("payrollRules.localSchedule.dailyMinimumSeconds")->setText(1, "36000");
+        QVERIFY(!rules.save().has_value());
+        QVERIFY(!rules.hasUnsavedChanges());
+        ModelContext& c = w.session->context();
+        const auto revision = ProductionRulesets::currentRevision(c, w.session->production()->id, monday);
+        QCOMPARE(ProductionRulesets::readConfiguration(c, w.session->production()->id, *revision).payrollRules.localSchedule.dailyMinimumSeconds,
+                 std::int64_t{36000});
+    }
+
+    void theSetupGuideMakesAProductionReadyForItsFirstDTS() {
+        testing::TemporaryFolder folder;
+        auto opened = ShellSession::open(TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, folder.path() / "data"), folder.path() / "config");
+        ShellSession& session = *std::get<std::unique_ptr<ShellSession>>(opened);
+        SetupGuide guide(session);
+        guide.show();
+        guide.findChild<QLineEdit*>("setupName")->setText("Cold Open");
+        guide.next();
+        guide.next();
+        guide.addCrewLine("Avery Holm", "48.00", false);
+        guide.addCrewLine("", "", false);  // a line left empty is not a person
+        guide.addCrewLine("Kit Serrano", "41.50", true);
+        guide.next();
+        guide.accept();
+        QVERIFY(guide.createdProduction().has_value());
+        ModelContext& c = session.context();
+        const auto crew = crew_repository::crewMembers(c, *guide.createdProduction());
+        QCOMPARE(crew.size(), std::size_t{2});
+        const auto firstDTS = DailyTimeSheets::find(c, *guide.createdProduction(), *guide.plan().firstDTS);
+        QVERIFY(firstDTS.has_value());
+        QCOMPARE(payroll_week_repository::entries(c, firstDTS->id).size(), std::size_t{1});  // the dayplayer is added by hand
+    }
+
+    void aForeignStoreShowsOnlyTheUnavailableScreen() {
+        testing::TemporaryFolder folder;
+        const auto environment = TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, folder.path());
+        std::filesystem::create_directories(environment.storeURL.parent_path());
+        std::ofstream(environment.storeURL) << "not a store";
+        auto opened = ShellSession::open(environment, folder.path() / "config");
+        QVERIFY(std::holds_alternative<TesselUnavailableStoreState>(opened));
+        UnavailableStoreScreen screen(std::get<TesselUnavailableStoreState>(opened), environment, {"0.1.0", "Test"});
+        screen.show();
+        QCOMPARE(screen.windowTitle(), QString("Tessel Data Store Unavailable"));
+        bool saysWhy = false;
+        for (auto* label : screen.findChildren<QLabel*>()) saysWhy |= label->text() == QString::fromUtf8(TesselUnavailableStoreState::message.data());
+        QVERIFY(saysWhy);
+        QCOMPARE(screen.exportButton()->text(), QString("Export Diagnostic Package\u2026"));
+
+        const QString package = QString::fromStdString((folder.path() / "support.tesseldiagnostic").string());
+        QVERIFY(!screen.writePackage(package).has_value());
+        QFile written(package);
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        QCOMPARE(written.read(2), QByteArray("PK"));
+        std::ifstream store(environment.storeURL);
+        std::string kept;
+        std::getline(store, kept);
+        QCOMPARE(kept, std::string("not a store"));  // the store is only read
+    }
+};
+
+QTEST_MAIN(WindowTests)
+#include "WindowTests.moc"

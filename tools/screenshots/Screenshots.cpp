@@ -1,0 +1,112 @@
+// Writes a PNG of every main screen of the window, opened on a store made by the demo, so that each can be
+// looked at: tessel-screenshots DEMO_FOLDER OUTPUT_FOLDER (run under QT_QPA_PLATFORM=offscreen).
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QTableWidget>
+#include <QTimer>
+#include <QTreeWidget>
+
+#include <cstdio>
+
+#include "App/shell/CrewPage.hpp"
+#include "App/shell/DTSPage.hpp"
+#include "App/shell/MainWindow.hpp"
+#include "App/shell/RulesPage.hpp"
+#include "App/shell/SetupGuide.hpp"
+#include "App/shell/UnavailableStoreScreen.hpp"
+
+using namespace tessel;
+
+namespace {
+
+void settle() {
+    for (int i = 0; i < 5; ++i) QApplication::processEvents();
+}
+
+bool save(QWidget& widget, const QDir& folder, const QString& name) {
+    settle();
+    const QString file = folder.filePath(name + ".png");
+    if (!widget.grab().save(file)) {
+        std::fprintf(stderr, "Could not write %s\n", qPrintable(file));
+        return false;
+    }
+    std::printf("%s\n", qPrintable(file));
+    return true;
+}
+
+// A store folder whose store file is not a store at all: the unavailable screen's own situation.
+TesselUnavailableStoreState foreignStore(const QDir& scratch, TesselStoreEnvironment& environment) {
+    environment = TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, scratch.filePath("foreign").toStdString());
+    std::filesystem::create_directories(environment.storeURL.parent_path());
+    QFile file(QString::fromStdString(environment.storeURL.string()));
+    file.open(QIODevice::WriteOnly);
+    file.write("This is not a Tessel store, but a note someone saved in its place.\n");
+    file.close();
+    return std::get<TesselUnavailableStoreState>(openTesselStore(environment));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: tessel-screenshots DEMO_FOLDER OUTPUT_FOLDER\n");
+        return 2;
+    }
+    const QDir demo(argv[1]);
+    QDir output(argv[2]);
+    output.mkpath(".");
+    const auto environment = TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, demo.filePath("data").toStdString());
+    auto opened = ShellSession::open(environment, demo.filePath("config/Tessel").toStdString());
+    if (!std::holds_alternative<std::unique_ptr<ShellSession>>(opened)) {
+        std::fprintf(stderr, "The demo store could not be opened; run make demo first.\n");
+        return 1;
+    }
+    ShellSession& session = *std::get<std::unique_ptr<ShellSession>>(opened);
+    MainWindow window(session);
+    window.resize(1600, 940);
+    window.show();
+    bool ok = true;
+
+    window.showPage(MainWindow::welcome);
+    ok &= save(window, output, "01-welcome");
+
+    {
+        SetupGuide guide(session, &window);
+        guide.show();
+        if (auto* name = guide.findChild<QLineEdit*>("setupName")) name->setText("Night Harbor");
+        guide.next();
+        guide.next();
+        guide.addCrewLine("Avery Holm", "48.00", false);
+        guide.addCrewLine("Kit Serrano", "41.50", true);
+        ok &= save(guide, output, "02-setup-guide");
+    }
+
+    window.showPage(MainWindow::crew);
+    if (auto* list = window.crewPage().findChild<QListWidget*>("crewList")) list->setCurrentRow(1);
+    ok &= save(window, output, "03-crew-editor");
+
+    window.showPage(MainWindow::dts);
+    window.dtsPage().showDate(std::chrono::year(2026) / 11 / 4);
+    ok &= save(window, output, "04-dts-wednesday");
+
+    if (auto* crew = window.dtsPage().review().findChild<QComboBox*>("reviewCrew")) crew->setCurrentIndex(2);
+    ok &= save(window.dtsPage().review(), output, "05-weekly-review");
+
+    window.showPage(MainWindow::rules);
+    if (auto* form = window.rulesPage().findChild<QTreeWidget*>("rulesForm")) form->expandToDepth(1);
+    ok &= save(window, output, "06-rules-form");
+
+    TesselStoreEnvironment foreign;
+    const QDir scratch(output.filePath("scratch"));
+    scratch.mkpath(".");
+    UnavailableStoreScreen unavailable(foreignStore(scratch, foreign), foreign, {TESSEL_VERSION, TESSEL_BUILD});
+    unavailable.show();
+    ok &= save(unavailable, output, "07-store-unavailable");
+    QDir(scratch).removeRecursively();
+    return ok ? 0 : 1;
+}
