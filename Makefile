@@ -21,9 +21,13 @@ build: configure
 demo: build
 	@scripts/demo $(BUILD_DIR)
 
+# The window on your own store (the data folder, or TESSEL_STORE_ROOT).
+app: build
+	@$(BUILD_DIR)/App/shell/tessel-app
+
 # A PNG of every main screen of the window, opened on a fresh demo store, in build/screenshots/.
 screenshots: build
-	@scripts/demo $(BUILD_DIR) >/dev/null
+	@TESSEL_DEMO_NO_WINDOW=1 scripts/demo $(BUILD_DIR) >/dev/null
 	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/tools/tessel-screenshots $(BUILD_DIR)/demo $(BUILD_DIR)/screenshots
 
 test: build

@@ -121,7 +121,7 @@ void WelcomePage::reload() {
 
 MainWindow::MainWindow(ShellSession& session, QWidget* parent) : QMainWindow(parent), session_(session) {
     setWindowTitle("Tessel");
-    setWindowIcon(QIcon::fromTheme("tessel", QIcon(":/tessel.svg")));
+    setWindowIcon(QIcon::fromTheme("app.tessel.Tessel"));  // installed with the desktop entry
     auto* toolbar = addToolBar(tr("Production"));
     toolbar->setMovable(false);
     toolbar->addWidget(new QLabel(tr(" Production: ")));
