@@ -262,6 +262,10 @@ QWidget* DTSPage::buildGrid() {
         grid_->moveRow(from, to);
     });
     connect(gridView_, &QWidget::customContextMenuRequested, this, &DTSPage::showGridMenu);
+    // The review beside the grid follows the person being typed for.
+    connect(gridView_->selectionModel(), &QItemSelectionModel::currentRowChanged, this, [this](const QModelIndex& current) {
+        if (current.isValid() && current.row() < grid_->rowCount()) review_->showCrewMember(grid_->entry(current.row()).crewMemberID);
+    });
     layout->addWidget(gridView_, 1);
 
     auto* actions = new QHBoxLayout;

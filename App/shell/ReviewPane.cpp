@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 
 #include <ctime>
 #include <map>
@@ -28,6 +29,15 @@ Instant localNow() {
     return Instant(seconds(now + local.tm_gmtoff));
 }
 
+// The week of all crew at a glance: one line each, the full review being one choice away.
+std::string summaryHeading() { return review_text::padded("Crew", 26) + review_text::padded("Expected gross", 26) + "Days\n"; }
+
+std::string summaryLine(const WeeklyCrewPayrollReview& review) {
+    std::string gross = review.estimatedGross ? review.estimatedGross->amount().toString() + " " + review.estimatedGross->currency().code() : "\u2014";
+    if (review.estimatedGrossIsPartial) gross += " (partial)";
+    return review_text::padded(review.crewName, 26) + review_text::padded(gross, 26) + std::to_string(review.days.size()) + "\n";
+}
+
 }  // namespace
 
 ReviewPane::ReviewPane(ShellSession& session, QWidget* parent) : QWidget(parent), session_(session), clock_(localNow) {
@@ -41,7 +51,7 @@ ReviewPane::ReviewPane(ShellSession& session, QWidget* parent) : QWidget(parent)
     crewChoice_ = new QComboBox;
     crewChoice_->setObjectName("reviewCrew");
     crewChoice_->setMinimumContentsLength(18);
-    connect(crewChoice_, &QComboBox::currentIndexChanged, this, [this] { refresh(); });
+    connect(crewChoice_, &QComboBox::currentIndexChanged, this, [this] { render(); });
     heading->addWidget(crewChoice_);
     layout->addLayout(heading);
     gross_ = new QLabel;
@@ -89,6 +99,7 @@ void ReviewPane::storeChanged() {
 QString ReviewPane::reviewText() const { return text_->toPlainText(); }
 
 void ReviewPane::refresh() {
+    reviews_.clear();
     const auto production = session_.production();
     if (!production || !weekID_) {
         text_->setPlainText(production ? tr("Choose a DTS date to see its week.") : QString());
@@ -100,35 +111,55 @@ void ReviewPane::refresh() {
         productionID_ = production->id;
     }
     try {
-        const auto reviews = review_->weeklyForAll(*weekID_);
+        reviews_ = review_->weeklyForAll(*weekID_);
         const QString chosen = crewChoice_->currentData().toString();
-        {
-            const QSignalBlocker quiet(crewChoice_);
-            crewChoice_->clear();
-            crewChoice_->addItem(tr("All crew (%1)").arg(reviews.size()), QString());
-            for (const auto& r : reviews) crewChoice_->addItem(qtext(r.crewName), QString::fromStdString(r.crewMemberID.text()));
-            crewChoice_->setCurrentIndex(std::max(0, crewChoice_->findData(chosen)));
-        }
-        const review_text::Style style{session_.settings().categoryLabels(), session_.settings().showMonetaryDetails(), false};
-        std::string text;
+        const QSignalBlocker quiet(crewChoice_);
+        crewChoice_->clear();
+        crewChoice_->addItem(tr("All crew (%1)").arg(reviews_.size()), QString());
+        for (const auto& r : reviews_) crewChoice_->addItem(qtext(r.crewName), QString::fromStdString(r.crewMemberID.text()));
+        crewChoice_->setCurrentIndex(std::max(0, crewChoice_->findData(chosen)));
         std::map<std::string, Decimal> totals;  // by currency: amounts are only added within one
-        for (const auto& r : reviews) {
-            if (r.estimatedGross) {
-                auto& total = totals[r.estimatedGross->currency().code()];
-                total = total + r.estimatedGross->amount();
-            }
-            if (!chosen.isEmpty() && QString::fromStdString(r.crewMemberID.text()) != chosen) continue;
-            text += review_text::weekly(r, style) + "\n";
+        for (const auto& r : reviews_) {
+            if (!r.estimatedGross) continue;
+            auto& total = totals[r.estimatedGross->currency().code()];
+            total = total + r.estimatedGross->amount();
         }
-        text_->setPlainText(reviews.empty() ? tr("Nobody has a DTS row or an activity in this week yet.") : qtext(text));
         QStringList grossTexts;
         for (const auto& [currency, total] : totals) grossTexts << qtext(total.toString() + " " + currency);
         gross_->setText(grossTexts.isEmpty() ? QString() : tr("Week\u2019s expected gross, all crew: %1").arg(grossTexts.join(", ")));
+        render();
         showAdvisories(*review_);
     } catch (const std::exception& error) {
         text_->setPlainText(QString::fromUtf8(error.what()));
         gross_->clear();
     }
+}
+
+void ReviewPane::showCrewMember(const std::optional<Uuid>& crewMemberID) {
+    const int index = crewMemberID ? crewChoice_->findData(QString::fromStdString(crewMemberID->text())) : 0;
+    if (index < 0 || index == crewChoice_->currentIndex()) return;
+    const QSignalBlocker quiet(crewChoice_);
+    crewChoice_->setCurrentIndex(index);
+    render();
+}
+
+// The week as last calculated: everyone's line, or the chosen person's whole review.
+void ReviewPane::render() {
+    if (reviews_.empty()) {
+        text_->setPlainText(weekID_ ? tr("Nobody has a DTS row or an activity in this week yet.") : QString());
+        return;
+    }
+    const QString chosen = crewChoice_->currentData().toString();
+    const review_text::Style style{session_.settings().categoryLabels(), session_.settings().showMonetaryDetails(), false};
+    std::string text = chosen.isEmpty() ? summaryHeading() : std::string();
+    for (const auto& r : reviews_) {
+        if (chosen.isEmpty()) text += summaryLine(r);
+        else if (QString::fromStdString(r.crewMemberID.text()) == chosen) text += review_text::weekly(r, style);
+    }
+    if (chosen.isEmpty()) text += "\nChoose a person above, or a row of the DTS, for every day, band and explanation.\n";
+    const int scroll = text_->verticalScrollBar()->value();
+    text_->setPlainText(qtext(text));
+    text_->verticalScrollBar()->setValue(scroll);  // recalculating keeps the place being read
 }
 
 void ReviewPane::showAdvisories(ExpectedPayrollReview& review) {

@@ -30,6 +30,8 @@ public:
     void expectTimeSheetEdit(const Uuid& workdayID);
     // Recalculates now.
     void refresh();
+    // Shows one person's whole week (nothing: everyone's line), without recalculating.
+    void showCrewMember(const std::optional<Uuid>& crewMemberID);
 
     QString reviewText() const;
     // The moment the advisories are judged at; the wall clock unless a test sets it.
@@ -38,9 +40,11 @@ public:
 private:
     void storeChanged();
     void showAdvisories(ExpectedPayrollReview& review);
+    void render();
 
     ShellSession& session_;
     std::unique_ptr<ExpectedPayrollReview> review_;
+    std::vector<WeeklyCrewPayrollReview> reviews_;
     std::optional<Uuid> productionID_, weekID_, workdayID_, editedTimeSheet_;
     std::function<Instant()> clock_;
     QComboBox* crewChoice_ = nullptr;

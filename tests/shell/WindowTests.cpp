@@ -109,7 +109,10 @@ private slots:
         QCOMPARE(w.row(workDate(4), 0).wrapOverride, std::optional<Instant>(at(workDate(4), 21, 30)));
         QCOMPARE(w.row(workDate(4), 1).wrapOverride, std::optional<Instant>());
 
+        // Back on Rowan's row, the review beside the grid is Rowan's week.
+        w.dts().gridView().setCurrentIndex(w.dts().grid().index(0, DTSGridModel::wrap));
         const QString review = w.dts().review().reviewText();
+        QVERIFY2(review.startsWith("Rowan Vale, week of 2026-11-02"), qPrintable(review));
         QVERIFY2(review.contains("Fri 2026-11-06  Call 7.0  Lunch 13.0-13.5  Wrap 21.5"), qPrintable(review));
         QVERIFY2(review.contains("Wrap 19.0"), qPrintable(review));
     }
@@ -134,7 +137,9 @@ private slots:
         w.dts().showDate(monday);
         typeInto(&w.dts().sharedTimeEdit(DTSTimeField::call), "7.0");
         typeInto(&w.dts().sharedTimeEdit(DTSTimeField::wrap), "19.0");
+        w.dts().gridView().setCurrentIndex(w.dts().grid().index(1, DTSGridModel::wrap));
         const QString reviewBefore = w.dts().review().reviewText();
+        QVERIFY2(reviewBefore.startsWith("Ines Calder"), qPrintable(reviewBefore));
         typeIntoCell(w.dts(), 1, DTSGridModel::wrap, "20.0");
         QCOMPARE(w.row(monday, 1).wrapOverride, std::optional<Instant>(at(monday, 20)));
         QVERIFY(w.dts().review().reviewText() != reviewBefore);

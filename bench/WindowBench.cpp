@@ -1,0 +1,83 @@
+#include <benchmark/benchmark.h>
+
+#include <QApplication>
+
+#include "App/shell/DTSPage.hpp"
+#include "App/shell/MainWindow.hpp"
+#include "Season.hpp"
+
+// The window's own figures: how long a typed time takes to reach the weekly review beside a 150-row DTS,
+// and how long a store takes to open into a usable window. The window is drawn offscreen.
+namespace tessel::bench {
+namespace {
+
+QApplication& application() {
+    static int argc = 1;
+    static char name[] = "tessel-bench";
+    static char* argv[] = {name, nullptr};
+    static QApplication* app = [] {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        return new QApplication(argc, argv);
+    }();
+    return *app;
+}
+
+// A season of 150 crew on every date, opened as the window opens it, with its production chosen.
+struct WindowSeason {
+    BenchFolder folder;
+    Crew crew = [this] {
+        auto store = openStore(folder.path() / "data");
+        Crew hired = hireCrew(*store);
+        insertSeason(*store, hired, seasonDates(false));
+        return hired;
+    }();
+    std::unique_ptr<ShellSession> open() {
+        auto opened = ShellSession::open(TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, folder.path() / "data"),
+                                         folder.path() / "config");
+        auto session = std::move(std::get<std::unique_ptr<ShellSession>>(opened));
+        session->chooseProduction(crew.productionID);
+        return session;
+    }
+};
+
+WindowSeason& season() {
+    static WindowSeason shared;
+    return shared;
+}
+
+// A wrap typed into one row of a 150-row DTS, through the grid model as the cell's editor commits it:
+// the saved edit, the grid read again and the week's review recalculated for all 150 crew.
+void typeATimeIntoA150RowDTS(benchmark::State& state) {
+    application();
+    auto session = season().open();
+    DTSPage page(*session);
+    const CalendarDate date(sys_days(2026y / January / 5) + days(45));  // mid-season, mid-week
+    page.showDate(date);
+    DTSGridModel& grid = page.grid();
+    static int typed = 0;  // across repetitions, so that every typed value changes the cell
+    for (auto _ : state) {
+        const int row = (typed / 2) % grid.rowCount();
+        grid.setData(grid.index(row, DTSGridModel::wrap), typed % 2 == 0 ? "20.0" : "20.5", Qt::EditRole);
+        ++typed;
+    }
+    benchmark::DoNotOptimize(page.review().reviewText());
+    state.counters["rows"] = grid.rowCount();
+}
+BENCHMARK(typeATimeIntoA150RowDTS)->Unit(benchmark::kMillisecond);
+
+// The store opened (or checked) and the window shown on the most recently used production.
+void openTheStoreIntoAUsableWindow(benchmark::State& state) {
+    application();
+    season();
+    for (auto _ : state) {
+        auto session = season().open();
+        MainWindow window(*session);
+        window.show();
+        QApplication::processEvents();
+        benchmark::DoNotOptimize(window.isVisible());
+    }
+}
+BENCHMARK(openTheStoreIntoAUsableWindow)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace tessel::bench
