@@ -88,7 +88,7 @@ DTSPage::DTSPage(ShellSession& session, QWidget* parent) : QWidget(parent), sess
     splitter->setStretchFactor(0, 0);
     splitter->setStretchFactor(1, 3);
     splitter->setStretchFactor(2, 2);
-    review_->setMinimumWidth(520);  // the review's lines are wide; cut short they explain nothing
+    review_->setMinimumWidth(420);
     splitter->setSizes({200, 720, 660});
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 6, 6, 6);

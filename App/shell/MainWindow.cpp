@@ -50,7 +50,13 @@ std::optional<std::string> readFile(const QString& path) {
 // ---- welcome ----
 
 WelcomePage::WelcomePage(ShellSession& session, MainWindow& window, QWidget* parent) : QWidget(parent), session_(session), window_(window) {
-    auto* layout = new QVBoxLayout(this);
+    // A column of reading width, not the whole window.
+    auto* outer = new QHBoxLayout(this);
+    auto* column = new QWidget;
+    column->setMaximumWidth(900);
+    outer->addWidget(column, 1);
+    outer->addStretch(0);
+    auto* layout = new QVBoxLayout(column);
     layout->setContentsMargins(40, 32, 40, 32);
     layout->setSpacing(14);
     auto* title = new QLabel(tr("Welcome to Tessel"));
@@ -72,6 +78,7 @@ WelcomePage::WelcomePage(ShellSession& session, MainWindow& window, QWidget* par
     list_ = new QListWidget;
     list_->setObjectName("welcomeProductions");
     list_->setMaximumHeight(220);
+    list_->setStyleSheet("QListWidget { font-size: 12pt; } QListWidget::item { padding: 6px; }");
     connect(list_, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) {
         session_.chooseProduction(Uuid::parse(utf8(item->data(Qt::UserRole).toString())));
         window_.showPage(MainWindow::dts);
@@ -107,8 +114,11 @@ void WelcomePage::reload() {
     for (const auto& production : production_repository::list(context)) {
         const auto crew = crew_repository::crewMembers(context, production.id).size();
         const auto weeks = payroll_week_repository::weeks(context, production.id).size();
-        auto* item = new QListWidgetItem(tr("%1 \u2014 %n crew", nullptr, static_cast<int>(crew)).arg(qtext(production.name)) +
-                                         tr(", %n payroll week(s)", nullptr, static_cast<int>(weeks)));
+        auto* item = new QListWidgetItem(QString("%1 \u2014 %2 crew, %3 %4")
+                                             .arg(qtext(production.name))
+                                             .arg(crew)
+                                             .arg(weeks)
+                                             .arg(weeks == 1 ? tr("payroll week") : tr("payroll weeks")));
         item->setData(Qt::UserRole, QString::fromStdString(production.id.text()));
         list_->addItem(item);
         if (current && current->id == production.id) list_->setCurrentItem(item);

@@ -62,7 +62,7 @@ ReviewPane::ReviewPane(ShellSession& session, QWidget* parent) : QWidget(parent)
     text_ = new QPlainTextEdit;
     text_->setObjectName("reviewText");
     text_->setReadOnly(true);
-    text_->setLineWrapMode(QPlainTextEdit::NoWrap);
+    text_->setLineWrapMode(QPlainTextEdit::WidgetWidth);  // an explanation cut off at the edge explains nothing
     QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     fixed.setPointSizeF(fixed.pointSizeF() * 0.9);
     text_->setFont(fixed);
