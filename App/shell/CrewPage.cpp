@@ -18,6 +18,8 @@
 
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/model/CalendarText.hpp"
+#include "App/model/EntryText.hpp"
+#include "App/rules/CompensationProvisions.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/shell/ShellText.hpp"
 #include "App/shell/ShellWidgets.hpp"
@@ -52,6 +54,27 @@ QTableWidget* table(const QStringList& headers) {
 
 void setRow(QTableWidget* t, int row, const QStringList& cells) {
     for (int column = 0; column < cells.size(); ++column) t->setItem(row, column, new QTableWidgetItem(cells[column]));
+}
+
+constexpr std::array provisionKinds{CompensationProvisionKind::cellPhoneAllowance, CompensationProvisionKind::perDiem,
+                                     CompensationProvisionKind::mileage, CompensationProvisionKind::vacationPay};
+
+// A personal allowance term: an amount a day, "not eligible", or empty for the production's own amount.
+void setProvision(ModelContext& context, const Uuid& engagementID, CompensationProvisionKind kind, CalendarDate from, const QString& value,
+                  const std::string& currencyCode) {
+    const QString text = value.trimmed();
+    if (text.isEmpty()) {
+        CompensationProvisions::setEngagementTerm(context, engagementID, kind, from, CompensationProvisionOverrideMode::productionDefault,
+                                                  std::nullopt, currencyCode);
+    } else if (text.compare("not eligible", Qt::CaseInsensitive) == 0) {
+        CompensationProvisions::setEngagementTerm(context, engagementID, kind, from, CompensationProvisionOverrideMode::notEligible,
+                                                  std::nullopt, currencyCode);
+    } else {
+        const auto amount = entry_text::decimal(utf8(text));
+        if (!amount || amount->isNegative()) throw EntryRefused{"Enter the personal daily amount, such as 5.00."};
+        CompensationProvisions::setEngagementTerm(context, engagementID, kind, from, CompensationProvisionOverrideMode::personalAmount,
+                                                  amount, currencyCode);
+    }
 }
 
 constexpr std::string_view precallMessage = "Enter the regular precall in payroll-decimal hours, such as 0.5.";
@@ -218,11 +241,16 @@ QWidget* CrewPage::buildEditor() {
     termLayout->addWidget(terms_, 1);
     auto* termForm = new QHBoxLayout;
     termKind_ = new QComboBox;
+    termKind_->setObjectName("termKind");
     termKind_->addItems({tr("Rate"), tr("Guarantee"), tr("Box Rental")});
+    for (const auto kind : provisionKinds) termKind_->addItem(qtext(label(kind)), qtext(toRawValue(kind)));
+    termKind_->setToolTip(tr("For an allowance: an amount a day, \u201Cnot eligible\u201D, or empty for the production\u2019s amount"));
     termFrom_ = dateEdit();
     termValue_ = new QLineEdit;
+    termValue_->setObjectName("termValue");
     termValue_->setPlaceholderText(tr("amount, or hours for a guarantee"));
     auto* addTermButton = new QPushButton(tr("Set Term"));
+    addTermButton->setObjectName("setTerm");
     connect(addTermButton, &QPushButton::clicked, this, &CrewPage::addTerm);
     auto* clearTermButton = new QPushButton(tr("Clear Selected Term"));
     connect(clearTermButton, &QPushButton::clicked, this, &CrewPage::clearTerm);
@@ -315,6 +343,18 @@ void CrewPage::showEngagement() {
     addTerms(record->rates, tr("Rate"), false);
     addTerms(record->guarantees, tr("Guarantee"), true);
     addTerms(record->boxRentals, tr("Box Rental"), false);
+    for (const auto& term : CompensationProvisions::engagementTerms(session_.context(), record->engagement.id)) {
+        const auto kind = fromRawValue<CompensationProvisionKind>(term.kind);
+        const int row = terms_->rowCount();
+        terms_->insertRow(row);
+        QString value = tr("Production\u2019s amount");
+        if (term.mode == CompensationProvisionOverrideMode::notEligible) value = tr("Not eligible");
+        if (term.mode == CompensationProvisionOverrideMode::personalAmount && term.personalDailyAmount) {
+            value = tr("%1 %2 a day").arg(qtext(term.personalDailyAmount->toString()), qtext(term.currencyCode));
+        }
+        setRow(terms_, row, {kind ? qtext(label(*kind)) : qtext(term.kind), qtext(calendar_text::formatDate(term.effectiveDate)), value});
+        terms_->item(row, 0)->setData(Qt::UserRole, qtext(term.kind));
+    }
 }
 
 std::optional<EngagementRecord> CrewPage::chosenEngagement() const {
@@ -380,7 +420,9 @@ void CrewPage::addTerm() {
     const CalendarDate from = calendarDate(termFrom_->date());
     const QString value = termValue_->text();
     const int kind = termKind_->currentIndex();
+    const auto provision = fromRawValue<CompensationProvisionKind>(utf8(termKind_->currentData().toString()));
     act(tr("Set %1").arg(termKind_->currentText()), [&](ModelContext& c) {
+        if (provision) return setProvision(c, engagementID, *provision, from, value, production->currencyCode);
         if (kind == 0) crew_roster::setRate(c, engagementID, from, utf8(value), production->currencyCode);
         if (kind == 1) {
             const auto seconds = durationEntry(value, guaranteeMessage);
@@ -396,13 +438,17 @@ void CrewPage::clearTerm() {
     const auto record = chosenEngagement();
     const int row = terms_->currentRow();
     if (!record || row < 0) return;
+    const auto date = calendar_text::parseDate(utf8(terms_->item(row, 1)->text()));
+    if (!date) return;
+    const Uuid engagementID = record->engagement.id;
+    if (const auto provision = fromRawValue<CompensationProvisionKind>(utf8(terms_->item(row, 0)->data(Qt::UserRole).toString()))) {
+        act(tr("Clear Term"), [&](ModelContext& c) { CompensationProvisions::removeEngagementTerm(c, engagementID, *provision, *date); });
+        return;
+    }
     const QString kindText = terms_->item(row, 0)->text();
     const auto kind = kindText == tr("Rate") ? crew_roster::DatedTermKind::rate
                       : kindText == tr("Guarantee") ? crew_roster::DatedTermKind::guarantee
                                                     : crew_roster::DatedTermKind::boxRental;
-    const auto date = calendar_text::parseDate(utf8(terms_->item(row, 1)->text()));
-    if (!date) return;
-    const Uuid engagementID = record->engagement.id;
     act(tr("Clear Term"), [&](ModelContext& c) { crew_roster::clearTerm(c, engagementID, kind, *date); });
 }
 

@@ -16,6 +16,7 @@
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
+#include "App/rules/CompensationProvisions.hpp"
 #include "App/rules/ProductionRulesets.hpp"
 #include "App/shell/CrewPage.hpp"
 #include "App/shell/DTSPage.hpp"
@@ -180,6 +181,32 @@ private slots:
         QCOMPARE(crew_repository::crewMembers(w.session->context(), w.session->production()->id).size(), std::size_t{2});
         QVERIFY(!w.window->crewPage().addPerson({"Dell Okafor", monday, CrewParticipation::dayplayer, std::nullopt, std::nullopt, "30.00"}));
         QCOMPARE(crew_repository::crewMembers(w.session->context(), w.session->production()->id).size(), std::size_t{3});
+    }
+
+    void theCrewEditorSetsDatedTermsAndAllowancesThroughItsForm() {
+        Workspace w;
+        CrewPage& page = w.window->crewPage();
+        const auto rowan = crew_repository::crewMembers(w.session->context(), w.session->production()->id).front();
+        page.choosePerson(rowan.id);
+        auto* kind = page.findChild<QComboBox*>("termKind");
+        auto* value = page.findChild<QLineEdit*>("termValue");
+        auto* set = page.findChild<QPushButton*>("setTerm");
+        kind->setCurrentIndex(kind->findText("Per Diem"));
+        value->setText("12.50");
+        QTest::mouseClick(set, Qt::LeftButton);
+        kind->setCurrentIndex(kind->findText("Guarantee"));
+        value->setText("ten hours");
+        QTest::mouseClick(set, Qt::LeftButton);
+        QCOMPARE(page.statusText(), QString("Enter the guarantee in payroll-decimal hours, such as 10.0."));
+
+        const auto record = crew_roster::records(w.session->context(), rowan.id).front();
+        const auto terms = CompensationProvisions::engagementTerms(w.session->context(), record.engagement.id);
+        QCOMPARE(terms.size(), std::size_t{1});
+        QCOMPARE(terms.front().personalDailyAmount->toString(), std::string("12.50"));
+        QVERIFY(record.guarantees.empty());
+        auto* shown = page.findChild<QTableWidget*>("terms");
+        QCOMPARE(shown->rowCount(), 2);  // the rate and the per diem
+        QCOMPARE(shown->item(1, 2)->text(), QString("12.50 USD a day"));
     }
 
     void theRulesFormSavesOnlyAValidRuleset() {
