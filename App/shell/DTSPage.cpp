@@ -16,6 +16,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSplitter>
+#include <QStandardItemModel>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -221,16 +222,13 @@ QWidget* DTSPage::buildSharedFacts() {
     form->addWidget(new QLabel(tr("Work State")), 0, 8);
     form->addWidget(workState_, 1, 8);
     notes_ = new QPlainTextEdit;
+    notes_->setObjectName("dtsNotes");
     notes_->setPlaceholderText(tr("Notes for this DTS"));
     notes_->setMaximumHeight(46);
     connect(notes_, &QPlainTextEdit::textChanged, this, [this] { notes_->setProperty("edited", true); });
     form->addWidget(notes_, 2, 3, 1, 6);
     auto* saveNotes = new QPushButton(tr("Save Notes"));
-    connect(saveNotes, &QPushButton::clicked, this, [this] {
-        const std::string text = utf8(notes_->toPlainText());
-        notes_->setProperty("edited", false);
-        act(tr("Set Notes"), [text](ModelContext& c, const Workday& w) { DailyTimeSheets::setNotes(c, w.id, text); });
-    });
+    connect(saveNotes, &QPushButton::clicked, this, [this] { this->saveNotes(); });
     form->addWidget(saveNotes, 2, 9);
     advisory_ = new QLabel;
     advisory_->setStyleSheet("color: #8a5a00;");
@@ -288,10 +286,71 @@ QWidget* DTSPage::buildGrid() {
     status_->setStyleSheet("color: #a00000;");
     layout->addWidget(status_);
     activities_ = new QListWidget;
+    activities_->setObjectName("activities");
     activities_->setMaximumHeight(80);
     layout->addWidget(new QLabel(tr("Non-DTS Activities on this date")));
     layout->addWidget(activities_);
+    layout->addLayout(buildActivityEditor());
     return box;
+}
+
+QLayout* DTSPage::buildActivityEditor() {
+    auto* row = new QHBoxLayout;
+    activityKind_ = new QComboBox;
+    activityKind_->setObjectName("activityKind");
+    for (const auto kind : {PayrollDayActivityKind::travel, PayrollDayActivityKind::idleAvailable, PayrollDayActivityKind::personalUnavailable,
+                            PayrollDayActivityKind::holiday}) {
+        activityKind_->addItem(qtext(label(kind)), static_cast<int>(kind));
+    }
+    activityPerson_ = new QComboBox;
+    activityPerson_->setObjectName("activityPerson");
+    activityPerson_->setMinimumContentsLength(16);
+    activityTravel_ = new QLineEdit;
+    activityTravel_->setObjectName("activityTravel");
+    activityTravel_->setPlaceholderText(tr("travel hours"));
+    activityTravel_->setFixedWidth(90);
+    auto* add = new QPushButton(tr("Add Activity"));
+    add->setObjectName("addActivity");
+    connect(add, &QPushButton::clicked, this, [this] { addActivity(); });
+    auto* remove = new QPushButton(tr("Remove Activity\u2026"));
+    connect(remove, &QPushButton::clicked, this, [this] {
+        if (auto* item = activities_->currentItem(); item && item->data(Qt::UserRole).isValid()) removeActivity(activities_->row(item));
+    });
+    row->addWidget(activityKind_);
+    row->addWidget(activityPerson_);
+    row->addWidget(activityTravel_);
+    row->addWidget(add);
+    row->addWidget(remove);
+    row->addStretch(1);
+    return row;
+}
+
+std::optional<Refusal> DTSPage::addActivity() {
+    const auto production = session_.production();
+    if (!production || !date_) return std::nullopt;
+    const auto engagementID = Uuid::parse(utf8(activityPerson_->currentData().toString()));
+    NonDTSActivityDraft draft;
+    draft.date = *date_;
+    draft.kind = static_cast<PayrollDayActivityKind>(activityKind_->currentData().toInt());
+    draft.sharedTravelText = utf8(activityTravel_->text());
+    if (engagementID) draft.selectedEngagementIDs.push_back(*engagementID);
+    const Uuid productionID = production->id;
+    auto refusal = session_.perform(tr("Add Activity"), [&](ModelContext& c) { NonDTSActivities::save(c, productionID, draft); });
+    if (refusal) showRefusal(*refusal);
+    else activityTravel_->clear();
+    return refusal;
+}
+
+void DTSPage::removeActivity(int row, bool ask) {
+    const auto activityID = Uuid::parse(utf8(activities_->item(row)->data(Qt::UserRole).toString()));
+    if (!activityID) return;
+    if (ask && QMessageBox::question(this, qtext(activity_messages::removeOneTitle), qtext(activity_messages::removeOneExplanation)) !=
+                   QMessageBox::Yes) {
+        return;
+    }
+    if (const auto refusal = session_.perform(tr("Remove Activity"), [&](ModelContext& c) { NonDTSActivities::remove(c, *activityID); })) {
+        showRefusal(*refusal);
+    }
 }
 
 void DTSPage::reloadCalendar() {
@@ -316,6 +375,8 @@ void DTSPage::reloadCalendar() {
 }
 
 void DTSPage::showDate(CalendarDate date) {
+    if (hasUnsavedNotes()) saveNotes();  // notes typed for one date are not lost by moving to another
+    notes_->setProperty("edited", false);
     date_ = date;
     const auto production = session_.production();
     const auto workday = production ? DailyTimeSheets::find(session_.context(), production->id, date) : std::nullopt;
@@ -403,9 +464,21 @@ void DTSPage::reloadActivities() {
         }
         QString line = qtext(activityKindLabel(activity.kindRawValue)) + (who.isEmpty() ? QString() : " \u2014 " + who);
         if (activity.travelDurationSeconds) line += " (" + qtext(payroll_decimal_time::formatDuration(*activity.travelDurationSeconds)) + " h)";
-        activities_->addItem(line);
+        auto* item = new QListWidgetItem(line);
+        item->setData(Qt::UserRole, QString::fromStdString(activity.id.text()));
+        activities_->addItem(item);
     }
     if (activities_->count() == 0) activities_->addItem(tr("None"));
+    activityPerson_->clear();
+    for (const auto& option : NonDTSActivities::options(context, production->id, *date_)) {
+        activityPerson_->addItem(qtext(option.crewMember.displayName) + (option.unavailableReason ? " \u2014 " + qtext(*option.unavailableReason) : QString()),
+                                 QString::fromStdString(option.engagement.id.text()));
+        if (option.unavailableReason) {
+            // Offered but not choosable, with the reason in its words ("Already on this date's DTS").
+            auto* model = qobject_cast<QStandardItemModel*>(activityPerson_->model());
+            if (model) model->item(activityPerson_->count() - 1)->setEnabled(false);
+        }
+    }
 }
 
 void DTSPage::act(const QString& name, const std::function<void(ModelContext&, const Workday&)>& action) {
@@ -480,5 +553,14 @@ void DTSPage::showRefusal(const Refusal& refusal) {
 }
 
 QString DTSPage::statusText() const { return status_->text(); }
+
+bool DTSPage::hasUnsavedNotes() const { return notes_->property("edited").toBool() && grid_->workday().has_value(); }
+
+bool DTSPage::saveNotes() {
+    const std::string text = utf8(notes_->toPlainText());
+    notes_->setProperty("edited", false);
+    act(tr("Set Notes"), [text](ModelContext& c, const Workday& w) { DailyTimeSheets::setNotes(c, w.id, text); });
+    return status_->text().isEmpty();
+}
 
 }  // namespace tessel

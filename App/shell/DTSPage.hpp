@@ -17,6 +17,7 @@ class QDateEdit;
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QLayout;
 class QPlainTextEdit;
 class QTreeWidget;
 
@@ -53,11 +54,17 @@ public:
     DTSGridView& gridView() noexcept { return *gridView_; }
     ReviewPane& review() noexcept { return *review_; }
     QLineEdit& sharedTimeEdit(DTSTimeField field) { return *sharedTimes_.at(static_cast<std::size_t>(field)); }
+    // Notes typed for the DTS shown and not saved yet, and saving them (false when refused).
+    bool hasUnsavedNotes() const;
+    bool saveNotes();
     // The last refusal shown under the grid.
     QString statusText() const;
 
-    // Asks the Part's question and removes the row when the user agrees (`ask` false: no question).
+    // Asks the question and removes the row when the user agrees (`ask` false: no question).
     void removeRow(int row, bool ask = true);
+    // A Non-DTS activity of the chosen kind for the chosen person on the date shown; the refusal when refused.
+    std::optional<Refusal> addActivity();
+    void removeActivity(int row, bool ask = true);
 
 signals:
     void refused(const tessel::Refusal& refusal);
@@ -66,6 +73,7 @@ private:
     QWidget* buildCalendar();
     QWidget* buildSharedFacts();
     QWidget* buildGrid();
+    QLayout* buildActivityEditor();
     void reloadCalendar();
     void reloadSharedFacts();
     void reloadActivities();
@@ -94,6 +102,9 @@ private:
     QPlainTextEdit* notes_ = nullptr;
     QComboBox* dayplayers_ = nullptr;
     QListWidget* activities_ = nullptr;
+    QComboBox* activityKind_ = nullptr;
+    QComboBox* activityPerson_ = nullptr;
+    QLineEdit* activityTravel_ = nullptr;
     QWidget* facts_ = nullptr;
 };
 

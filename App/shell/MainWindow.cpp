@@ -291,17 +291,29 @@ void MainWindow::showRefusal(const Refusal& refusal) {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    if (rules_->hasUnsavedChanges()) {
-        const auto answer = QMessageBox::question(this, tr("Save Changes to the Rules?"),
-                                                  tr("The rules form has changes that are not saved. Save them before quitting?"),
+    QStringList unsaved;
+    if (rules_->hasUnsavedChanges()) unsaved << tr("the rules form");
+    if (dts_->hasUnsavedNotes()) unsaved << tr("the DTS notes");
+    if (!unsaved.isEmpty()) {
+        const auto answer = QMessageBox::question(this, tr("Save Changes Before Quitting?"),
+                                                  tr("There are changes in %1 that are not saved yet.").arg(unsaved.join(tr(" and "))),
                                                   QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
         if (answer == QMessageBox::Cancel) return event->ignore();
-        if (answer == QMessageBox::Save && rules_->save()) {
-            showPage(rules);  // the save was refused: the sentence is on the page, and nothing quits
-            return event->ignore();
-        }
+        if (answer == QMessageBox::Save && !saveEditors()) return event->ignore();  // a refused save keeps Tessel open on it
     }
     event->accept();
+}
+
+bool MainWindow::saveEditors() {
+    if (dts_->hasUnsavedNotes() && !dts_->saveNotes()) {
+        showPage(dts);
+        return false;
+    }
+    if (rules_->hasUnsavedChanges() && rules_->save()) {
+        showPage(rules);
+        return false;
+    }
+    return true;
 }
 
 }  // namespace tessel

@@ -43,6 +43,9 @@ public:
     std::optional<Refusal> openFile(const QString& path);
     // Starts the setup guide; true when it made a production.
     bool runSetupGuide();
+    // Saves every editor with unsaved changes (the rules form, the DTS notes); false when one was refused,
+    // which is then shown.
+    bool saveEditors();
     // The feedback note as a mail draft.
     static QUrl feedbackMail();
 

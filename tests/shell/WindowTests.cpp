@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTreeWidget>
@@ -13,6 +14,7 @@
 
 #include "../support/TemporaryFolder.hpp"
 #include "App/dts/DailyTimeSheets.hpp"
+#include "App/dts/NonDTSActivities.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
@@ -171,6 +173,39 @@ private slots:
         QCOMPARE(crew_repository::crewMembers(w.session->context(), w.session->production()->id).size(), std::size_t{2});
         w.session->undoStack().undo();
         QCOMPARE(w.dts().grid().rowCount(), 2);
+    }
+
+    void activitiesAreAddedBesideTheGridAndRefusedForSomeoneOnTheDTS() {
+        Workspace w;
+        const CalendarDate saturday = workDate(5);
+        w.dts().showDate(saturday);
+        auto* kind = w.dts().findChild<QComboBox*>("activityKind");
+        auto* person = w.dts().findChild<QComboBox*>("activityPerson");
+        kind->setCurrentIndex(0);  // Travel
+        person->setCurrentIndex(person->findText("Rowan Vale"));
+        w.dts().findChild<QLineEdit*>("activityTravel")->setText("4.0");
+        QVERIFY(!w.dts().addActivity());
+        const auto saved = NonDTSActivities::onDate(w.session->context(), w.session->production()->id, saturday);
+        QCOMPARE(saved.size(), std::size_t{1});
+        QCOMPARE(saved.front().travelDurationSeconds, std::optional<std::int64_t>(4 * 3600));
+
+        w.dts().showDate(monday);  // Rowan has a DTS row on Monday: offered, not choosable, and refused
+        QVERIFY(person->itemText(person->findText("Rowan Vale", Qt::MatchStartsWith)).contains("DTS"));
+        person->setCurrentIndex(person->findText("Rowan Vale", Qt::MatchStartsWith));
+        QVERIFY(w.dts().addActivity().has_value());
+        QVERIFY(NonDTSActivities::onDate(w.session->context(), w.session->production()->id, monday).empty());
+    }
+
+    void quittingSavesTypedNotesWhenAsked() {
+        Workspace w;
+        w.dts().showDate(monday);
+        QVERIFY(!w.dts().hasUnsavedNotes());
+        auto* notes = w.dts().findChild<QPlainTextEdit*>("dtsNotes");
+        notes->setPlainText("Rain cover on stage 2.");
+        QVERIFY(w.dts().hasUnsavedNotes());
+        QVERIFY(w.window->saveEditors());
+        QCOMPARE(DailyTimeSheets::notes(w.session->context(), w.workday(monday).id), std::string("Rain cover on stage 2."));
+        QVERIFY(!w.dts().hasUnsavedNotes());
     }
 
     void theCrewEditorRefusesADuplicateNameWithTheRosterSentence() {
