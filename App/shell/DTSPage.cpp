@@ -470,7 +470,8 @@ void DTSPage::reloadActivities() {
     }
     if (activities_->count() == 0) activities_->addItem(tr("None"));
     activityPerson_->clear();
-    for (const auto& option : NonDTSActivities::options(context, production->id, *date_)) {
+    const auto options = NonDTSActivities::options(context, production->id, *date_);
+    for (const auto& option : options) {
         activityPerson_->addItem(qtext(option.crewMember.displayName) + (option.unavailableReason ? " \u2014 " + qtext(*option.unavailableReason) : QString()),
                                  QString::fromStdString(option.engagement.id.text()));
         if (option.unavailableReason) {
@@ -478,6 +479,11 @@ void DTSPage::reloadActivities() {
             auto* model = qobject_cast<QStandardItemModel*>(activityPerson_->model());
             if (model) model->item(activityPerson_->count() - 1)->setEnabled(false);
         }
+    }
+    for (std::size_t i = 0; i < options.size(); ++i) {
+        if (options[i].unavailableReason) continue;
+        activityPerson_->setCurrentIndex(static_cast<int>(i));  // the first person who can be chosen
+        break;
     }
 }
 
