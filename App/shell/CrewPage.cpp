@@ -32,14 +32,8 @@ using shell_widgets::durationEntry;
 using shell_widgets::durationText;
 using shell_widgets::qdate;
 
-Instant now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
-
-QDateEdit* dateEdit() {
-    auto* edit = new QDateEdit(QDate::currentDate());
-    edit->setCalendarPopup(true);
-    edit->setDisplayFormat("yyyy-MM-dd");
-    return edit;
-}
+using shell_widgets::dateEdit;
+using shell_widgets::now;
 
 QTableWidget* table(const QStringList& headers) {
     auto* t = new QTableWidget(0, static_cast<int>(headers.size()));

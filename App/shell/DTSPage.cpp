@@ -125,9 +125,7 @@ QWidget* DTSPage::buildCalendar() {
         showDate(calendarDate(item->data(0, Qt::UserRole).toDate()));
     });
     layout->addWidget(calendar_, 1);
-    newDate_ = new QDateEdit(QDate::currentDate());
-    newDate_->setCalendarPopup(true);
-    newDate_->setDisplayFormat("yyyy-MM-dd");
+    newDate_ = shell_widgets::dateEdit();
     auto* create = new QPushButton(tr("New DTS"));
     create->setToolTip(tr("Create the Daily Time Sheet of the chosen date"));
     connect(create, &QPushButton::clicked, this, [this] {
@@ -207,7 +205,7 @@ QWidget* DTSPage::buildSharedFacts() {
     connect(location_, &QComboBox::activated, this, [this] {
         const auto chosen = fromRawValue<MealWorkLocation>(utf8(location_->currentData().toString()));
         act(tr("Set Work Location"), [chosen](ModelContext& c, const Workday& w) {
-            DailyTimeSheets::setWorkLocation(c, w.id, *chosen, std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
+            DailyTimeSheets::setWorkLocation(c, w.id, *chosen, shell_widgets::now());
         });
     });
     form->addWidget(new QLabel(tr("Work Location")), 0, 7);

@@ -32,11 +32,12 @@
 #include "App/shell/RulesPage.hpp"
 #include "App/shell/SetupGuide.hpp"
 #include "App/shell/ShellText.hpp"
+#include "App/shell/ShellWidgets.hpp"
 
 namespace tessel {
 namespace {
 
-Instant now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
+using shell_widgets::now;
 
 std::optional<std::string> readFile(const QString& path) {
     QFile file(path);

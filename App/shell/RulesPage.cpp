@@ -14,6 +14,7 @@
 #include "App/rules/ProductionRulesets.hpp"
 #include "App/rules/RulesetDrafts.hpp"
 #include "App/shell/ShellText.hpp"
+#include "App/shell/ShellWidgets.hpp"
 
 namespace tessel {
 namespace {
@@ -21,8 +22,8 @@ namespace {
 constexpr int kindRole = Qt::UserRole + 1;  // the JSON type a leaf was read as
 enum LeafKind { textLeaf, otherLeaf, arrayNode, objectNode };
 
-CalendarDate today() { return std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now()); }
-Instant now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
+using shell_widgets::now;
+using shell_widgets::today;
 
 // Words for the document's keys: "firstMealPenaltyAmount" reads "First meal penalty amount", and a run of
 // capitals stays one word ("localDPOrOperatorRuleID" reads "Local DP or operator rule ID").

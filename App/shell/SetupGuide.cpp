@@ -25,12 +25,7 @@ namespace {
 
 using shell_widgets::calendarDate;
 
-QDateEdit* dateEdit(const QDate& date) {
-    auto* edit = new QDateEdit(date);
-    edit->setCalendarPopup(true);
-    edit->setDisplayFormat("yyyy-MM-dd");
-    return edit;
-}
+using shell_widgets::dateEdit;
 
 QLabel* explanation(const QString& text) {
     auto* label = new QLabel(text);
@@ -199,7 +194,7 @@ bool SetupGuide::validateCurrentPage() {
     const ProductionSetupPlan chosen = plan();
     const auto defaults = session_.settings().newProductionDefaults();
     std::optional<Uuid> made;
-    const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+    const Instant now = shell_widgets::now();
     if (const auto refusal = session_.perform(tr("Set Up Production"), [&](ModelContext& c) { made = setUpProduction(c, chosen, defaults, now); })) {
         QMessageBox::warning(this, refusal->title.isEmpty() ? windowTitle() : refusal->title, refusal->message);
         return false;

@@ -8,11 +8,12 @@
 #include "App/model/ProductionRepository.hpp"
 #include "App/model/StoreChanges.hpp"
 #include "App/shell/ShellText.hpp"
+#include "App/shell/ShellWidgets.hpp"
 
 namespace tessel {
 namespace {
 
-Instant now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
+using shell_widgets::now;
 
 }  // namespace
 

@@ -1,5 +1,7 @@
 #include "ShellWidgets.hpp"
 
+#include <QDateEdit>
+
 #include <array>
 
 #include "App/dts/PayrollDecimalTime.hpp"
@@ -9,6 +11,17 @@
 #include "App/shell/ShellText.hpp"
 
 namespace tessel::shell_widgets {
+
+Instant now() { return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()); }
+
+CalendarDate today() { return CalendarDate(std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now())); }
+
+QDateEdit* dateEdit(const QDate& date) {
+    auto* edit = new QDateEdit(date);
+    edit->setCalendarPopup(true);
+    edit->setDisplayFormat("yyyy-MM-dd");
+    return edit;
+}
 
 QDate qdate(CalendarDate date) {
     return QDate(static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),

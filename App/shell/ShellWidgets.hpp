@@ -3,12 +3,20 @@
 #include <QDate>
 #include <QString>
 
+class QDateEdit;
+
 #include <optional>
 
 #include "App/model/PersistenceModels.hpp"
 
 // Small conversions every page of the window shares.
 namespace tessel::shell_widgets {
+
+// The moment of a user action, to the second, as the store keeps it; and today's date.
+Instant now();
+CalendarDate today();
+// A date field with its calendar, showing dates as the rest of Tessel writes them.
+QDateEdit* dateEdit(const QDate& date = QDate::currentDate());
 
 QDate qdate(CalendarDate date);
 CalendarDate calendarDate(const QDate& date);
