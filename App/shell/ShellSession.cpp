@@ -11,11 +11,8 @@
 #include "App/shell/ShellWidgets.hpp"
 
 namespace tessel {
-namespace {
 
 using shell_widgets::now;
-
-}  // namespace
 
 Refusal refusalOf(std::exception_ptr error) {
     try {
