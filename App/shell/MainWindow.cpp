@@ -29,6 +29,7 @@
 #include "App/rules/RulesetFile.hpp"
 #include "App/shell/CrewPage.hpp"
 #include "App/shell/DTSPage.hpp"
+#include "App/shell/PayPage.hpp"
 #include "App/shell/RulesPage.hpp"
 #include "App/shell/SetupGuide.hpp"
 #include "App/shell/ShellText.hpp"
@@ -146,15 +147,16 @@ MainWindow::MainWindow(ShellSession& session, QWidget* parent) : QMainWindow(par
 
     navigation_ = new QListWidget;
     navigation_->setObjectName("navigation");
-    navigation_->addItems({tr("Welcome"), tr("Crew"), tr("DTS"), tr("Rules")});
+    navigation_->addItems({tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules")});
     navigation_->setFixedWidth(130);
     navigation_->setStyleSheet("QListWidget { font-size: 12pt; } QListWidget::item { padding: 8px; }");
     pages_ = new QStackedWidget;
     welcome_ = new WelcomePage(session_, *this);
     crew_ = new CrewPage(session_);
     dts_ = new DTSPage(session_);
+    pay_ = new PayPage(session_);
     rules_ = new RulesPage(session_);
-    for (QWidget* page : std::initializer_list<QWidget*>{welcome_, crew_, dts_, rules_}) pages_->addWidget(page);
+    for (QWidget* page : std::initializer_list<QWidget*>{welcome_, crew_, dts_, pay_, rules_}) pages_->addWidget(page);
     connect(navigation_, &QListWidget::currentRowChanged, pages_, &QStackedWidget::setCurrentIndex);
     auto* centre = new QWidget;
     auto* layout = new QHBoxLayout(centre);
@@ -200,8 +202,8 @@ void MainWindow::buildMenus() {
     edit->addAction(redo);
 
     QMenu* go = menuBar()->addMenu(tr("&Go"));
-    const std::array<QString, 4> names{tr("Welcome"), tr("Crew"), tr("DTS"), tr("Rules")};
-    for (int page = 0; page < 4; ++page) {
+    const std::array<QString, 5> names{tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules")};
+    for (int page = 0; page < static_cast<int>(names.size()); ++page) {
         QAction* action = go->addAction(names[static_cast<std::size_t>(page)]);
         action->setShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + page)));
         connect(action, &QAction::triggered, this, [this, page] { showPage(static_cast<Page>(page)); });

@@ -13,6 +13,7 @@ namespace tessel {
 
 class CrewPage;
 class DTSPage;
+class PayPage;
 class RulesPage;
 class WelcomePage;
 
@@ -23,12 +24,12 @@ inline constexpr std::string_view alphaNotice =
 inline constexpr std::string_view feedbackAddress = "feedback@tessel.invalid";
 
 // The window a timekeeper works in: the production chosen at the top, its pages on the left (Welcome,
-// Crew, DTS, Rules), Undo and Redo of every saved edit, the setup guide, imports of the files Tessel
+// Crew, DTS, Pay, Rules), Undo and Redo of every saved edit, the setup guide, imports of the files Tessel
 // writes, the feedback note and the alpha-release notice.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    enum Page { welcome, crew, dts, rules };
+    enum Page { welcome, crew, dts, pay, rules };
 
     explicit MainWindow(ShellSession& session, QWidget* parent = nullptr);
 
@@ -36,6 +37,7 @@ public:
     WelcomePage& welcomePage() noexcept { return *welcome_; }
     CrewPage& crewPage() noexcept { return *crew_; }
     DTSPage& dtsPage() noexcept { return *dts_; }
+    PayPage& payPage() noexcept { return *pay_; }
     RulesPage& rulesPage() noexcept { return *rules_; }
 
     // Opens a file Tessel writes (a production archive or a ruleset file) with its import; the refusal
@@ -65,6 +67,7 @@ private:
     WelcomePage* welcome_ = nullptr;
     CrewPage* crew_ = nullptr;
     DTSPage* dts_ = nullptr;
+    PayPage* pay_ = nullptr;
     RulesPage* rules_ = nullptr;
 };
 

@@ -23,6 +23,8 @@
 #include "App/shell/CrewPage.hpp"
 #include "App/shell/DTSPage.hpp"
 #include "App/shell/MainWindow.hpp"
+#include "App/shell/PayPage.hpp"
+#include "App/actualpay/ConfirmedPayStubs.hpp"
 #include "App/shell/RulesPage.hpp"
 #include "App/shell/SetupGuide.hpp"
 #include "App/shell/UnavailableStoreScreen.hpp"
@@ -206,6 +208,47 @@ private slots:
         QVERIFY(w.window->saveEditors());
         QCOMPARE(DailyTimeSheets::notes(w.session->context(), w.workday(monday).id), std::string("Rain cover on stage 2."));
         QVERIFY(!w.dts().hasUnsavedNotes());
+    }
+
+    void thePayPageComparesTheWeekAndMarksAGroupOfIssuesReported() {
+        Workspace w;
+        for (int d = 0; d < 5; ++d) {  // a whole week of times, so that the expected week is complete
+            w.dts().showDate(workDate(d));
+            typeInto(&w.dts().sharedTimeEdit(DTSTimeField::call), "7.0");
+            typeInto(&w.dts().sharedTimeEdit(DTSTimeField::lunchOut), "13.0");
+            typeInto(&w.dts().sharedTimeEdit(DTSTimeField::wrap), "19.0");
+        }
+        const Production production = *w.session->production();
+        const auto rowan = crew_repository::crewMembers(w.session->context(), production.id).front();
+        const Workday day = w.workday(monday);
+        // Payroll paid Rowan eight hours of straight time only, for a week of 11.5-hour days.
+        QVERIFY(!w.session->perform("Confirm", [&](ModelContext& c) {
+            pay_comparison_settings::setProfile(c, production.id, PayComparisonProfile::ep);
+            const Uuid stubID = Uuid::generate();
+            const ConfirmedPayStubEarningLine regular{Uuid::generate(), stubID, "REGULAR", Decimal("8.0"), Decimal("40.00"), Decimal("320.00"), 0};
+            const ConfirmedPayStubActualPay stub{stubID,          production.id,    rowan.id,         day.payrollWeekID, monday,
+                                                 workDate(6),     "ROWAN VALE",     std::nullopt,     std::nullopt,      "GRIP",
+                                                 std::nullopt,    Decimal("320.00"), "%PDF-1.4\n%%EOF\n", "rowan.pdf",   at(monday, 20),
+                                                 at(monday, 20),  at(monday, 20),   {regular}};
+            confirmed_pay_stubs::confirm(c, stub, false);
+        }));
+        PayPage& pay = w.window->payPage();
+        pay.showWeek(day.payrollWeekID);
+        QVERIFY2(pay.dashboardText().startsWith("Pay stubs confirmed: 1 of 2 people in this Payroll Week."), qPrintable(pay.dashboardText()));
+        QVERIFY(pay.dashboardText().contains("Awaiting Pay Stub: Ines Calder"));
+        QCOMPARE(pay.comparison()->comparisons.front().outcome, PayComparisonOutcome::discrepancy);
+
+        const auto openIssues = [&] {
+            auto issues = payroll_issues::list(w.session->context(), production.id);
+            std::erase_if(issues, [](const PayrollIssue& issue) { return issue.state() != PayrollIssueState::needsAttention; });
+            return issues.size();
+        };
+        const auto before = openIssues();
+        QVERIFY(before > 0);
+        QVERIFY(!pay.setGroupState(0, PayrollIssueState::reported));
+        QCOMPARE(openIssues(), before - 1);
+        QVERIFY(pay.summaryText().startsWith("Payroll Issues \u2014 Night Harbor"));
+        QVERIFY2(pay.claimText().contains("Rowan Vale"), qPrintable(pay.claimText()));
     }
 
     void theCrewEditorRefusesADuplicateNameWithTheRosterSentence() {

@@ -97,16 +97,19 @@ int main(int argc, char** argv) {
     if (auto* crew = window.dtsPage().review().findChild<QComboBox*>("reviewCrew")) crew->setCurrentIndex(2);
     ok &= save(window.dtsPage().review(), output, "05-weekly-review");
 
+    window.showPage(MainWindow::pay);
+    ok &= save(window, output, "06-pay-week");
+
     window.showPage(MainWindow::rules);
     if (auto* form = window.rulesPage().findChild<QTreeWidget*>("rulesForm")) form->expandToDepth(1);
-    ok &= save(window, output, "06-rules-form");
+    ok &= save(window, output, "07-rules-form");
 
     TesselStoreEnvironment foreign;
     const QDir scratch(output.filePath("scratch"));
     scratch.mkpath(".");
     UnavailableStoreScreen unavailable(foreignStore(scratch, foreign), foreign, {TESSEL_VERSION, TESSEL_BUILD});
     unavailable.show();
-    ok &= save(unavailable, output, "07-store-unavailable");
+    ok &= save(unavailable, output, "08-store-unavailable");
     QDir(scratch).removeRecursively();
     return ok ? 0 : 1;
 }

@@ -1,0 +1,318 @@
+#include "PayPage.hpp"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSplitter>
+#include <QTableWidget>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+#include "App/model/CalendarText.hpp"
+#include "App/model/PayrollWeekRepository.hpp"
+#include "App/model/ProductionRepository.hpp"
+#include "App/shell/ShellText.hpp"
+#include "App/shell/ShellWidgets.hpp"
+
+namespace tessel {
+namespace {
+
+QTableWidget* table(const QStringList& headers) {
+    auto* t = new QTableWidget(0, static_cast<int>(headers.size()));
+    t->setHorizontalHeaderLabels(headers);
+    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    t->setSelectionBehavior(QAbstractItemView::SelectRows);
+    t->setSelectionMode(QAbstractItemView::SingleSelection);
+    t->verticalHeader()->hide();
+    t->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    t->horizontalHeader()->setStretchLastSection(true);
+    return t;
+}
+
+QString amount(const std::optional<Decimal>& value) { return value ? qtext(value->toString()) : QString("\u2014"); }
+
+// Differences are coloured by what they mean to the person paid.
+QColor statusColour(std::optional<PayComparisonLineStatus> status) {
+    if (!status) return Qt::black;
+    switch (*status) {
+        case PayComparisonLineStatus::matches:
+        case PayComparisonLineStatus::withinTolerance: return QColor(0x2b, 0x6a, 0x2b);
+        case PayComparisonLineStatus::underpaid:
+        case PayComparisonLineStatus::expectedOnly: return QColor(0xa0, 0x00, 0x00);
+        case PayComparisonLineStatus::overpaid:
+        case PayComparisonLineStatus::actualOnly: return QColor(0x8a, 0x5a, 0x00);
+        case PayComparisonLineStatus::review: return QColor(0x55, 0x55, 0x55);
+    }
+    return Qt::black;
+}
+
+void setRow(QTableWidget* t, int row, const QStringList& cells, const QColor& colour = Qt::black) {
+    for (int column = 0; column < cells.size(); ++column) {
+        auto* item = new QTableWidgetItem(cells[column]);
+        if (column >= 1 && column <= 3) item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+        item->setForeground(colour);
+        t->setItem(row, column, item);
+    }
+}
+
+}  // namespace
+
+PayPage::PayPage(ShellSession& session, QWidget* parent) : QWidget(parent), session_(session) {
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(8, 8, 8, 8);
+    auto* heading = new QHBoxLayout;
+    auto* title = new QLabel(tr("Pay Check"));
+    title->setStyleSheet("font-size: 15pt; font-weight: bold;");
+    heading->addWidget(title);
+    heading->addSpacing(20);
+    heading->addWidget(new QLabel(tr("Payroll Week:")));
+    weeks_ = new QComboBox;
+    weeks_->setObjectName("payWeek");
+    weeks_->setMinimumContentsLength(22);
+    connect(weeks_, &QComboBox::activated, this, [this] { recalculate(); });
+    heading->addWidget(weeks_);
+    heading->addStretch(1);
+    layout->addLayout(heading);
+    dashboard_ = new QLabel;
+    dashboard_->setObjectName("payDashboard");
+    dashboard_->setWordWrap(true);
+    layout->addWidget(dashboard_);
+
+    auto* splitter = new QSplitter(Qt::Vertical);
+    auto* comparison = new QSplitter(Qt::Horizontal);
+    people_ = table({tr("Crew"), tr("Expected gross"), tr("Paid gross"), tr("Difference"), tr("Outcome")});
+    people_->setObjectName("payPeople");
+    connect(people_, &QTableWidget::currentCellChanged, this, [this](int row) { showPerson(row); });
+    comparison->addWidget(people_);
+    auto* linesBox = new QWidget;
+    auto* linesLayout = new QVBoxLayout(linesBox);
+    linesLayout->setContentsMargins(0, 0, 0, 0);
+    lines_ = table({tr("Line"), tr("Expected"), tr("Paid"), tr("Difference"), tr("Status"), tr("Hours expected / paid")});
+    lines_->setObjectName("payLines");
+    linesLayout->addWidget(lines_, 1);
+    personNotes_ = new QLabel;
+    personNotes_->setWordWrap(true);
+    personNotes_->setStyleSheet("color: #555;");
+    linesLayout->addWidget(personNotes_);
+    comparison->addWidget(linesBox);
+    comparison->setSizes({520, 780});
+    splitter->addWidget(comparison);
+
+    auto* issuesBox = new QGroupBox(tr("Payroll Issues"));
+    auto* issuesLayout = new QVBoxLayout(issuesBox);
+    issues_ = new QTreeWidget;
+    issues_->setObjectName("payIssues");
+    issues_->setColumnCount(4);
+    issues_->setHeaderLabels({tr("Issue"), tr("Difference"), tr("State"), tr("Note")});
+    issues_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    issues_->header()->setStretchLastSection(true);
+    issuesLayout->addWidget(issues_, 1);
+    auto* actions = new QHBoxLayout;
+    state_ = new QComboBox;
+    for (const auto state : {PayrollIssueState::reported, PayrollIssueState::noAction, PayrollIssueState::resolved, PayrollIssueState::noted,
+                             PayrollIssueState::needsAttention}) {
+        state_->addItem(qtext(label(state)), static_cast<int>(state));
+    }
+    note_ = new QLineEdit;
+    note_->setPlaceholderText(tr("Note (optional)"));
+    auto* apply = new QPushButton(tr("Mark Chosen Group"));
+    connect(apply, &QPushButton::clicked, this, [this] {
+        auto* item = issues_->currentItem();
+        while (item && item->parent() && item->parent()->parent()) item = item->parent();
+        if (!item || !item->parent()) return;
+        setGroupState(item->data(0, Qt::UserRole).toInt(), static_cast<PayrollIssueState>(state_->currentData().toInt()));
+    });
+    auto* summary = new QPushButton(tr("Copy Full Summary"));
+    connect(summary, &QPushButton::clicked, this, [this] { QApplication::clipboard()->setText(summaryText()); });
+    auto* claim = new QPushButton(tr("Copy Claim for Payroll"));
+    connect(claim, &QPushButton::clicked, this, [this] { QApplication::clipboard()->setText(claimText()); });
+    actions->addWidget(state_);
+    actions->addWidget(note_, 1);
+    actions->addWidget(apply);
+    actions->addSpacing(20);
+    actions->addWidget(summary);
+    actions->addWidget(claim);
+    issuesLayout->addLayout(actions);
+    splitter->addWidget(issuesBox);
+    layout->addWidget(splitter, 1);
+    status_ = new QLabel;
+    status_->setWordWrap(true);
+    status_->setStyleSheet("color: #a00000;");
+    layout->addWidget(status_);
+
+    connect(&session_, &ShellSession::storeChanged, this, [this] {
+        review_.reset();  // anything may have changed what is expected
+        reloadWeeks();
+        recalculate();
+    });
+    connect(&session_, &ShellSession::productionChanged, this, [this] {
+        review_.reset();
+        reloadWeeks();
+        recalculate();
+    });
+    reloadWeeks();
+    recalculate();
+}
+
+void PayPage::reloadWeeks() {
+    const QString chosen = weeks_->currentData().toString();
+    const QSignalBlocker quiet(weeks_);
+    weeks_->clear();
+    const auto production = session_.production();
+    if (!production) return;
+    for (const auto& week : payroll_week_repository::weeks(session_.context(), production->id)) {
+        const CalendarDate start(std::chrono::floor<std::chrono::days>(week.startDate));
+        weeks_->addItem(tr("Week of %1").arg(qtext(calendar_text::formatDate(start))), QString::fromStdString(week.id.text()));
+    }
+    const int index = weeks_->findData(chosen);
+    weeks_->setCurrentIndex(index >= 0 ? index : weeks_->count() - 1);
+}
+
+void PayPage::showWeek(const Uuid& payrollWeekID) {
+    weeks_->setCurrentIndex(weeks_->findData(QString::fromStdString(payrollWeekID.text())));
+    recalculate();
+}
+
+void PayPage::recalculate() {
+    comparison_.reset();
+    people_->setRowCount(0);
+    lines_->setRowCount(0);
+    const auto production = session_.production();
+    const auto weekID = Uuid::parse(utf8(weeks_->currentData().toString()));
+    const auto week = weekID ? payroll_week_repository::fetchWeek(session_.context(), *weekID) : std::nullopt;
+    if (!production || !week) {
+        dashboard_->setText(qtext(payroll_issue_words::noWeeks));
+        reloadIssues();
+        return;
+    }
+    if (!review_) review_ = std::make_unique<ExpectedPayrollReview>(session_.context(), production->id);
+    try {
+        comparison_ = compareWeek(session_.context(), *review_, *production, *week);
+    } catch (...) {
+        dashboard_->setText(refusalOf(std::current_exception()).message);
+        reloadIssues();
+        return;
+    }
+    const auto& c = *comparison_;
+    QStringList waiting;
+    for (const auto& [id, name] : c.waiting) waiting << qtext(name);
+    dashboard_->setText(tr("Pay stubs confirmed: %1 of %2 people in this Payroll Week.   Needs Attention: %3   Unable to Compare: %4   "
+                           "No Action Needed: %5")
+                            .arg(c.stubsConfirmed)
+                            .arg(c.peopleInWeek)
+                            .arg(c.needsAttention)
+                            .arg(c.unableToCompare)
+                            .arg(c.noActionNeeded) +
+                        (waiting.isEmpty() ? QString() : "\n" + tr("Awaiting Pay Stub: %1").arg(waiting.join(", "))));
+    people_->setRowCount(static_cast<int>(c.comparisons.size()));
+    for (int row = 0; row < static_cast<int>(c.comparisons.size()); ++row) {
+        const auto& person = c.comparisons[static_cast<std::size_t>(row)];
+        setRow(people_, row,
+               {qtext(person.crewName), amount(person.expected ? person.expected->gross : std::nullopt),
+                amount(person.actual ? std::optional(person.actual->gross) : std::nullopt), qtext(signedAmount(person.grossDifference)),
+                qtext(dashboardLabel(person.outcome))},
+               statusColour(person.grossStatus));
+    }
+    if (people_->rowCount() > 0) people_->setCurrentCell(0, 0);
+    reloadIssues();
+}
+
+void PayPage::showPerson(int row) {
+    lines_->setRowCount(0);
+    personNotes_->clear();
+    if (!comparison_ || row < 0 || row >= static_cast<int>(comparison_->comparisons.size())) return;
+    const auto& person = comparison_->comparisons[static_cast<std::size_t>(row)];
+    for (const auto& line : person.lines) {
+        const int at = lines_->rowCount();
+        lines_->insertRow(at);
+        std::optional<Decimal> expectedHours, paidHours;
+        for (const auto& e : line.expected) {
+            if (e.hours) expectedHours = expectedHours ? *expectedHours + *e.hours : *e.hours;
+        }
+        for (const auto& a : line.actual) {
+            if (a.hours) paidHours = paidHours ? *paidHours + *a.hours : *a.hours;
+        }
+        setRow(lines_, at,
+               {qtext(line.title), amount(expectedAmount(line)), amount(actualAmount(line)), qtext(signedAmount(line.difference)), qtext(label(line.status)),
+                amount(expectedHours) + " / " + amount(paidHours)},
+               statusColour(line.status));
+    }
+    for (const auto& unmapped : person.unmappedActual) {
+        const int at = lines_->rowCount();
+        lines_->insertRow(at);
+        setRow(lines_, at, {qtext(unmapped.label), QString("\u2014"), qtext(unmapped.amount.toString()), QString(), tr("Not mapped to an expected line")},
+               statusColour(PayComparisonLineStatus::actualOnly));
+    }
+    QStringList notes;
+    for (const auto& issue : person.issues) notes << qtext(issue);
+    personNotes_->setText(notes.join("\n"));
+}
+
+void PayPage::reloadIssues() {
+    issues_->clear();
+    groups_.clear();
+    const auto production = session_.production();
+    if (!production) return;
+    ModelContext& context = session_.context();
+    std::vector<PayrollIssue> outstanding;
+    for (auto& issue : payroll_issues::list(context, production->id)) {
+        if (issue.open()) outstanding.push_back(std::move(issue));
+    }
+    groups_ = payroll_issues::groups(context, production->id, outstanding);
+    const QString weekStart = comparison_ ? qtext(calendar_text::formatDate(comparison_->start)) : QString();
+    auto* thisWeek = new QTreeWidgetItem(issues_, {qtext(payroll_issue_words::thisWeek)});
+    auto* earlier = new QTreeWidgetItem(issues_, {qtext(payroll_issue_words::earlierWeeks)});
+    for (int g = 0; g < static_cast<int>(groups_.size()); ++g) {
+        const auto& group = groups_[static_cast<std::size_t>(g)];
+        const QString start = qtext(calendar_text::formatDate(group.weekStart));
+        if (comparison_ && group.weekStart > comparison_->start) continue;  // later weeks are not outstanding from here
+        auto* parent = start == weekStart ? thisWeek : earlier;
+        auto* item = new QTreeWidgetItem(parent, {qtext(group.title) + (parent == earlier ? " (" + start + ")" : QString()),
+                                                  qtext(signedAmount(group.difference())),
+                                                  group.members.size() == 1 ? tr("1 issue") : tr("%1 issues").arg(group.members.size())});
+        item->setData(0, Qt::UserRole, g);
+        for (const auto& member : group.members) {
+            const auto person = crew_repository::fetchCrewMember(context, member.crewID);
+            auto* child = new QTreeWidgetItem(item, {person ? qtext(person->displayName) : qtext(payroll_issue_words::unavailableCrew),
+                                                     qtext(signedAmount(member.differenceAmount)),
+                                                     member.state() ? qtext(label(*member.state())) : qtext(member.stateRaw), qtext(member.note)});
+            child->setData(0, Qt::UserRole, g);
+        }
+    }
+    if (thisWeek->childCount() == 0 && earlier->childCount() == 0) thisWeek->setText(0, qtext(payroll_issue_words::noneOutstanding));
+    issues_->expandAll();
+}
+
+std::optional<Refusal> PayPage::setGroupState(int group, PayrollIssueState state) {
+    if (group < 0 || group >= static_cast<int>(groups_.size())) return std::nullopt;
+    const auto members = groups_[static_cast<std::size_t>(group)].members;
+    const QString noteText = note_->text().trimmed();
+    const std::optional<std::string> note = noteText.isEmpty() ? std::nullopt : std::optional(utf8(noteText));
+    auto refusal = session_.perform(tr("Mark Payroll Issues"), [&](ModelContext& c) { payroll_issues::setState(c, members, state, note, shell_widgets::now()); });
+    status_->setText(refusal ? refusal->message : QString());
+    if (!refusal) note_->clear();
+    return refusal;
+}
+
+QString PayPage::summaryText() const {
+    const auto production = session_.production();
+    if (!production || !comparison_) return {};
+    return qtext(payroll_issues::summaryText(session_.context(), *production, comparison_->start));
+}
+
+QString PayPage::claimText() const {
+    const auto production = session_.production();
+    if (!production || !comparison_ || !review_) return {};
+    return qtext(payroll_issues::claimText(session_.context(), *review_, *production, comparison_->week,
+                                           {PayrollIssueState::needsAttention, PayrollIssueState::reported}));
+}
+
+QString PayPage::dashboardText() const { return dashboard_->text(); }
+
+}  // namespace tessel

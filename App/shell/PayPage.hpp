@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+
+#include "App/actualpay/PayComparison.hpp"
+#include "App/actualpay/PayrollIssues.hpp"
+#include "App/expected/ExpectedPayrollReview.hpp"
+#include "App/shell/ShellSession.hpp"
+
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QTableWidget;
+class QTreeWidget;
+
+namespace tessel {
+
+// Checking pay for one Payroll Week: the dashboard (who is waiting, who needs attention), each crew
+// member's gross and lines compared with exact differences, the unmapped stub lines, and the payroll
+// issues of the week and earlier weeks with their actions, the full summary and the claim for payroll.
+class PayPage : public QWidget {
+    Q_OBJECT
+public:
+    explicit PayPage(ShellSession& session, QWidget* parent = nullptr);
+
+    // Shows the week holding the date.
+    void showWeek(const Uuid& payrollWeekID);
+    const PayComparisonWeek* comparison() const { return comparison_ ? &*comparison_ : nullptr; }
+    // Sets the state of every issue in the chosen group (with the note typed, when any).
+    std::optional<Refusal> setGroupState(int group, PayrollIssueState state);
+    QString summaryText() const;
+    QString claimText() const;
+    QString dashboardText() const;
+
+private:
+    void reloadWeeks();
+    void recalculate();
+    void showPerson(int row);
+    void reloadIssues();
+
+    ShellSession& session_;
+    std::unique_ptr<ExpectedPayrollReview> review_;
+    std::optional<PayComparisonWeek> comparison_;
+    std::vector<payroll_issues::PayrollIssueGroup> groups_;
+    QComboBox* weeks_ = nullptr;
+    QLabel* dashboard_ = nullptr;
+    QTableWidget* people_ = nullptr;
+    QTableWidget* lines_ = nullptr;
+    QLabel* personNotes_ = nullptr;
+    QTreeWidget* issues_ = nullptr;
+    QComboBox* state_ = nullptr;
+    QLineEdit* note_ = nullptr;
+    QLabel* status_ = nullptr;
+};
+
+}  // namespace tessel
