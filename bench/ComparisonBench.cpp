@@ -21,22 +21,7 @@ struct ConfirmedSeason {
     Production production;
     ConfirmedSeason() : production(store->perform([&](ModelContext& c) { return *production_repository::fetch(c, crew.productionID); })) {
         insertSeason(*store, crew, seasonDates(false));
-        store->perform([&](ModelContext& context) {
-            pay_comparison_settings::setProfile(context, crew.productionID, PayComparisonProfile::ep);
-            for (const auto& week : payroll_week_repository::weeks(context, crew.productionID)) {
-                const CalendarDate start(floor<days>(week.startDate));
-                for (const auto& [member, engagement] : crew.members) {
-                    const Instant confirmed = sys_days(start) + days(8);
-                    ConfirmedPayStubActualPay stub{Uuid::generate(), crew.productionID, member.id, week.id, start,
-                                                   CalendarDate(sys_days(start) + days(6)), member.displayName, std::nullopt, std::nullopt,
-                                                   "ELECTRICIAN", Decimal("50.0"), Decimal("2565.00"), "", "stub.pdf", confirmed, confirmed, confirmed, {}};
-                    stub.lines = {{Uuid::generate(), stub.id, "REGULAR", Decimal("40.0"), Decimal("45.00"), Decimal("1800.00"), 0},
-                                  {Uuid::generate(), stub.id, "OVERTIME", Decimal("10.0"), Decimal("67.50"), Decimal("675.00"), 1},
-                                  {Uuid::generate(), stub.id, "MILEAGE", std::nullopt, std::nullopt, Decimal("90.00"), 2}};
-                    confirmed_pay_stubs::confirm(context, stub, false);
-                }
-            }
-        });
+        confirmEveryWeek(*store, crew);
     }
 };
 

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "App/actualpay/ConfirmedPayStubs.hpp"
+#include "App/actualpay/PayComparison.hpp"
 #include "App/dts/DailyTimeSheets.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
@@ -82,6 +84,26 @@ inline void insertSeason(TesselStore& store, const Crew& crew, const std::vector
                 weeks::createEntry(context, entry);
                 satellite_repository::write(context, workMode, entry.id, {{"modeRawValue", std::string("timed")}});
                 satellite_repository::write(context, mileage, entry.id, {{"miles", std::string("12.5")}});
+            }
+        }
+    });
+}
+
+// Under EP terms, a confirmed stub for every crew member and week, paying each the same simple week.
+inline void confirmEveryWeek(TesselStore& store, const Crew& crew) {
+    store.perform([&](ModelContext& context) {
+        pay_comparison_settings::setProfile(context, crew.productionID, PayComparisonProfile::ep);
+        for (const auto& week : payroll_week_repository::weeks(context, crew.productionID)) {
+            const CalendarDate start(floor<days>(week.startDate));
+            for (const auto& [member, engagement] : crew.members) {
+                const Instant confirmed = sys_days(start) + days(8);
+                ConfirmedPayStubActualPay stub{Uuid::generate(), crew.productionID, member.id, week.id, start,
+                                               CalendarDate(sys_days(start) + days(6)), member.displayName, std::nullopt, std::nullopt,
+                                               "ELECTRICIAN", Decimal("50.0"), Decimal("2565.00"), "", "stub.pdf", confirmed, confirmed, confirmed, {}};
+                stub.lines = {{Uuid::generate(), stub.id, "REGULAR", Decimal("40.0"), Decimal("45.00"), Decimal("1800.00"), 0},
+                              {Uuid::generate(), stub.id, "OVERTIME", Decimal("10.0"), Decimal("67.50"), Decimal("675.00"), 1},
+                              {Uuid::generate(), stub.id, "MILEAGE", std::nullopt, std::nullopt, Decimal("90.00"), 2}};
+                confirmed_pay_stubs::confirm(context, stub, false);
             }
         }
     });

@@ -3,7 +3,9 @@
 #include <QApplication>
 
 #include "App/shell/DTSPage.hpp"
+#include "App/actualpay/PayrollIssues.hpp"
 #include "App/shell/MainWindow.hpp"
+#include "App/shell/PayPage.hpp"
 #include "Season.hpp"
 
 // The window's own figures: how long a typed time takes to reach the weekly review beside a 150-row DTS,
@@ -64,6 +66,29 @@ void typeATimeIntoA150RowDTS(benchmark::State& state) {
     state.counters["rows"] = grid.rowCount();
 }
 BENCHMARK(typeATimeIntoA150RowDTS)->Unit(benchmark::kMillisecond);
+
+// The same season with a confirmed stub for everyone every week and its payroll issues recorded.
+struct ConfirmedWindowSeason : WindowSeason {
+    ConfirmedWindowSeason() {
+        auto store = openStore(folder.path() / "data");
+        confirmEveryWeek(*store, crew);
+        store->perform([&](ModelContext& c) { payroll_issues::synchronize(c, *production_repository::fetch(c, crew.productionID), Instant{}); });
+    }
+};
+
+// Switching the Pay page between two weeks of 150 confirmed stubs each: the week compared person by
+// person, the dashboard, and the outstanding issues of that week and the earlier ones.
+void switchWeeksOnThePayPage(benchmark::State& state) {
+    application();
+    static ConfirmedWindowSeason season;
+    auto session = season.open();
+    PayPage page(*session);
+    const auto weeks = payroll_week_repository::weeks(session->context(), season.crew.productionID);
+    int shown = 0;
+    for (auto _ : state) page.showWeek(weeks[static_cast<std::size_t>(7 + shown++ % 2)].id);
+    state.counters["people"] = page.comparison()->peopleInWeek;
+}
+BENCHMARK(switchWeeksOnThePayPage)->Unit(benchmark::kMillisecond);
 
 // The store opened (or checked) and the window shown on the most recently used production.
 void openTheStoreIntoAUsableWindow(benchmark::State& state) {

@@ -14,6 +14,8 @@
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
+#include <map>
+
 #include "App/model/CalendarText.hpp"
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
@@ -260,26 +262,34 @@ void PayPage::reloadIssues() {
     const auto production = session_.production();
     if (!production) return;
     ModelContext& context = session_.context();
+    // Outstanding issues of this week and earlier ones: a later week's are not outstanding from here.
+    std::map<Uuid, CalendarDate> weekStarts;
+    for (const auto& week : payroll_week_repository::weeks(context, production->id)) {
+        weekStarts.emplace(week.id, CalendarDate(std::chrono::floor<std::chrono::days>(week.startDate)));
+    }
     std::vector<PayrollIssue> outstanding;
     for (auto& issue : payroll_issues::list(context, production->id)) {
-        if (issue.open()) outstanding.push_back(std::move(issue));
+        const auto start = weekStarts.find(issue.weekID);
+        const bool later = comparison_ && start != weekStarts.end() && start->second > comparison_->start;
+        if (issue.open() && !later) outstanding.push_back(std::move(issue));
     }
     groups_ = payroll_issues::groups(context, production->id, outstanding);
+    std::map<Uuid, QString> names;
+    for (const auto& member : crew_repository::crewMembers(context, production->id)) names.emplace(member.id, qtext(member.displayName));
     const QString weekStart = comparison_ ? qtext(calendar_text::formatDate(comparison_->start)) : QString();
     auto* thisWeek = new QTreeWidgetItem(issues_, {qtext(payroll_issue_words::thisWeek)});
     auto* earlier = new QTreeWidgetItem(issues_, {qtext(payroll_issue_words::earlierWeeks)});
     for (int g = 0; g < static_cast<int>(groups_.size()); ++g) {
         const auto& group = groups_[static_cast<std::size_t>(g)];
         const QString start = qtext(calendar_text::formatDate(group.weekStart));
-        if (comparison_ && group.weekStart > comparison_->start) continue;  // later weeks are not outstanding from here
         auto* parent = start == weekStart ? thisWeek : earlier;
         auto* item = new QTreeWidgetItem(parent, {qtext(group.title) + (parent == earlier ? " (" + start + ")" : QString()),
                                                   qtext(signedAmount(group.difference())),
                                                   group.members.size() == 1 ? tr("1 issue") : tr("%1 issues").arg(group.members.size())});
         item->setData(0, Qt::UserRole, g);
         for (const auto& member : group.members) {
-            const auto person = crew_repository::fetchCrewMember(context, member.crewID);
-            auto* child = new QTreeWidgetItem(item, {person ? qtext(person->displayName) : qtext(payroll_issue_words::unavailableCrew),
+            const auto name = names.find(member.crewID);
+            auto* child = new QTreeWidgetItem(item, {name != names.end() ? name->second : qtext(payroll_issue_words::unavailableCrew),
                                                      qtext(signedAmount(member.differenceAmount)),
                                                      member.state() ? qtext(label(*member.state())) : qtext(member.stateRaw), qtext(member.note)});
             child->setData(0, Qt::UserRole, g);
