@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 
 #include "App/dtsexport/BuiltInDTSForm.hpp"
+#include "App/dtsexport/DTSExportJob.hpp"
 #include "App/exchange/ProductionArchive.hpp"
 #include "App/model/NewFile.hpp"
 #include "App/model/ProductionProfile.hpp"
@@ -29,11 +30,7 @@ bool openWithDesktop(const std::string& path) {
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-std::string issueLines(const std::vector<DTSExportPreflightIssue>& issues) {
-    std::string text;
-    for (const auto& issue : issues) text += "  " + issue.crewName + ": " + issue.message + "\n";
-    return text;
-}
+using dts_export_job::issueLines;
 
 Json issuesJSON(const std::vector<DTSExportPreflightIssue>& issues) {
     Json list = Json::array();
@@ -46,6 +43,7 @@ int exportDTS(CommandSession& session, const ExportCommandArguments& a) {
     std::string refusalCase, refusalText;
     const std::string output = a.output.empty() ? std::string(dts_export_words::suggestedFileName) : a.output;
     int pages = 0;
+    std::vector<DTSExportPreflightIssue> warnings;
     const int status = act(session, [&](ModelContext& context, const Production& production) {
         const CalendarDate date = dateArgument(a.date);
         const auto workday = DailyTimeSheets::find(context, production.id, date);
@@ -53,35 +51,24 @@ int exportDTS(CommandSession& session, const ExportCommandArguments& a) {
             throw Refused{"dtsNotFound", "There is no DTS for " + calendar_text::formatDate(date) + "; create it with \u201Ctessel dts create " +
                                              calendar_text::formatDate(date) + "\u201D."};
         }
-        // The production's own approved template when it is the chosen form; else the built-in form.
-        const auto exportChoice = dts_export::choice(context, production.id);
-        std::optional<StoredDTSTemplate> ownForm;
-        if (!exportChoice.unsupportedRawValue && exportChoice.mode == ProductionDTSExportTemplateMode::productionTemplate) {
-            ownForm = production_dts_templates::approved(context, production.id);
-        }
         try {
-            if (!ownForm) dts_export::checkBuiltInFormChosen(exportChoice);
+            const auto result = dts_export_job::render(context, production.id, *workday, a.forceWarnings);
+            if (const auto* held = std::get_if<dts_export_job::Held>(&result)) {
+                refusalTitle = held->title;
+                refusalCase = held->blocking ? "notReady" : "reviewBeforeExporting";
+                refusalText = issueLines(held->issues) +
+                              (held->blocking ? "Nothing was exported." : "Nothing was exported; add --force-warnings to export anyway.");
+                return int{exitRefused};
+            }
+            const auto& exported = std::get<dts_export_job::Exported>(result);
+            dts_export::writeAtomically(output, exported.pdf);
+            pages = exported.pages;
+            warnings = exported.warnings;
         } catch (const ProductionDTSExportError& error) {
             refusalTitle = error.alertTitle();
             refusalCase = error.caseName();
             refusalText = error.description();
             return int{exitRefused};
-        }
-        const auto facts = DTSWorkdayFacts::read(context, *workday);
-        const auto checked = dts_export::preflight(facts);
-        if (!checked.blocking.empty() || (!checked.warnings.empty() && !a.forceWarnings)) {
-            const bool blocking = !checked.blocking.empty();
-            refusalTitle = std::string(blocking ? dts_export_words::notReadyTitle : dts_export_words::reviewTitle);
-            refusalCase = blocking ? "notReady" : "reviewBeforeExporting";
-            refusalText = issueLines(blocking ? checked.blocking : checked.warnings) +
-                          (blocking ? "Nothing was exported." : "Nothing was exported; add --force-warnings to export anyway.");
-            return int{exitRefused};
-        }
-        const auto model = dts_export::model(facts);
-        try {
-            const std::string pdf = ownForm ? generic_dts_render::render({ownForm->sourcePDFData, ownForm->definition}, facts)
-                                            : builtin_dts_form::render(model, builtin_dts_form::blankPagePath());
-            dts_export::writeAtomically(output, pdf);
         } catch (const DTSPDFRendererError& error) {
             refusalTitle = error.alertTitle();
             refusalCase = error.caseName();
@@ -93,12 +80,11 @@ int exportDTS(CommandSession& session, const ExportCommandArguments& a) {
             refusalText = error.what();
             return int{exitRefused};
         }
-        pages = ownForm ? generic_dts_render::pageCount(ownForm->definition, facts) : builtin_dts_form::pageCount(model);
         std::string text = "Exported the DTS for " + calendar_text::formatDate(date) + " to \u201C" + output + "\u201D (" + std::to_string(pages) +
                            (pages == 1 ? " page" : " pages") + ").\n";
-        if (!checked.warnings.empty()) text += "Exported with warnings:\n" + issueLines(checked.warnings);
+        if (!warnings.empty()) text += "Exported with warnings:\n" + issueLines(warnings);
         text += std::string(dts_export_words::reviewReminder) + "\n";
-        session.answer(Json{{"exported", output}, {"pages", pages}, {"warnings", issuesJSON(checked.warnings)}}, text);
+        session.answer(Json{{"exported", output}, {"pages", pages}, {"warnings", issuesJSON(warnings)}}, text);
         return int{exitSuccess};
     });
     if (refusalTitle) return session.refuseWithTitle(refusalCase, *refusalTitle, refusalText);

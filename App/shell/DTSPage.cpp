@@ -1,6 +1,10 @@
 #include "DTSPage.hpp"
 
 #include <QCheckBox>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileDialog>
+#include <QUrl>
 #include <QComboBox>
 #include <QDateEdit>
 #include <QFormLayout>
@@ -21,6 +25,8 @@
 #include <QVBoxLayout>
 
 #include "App/dts/CrewOnDTS.hpp"
+#include "App/dtsexport/DTSExportJob.hpp"
+#include "App/dtsexport/GenericDTSRenderer.hpp"
 #include "App/dts/NonDTSActivities.hpp"
 #include "App/dts/PayrollDecimalTime.hpp"
 #include "App/model/CalendarText.hpp"
@@ -273,10 +279,14 @@ QWidget* DTSPage::buildGrid() {
     connect(remove, &QPushButton::clicked, this, [this] {
         if (gridView_->currentIndex().isValid()) removeRow(gridView_->currentIndex().row());
     });
+    auto* exportButton = new QPushButton(tr("Export DTS\u2026"));
+    exportButton->setObjectName("exportDTS");
+    connect(exportButton, &QPushButton::clicked, this, &DTSPage::exportDTS);
     actions->addWidget(dayplayers_);
     actions->addWidget(add);
     actions->addWidget(remove);
     actions->addStretch(1);
+    actions->addWidget(exportButton);
     layout->addLayout(actions);
     status_ = new QLabel;
     status_->setObjectName("dtsStatus");
@@ -552,11 +562,54 @@ void DTSPage::addDayplayer() {
 }
 
 void DTSPage::showRefusal(const Refusal& refusal) {
+    status_->setStyleSheet("color: #a00000;");
     status_->setText(refusal.title.isEmpty() ? refusal.message : refusal.title + ": " + refusal.message);
     emit refused(refusal);
 }
 
 QString DTSPage::statusText() const { return status_->text(); }
+
+std::optional<Refusal> DTSPage::exportTo(const QString& file, bool acceptWarnings) {
+    const auto workday = grid_->workday();
+    const auto production = session_.production();
+    if (!workday || !production) return Refusal{{}, tr("Choose a DTS to export.")};
+    try {
+        const auto result = dts_export_job::render(session_.context(), production->id, *workday, acceptWarnings);
+        if (const auto* held = std::get_if<dts_export_job::Held>(&result)) {
+            return Refusal{qtext(held->title), qtext(dts_export_job::issueLines(held->issues))};
+        }
+        dts_export::writeAtomically(utf8(file), std::get<dts_export_job::Exported>(result).pdf);
+        return std::nullopt;
+    } catch (const GenericDTSRenderError& error) {
+        return Refusal{qtext(dts_export_words::exportFailedTitle), QString::fromUtf8(error.what())};
+    } catch (const DTSPDFRendererError& error) {
+        return Refusal{qtext(error.alertTitle()), qtext(error.description())};
+    } catch (const ProductionDTSExportError& error) {
+        return Refusal{qtext(error.alertTitle()), qtext(error.description())};
+    }
+}
+
+void DTSPage::exportDTS() {
+    if (!grid_->workday()) return;
+    const QString file = QFileDialog::getSaveFileName(this, tr("Export DTS"), QDir::home().filePath(qtext(dts_export_words::suggestedFileName)),
+                                                      tr("PDF (*.pdf)"));
+    if (file.isEmpty()) return;
+    auto refusal = exportTo(file, false);
+    if (refusal && refusal->title == qtext(dts_export_words::reviewTitle)) {
+        // Warnings only: the user may look at them and export anyway.
+        QMessageBox question(QMessageBox::Warning, refusal->title, refusal->message, QMessageBox::Cancel, this);
+        question.addButton(tr("Export Anyway"), QMessageBox::AcceptRole);
+        if (question.exec() == QMessageBox::Cancel) return;
+        refusal = exportTo(file, true);
+    }
+    if (refusal) {
+        QMessageBox::warning(this, refusal->title.isEmpty() ? tr("Export DTS") : refusal->title, refusal->message);
+        return;
+    }
+    status_->setStyleSheet("color: #2b6a2b;");
+    status_->setText(qtext(dts_export_words::reviewReminder));
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(file))) QMessageBox::information(this, tr("Export DTS"), qtext(dts_export_words::openFailed));
+}
 
 bool DTSPage::hasUnsavedNotes() const { return notes_->property("edited").toBool() && grid_->workday().has_value(); }
 

@@ -54,6 +54,12 @@ public:
     DTSGridView& gridView() noexcept { return *gridView_; }
     ReviewPane& review() noexcept { return *review_; }
     QLineEdit& sharedTimeEdit(DTSTimeField field) { return *sharedTimes_.at(static_cast<std::size_t>(field)); }
+    // "Export DTS…": checks the DTS, asks where to save ("Production DTS.pdf"), writes it and opens it.
+    void exportDTS();
+    // Writes the DTS shown to the file; the refusal (with its title) when it was held or failed. Warnings
+    // are accepted only when `acceptWarnings`.
+    std::optional<Refusal> exportTo(const QString& file, bool acceptWarnings);
+
     // Notes typed for the DTS shown and not saved yet, and saving them (false when refused).
     bool hasUnsavedNotes() const;
     bool saveNotes();

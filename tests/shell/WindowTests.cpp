@@ -25,6 +25,7 @@
 #include "App/shell/MainWindow.hpp"
 #include "App/shell/PayPage.hpp"
 #include "App/actualpay/ConfirmedPayStubs.hpp"
+#include "App/dtsexport/ProductionDTSExport.hpp"
 #include "App/shell/RulesPage.hpp"
 #include "App/shell/SetupGuide.hpp"
 #include "App/shell/UnavailableStoreScreen.hpp"
@@ -249,6 +250,34 @@ private slots:
         QCOMPARE(openIssues(), before - 1);
         QVERIFY(pay.summaryText().startsWith("Payroll Issues \u2014 Night Harbor"));
         QVERIFY2(pay.claimText().contains("Rowan Vale"), qPrintable(pay.claimText()));
+    }
+
+    void exportingADTSIsHeldUntilItIsReadyThenWritesThePDF() {
+        Workspace w;
+        w.dts().showDate(monday);
+        const QString file = QString::fromStdString((w.folder.path() / "Production DTS.pdf").string());
+        const auto unconfigured = w.dts().exportTo(file, true);
+        QVERIFY(unconfigured.has_value());  // no form chosen for the production yet
+        QVERIFY(!QFile::exists(file));
+
+        QVERIFY(!w.session->perform("Choose Form", [&](ModelContext& c) {
+            dts_export::setMode(c, w.session->production()->id, ProductionDTSExportTemplateMode::legacyKestrel);
+            dts_export::setBuiltInFormEligible(c, w.session->production()->id, true);
+        }));
+        const auto held = w.dts().exportTo(file, false);  // no times yet: the export waits for the user's word
+        QVERIFY(held.has_value());
+        QCOMPARE(held->title, QString::fromUtf8(dts_export_words::reviewTitle.data()));
+        QVERIFY2(held->message.contains("Rowan Vale: "), qPrintable(held->message));
+        QVERIFY(!QFile::exists(file));
+
+        typeInto(&w.dts().sharedTimeEdit(DTSTimeField::call), "7.0");
+        typeInto(&w.dts().sharedTimeEdit(DTSTimeField::lunchOut), "13.0");
+        typeInto(&w.dts().sharedTimeEdit(DTSTimeField::wrap), "19.0");
+        const auto exported = w.dts().exportTo(file, true);
+        QVERIFY2(!exported, exported ? qPrintable(exported->title + ": " + exported->message) : "");
+        QFile pdf(file);
+        QVERIFY(pdf.open(QIODevice::ReadOnly));
+        QCOMPARE(pdf.read(5), QByteArray("%PDF-"));
     }
 
     void theCrewEditorRefusesADuplicateNameWithTheRosterSentence() {
