@@ -6,8 +6,10 @@
 #include <sstream>
 #include <unordered_map>
 
+#include "App/actualpay/ConfirmedPayStubs.hpp"
 #include "App/actualpay/StubBatch.hpp"
 #include "App/model/CalendarText.hpp"
+#include "App/model/ProductionRepository.hpp"
 
 namespace tessel {
 namespace {
@@ -157,6 +159,40 @@ PayStubBatchSession importBatch(const std::vector<PayStubBatchInput>& inputs, co
     batch.message = periodMessage(batch);
     batch.processing = false;
     return batch;
+}
+
+PayStubImportSetting importSetting(ModelContext& context, const Uuid& productionID, const PayrollWeek& week) {
+    auto& statement = context.prepare(
+        "SELECT DISTINCT e.crewMemberID FROM CrewDailyEntry e JOIN Workday w ON w.id = e.workdayID WHERE w.payrollWeekID = ?1 AND e.crewMemberID "
+        "IS NOT NULL");
+    columns::bind(statement, 1, week.id);
+    std::set<Uuid> participants;
+    for (const auto& id : columns::readAll<Uuid>(statement, [](SQLite::Statement& row) { return columns::uuid(row.getColumn(0)); })) {
+        participants.insert(id);
+    }
+    const auto start = CalendarDate(std::chrono::floor<std::chrono::days>(week.startDate));
+    PayStubImportSetting setting{{productionID, week.id, start, CalendarDate(std::chrono::sys_days(start) + std::chrono::days(6))}, {}, {}};
+    for (const auto& person : crew_repository::crewMembers(context, productionID)) {
+        setting.crew.push_back({person.id, person.displayName, participants.contains(person.id)});
+    }
+    if (setting.crew.empty()) throw PayStubImportError(std::string(pay_stub_review_words::needsCrew));
+    for (const auto& stub : confirmed_pay_stubs::forWeek(context, week.id)) setting.existing.insert(stub.crewMemberID);
+    return setting;
+}
+
+int confirmReady(ModelContext& context, PayStubBatchSession& batch, Instant now) {
+    int count = 0;
+    for (auto& c : batch.candidates) {
+        if (statusOf(c, batch) != PayStubBatchStatus::ready) continue;
+        try {
+            confirmed_pay_stubs::confirm(context, confirmedRecord(*c.review, now), false);
+        } catch (const ConfirmedPayStubError& error) {  // confirmed elsewhere while the files were read
+            throw ConfirmedPayStubError(c.filename + ": " + error.what());
+        }
+        c.confirmed = true;
+        ++count;
+    }
+    return count;
 }
 
 PayStubBatchStatus statusOf(const PayStubBatchCandidate& c, const PayStubBatchSession& batch) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "App/actualpay/PayStubReview.hpp"
+#include "App/model/PersistenceModels.hpp"
 
 // A batch of pay-stub PDFs imported for one Payroll Week: each read, interpreted and matched to a crew
 // member, and given the status that says whether it is ready to confirm or what needs a look.
@@ -60,6 +61,17 @@ struct PayStubBatchSession {
     std::optional<std::string> message;  // about the batch as a whole
 };
 
+// What an import for one Payroll Week needs from the store, gathered in one short read so that reading
+// the files (which can take minutes of OCR) holds no lock: the week, the production's crew (each marked
+// when they have rows on the week's DTS) and who already has a confirmed stub for it. Refused with
+// "Add Production crew before importing pay stubs." when there is no crew.
+struct PayStubImportSetting {
+    PayStubWeek week;
+    std::vector<PayStubCrewOption> crew;
+    std::set<Uuid> existing;
+};
+PayStubImportSetting importSetting(ModelContext& context, const Uuid& productionID, const PayrollWeek& week);
+
 struct PayStubBatchOptions {
     PayStubTextSource embedded = PayStubTextSource::embeddedPDFText;
     int workers = 2;
@@ -72,6 +84,10 @@ struct PayStubBatchOptions {
 PayStubBatchSession importBatch(const std::vector<PayStubBatchInput>& inputs, const PayStubWeek& week, std::vector<PayStubCrewOption> crew,
                                 std::set<Uuid> existingCrewIDs, const PayStubBatchOptions& options,
                                 const std::function<void(std::size_t done, std::size_t total)>& progress = {});
+
+// Confirms every ready candidate in the caller's transaction and marks it confirmed; throws
+// ConfirmedPayStubError, prefixed with the file's name, when a stub was confirmed elsewhere meanwhile.
+int confirmReady(ModelContext& context, PayStubBatchSession& batch, Instant now);
 
 // Tested in this order: confirmed, failed, duplicate, processing, no crew member, already confirmed for
 // the person, a period other than the week's not acknowledged, a crew-match reason, any value with a

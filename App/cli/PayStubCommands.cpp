@@ -13,6 +13,7 @@
 #include "App/expected/ReviewText.hpp"
 #include "App/model/CalendarText.hpp"
 #include "App/model/NewFile.hpp"
+#include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/cli/CommandActions.hpp"
 
@@ -39,43 +40,18 @@ PayStubWeek stubWeek(ModelContext& context, const Production& production, const 
     return {production.id, week->id, start, CalendarDate(sys_days(start) + days(6))};
 }
 
-// The production's crew, each marked when they have rows on the week's DTS.
-std::vector<PayStubCrewOption> crewOptions(ModelContext& context, const Uuid& productionID, const Uuid& weekID) {
-    auto& statement = context.prepare(
-        "SELECT DISTINCT e.crewMemberID FROM CrewDailyEntry e JOIN Workday w ON w.id = e.workdayID WHERE w.payrollWeekID = ?1 AND e.crewMemberID "
-        "IS NOT NULL");
-    columns::bind(statement, 1, weekID);
-    std::set<Uuid> participants;
-    for (const auto& id : columns::readAll<Uuid>(statement, [](SQLite::Statement& row) { return columns::uuid(row.getColumn(0)); })) {
-        participants.insert(id);
-    }
-    std::vector<PayStubCrewOption> options;
-    for (const auto& person : crew_repository::crewMembers(context, productionID)) {
-        options.push_back({person.id, person.displayName, participants.contains(person.id)});
-    }
-    if (options.empty()) throw Refused{"noCrew", std::string(words::needsCrew)};
-    return options;
-}
-
-std::set<Uuid> confirmedCrew(ModelContext& context, const Uuid& weekID) {
-    std::set<Uuid> crew;
-    for (const auto& stub : confirmed_pay_stubs::forWeek(context, weekID)) crew.insert(stub.crewMemberID);
-    return crew;
-}
-
-// What an import needs from the store, gathered in one short read so that reading the files (which can
-// take minutes of OCR) holds no lock.
-struct ImportSetting {
-    PayStubWeek week;
-    std::vector<PayStubCrewOption> crew;
-    std::set<Uuid> existing;
-};
+using ImportSetting = PayStubImportSetting;
 
 std::optional<ImportSetting> importSetting(CommandSession& session, const std::string& weekDate, int& status) {
     std::optional<ImportSetting> setting;
     status = act(session, [&](ModelContext& context, const Production& production) {
-        const auto week = stubWeek(context, production, weekDate);
-        setting = ImportSetting{week, crewOptions(context, production.id, week.payrollWeekID), confirmedCrew(context, week.payrollWeekID)};
+        const auto week = weekHolding(context, production.id, dateArgument(weekDate));
+        if (!week) throw Refused{"weekNotFound", "There is no Payroll Week with a DTS or activity on " + weekDate + "."};
+        try {
+            setting = tessel::importSetting(context, production.id, *week);
+        } catch (const PayStubImportError& error) {
+            throw Refused{"noCrew", error.what()};
+        }
         return exitSuccess;
     });
     return status == exitSuccess ? setting : std::nullopt;
@@ -176,19 +152,11 @@ int importStubs(CommandSession& session, const PayStubCommandArguments& a) {
     std::string confirmedText;
     if (a.confirmReady) {
         status = act(session, [&](ModelContext& context, const Production&) {
-            int count = 0;
-            const Instant at = now();
-            for (auto& c : batch.candidates) {
-                if (statusOf(c, batch) != PayStubBatchStatus::ready) continue;
-                try {
-                    confirmed_pay_stubs::confirm(context, confirmedRecord(*c.review, at), false);
-                } catch (const ConfirmedPayStubError& error) {  // confirmed elsewhere while the files were read
-                    throw Refused{"alreadyConfirmed", c.filename + ": " + error.what() + " Nothing was confirmed."};
-                }
-                c.confirmed = true;
-                ++count;
+            try {
+                confirmedText = "Confirmed " + counted(confirmReady(context, batch, now()), "pay stub", "pay stubs") + ".\n";
+            } catch (const ConfirmedPayStubError& error) {
+                throw Refused{"alreadyConfirmed", std::string(error.what()) + " Nothing was confirmed."};
             }
-            confirmedText = "Confirmed " + counted(count, "pay stub", "pay stubs") + ".\n";
             return exitSuccess;
         });
         if (status != exitSuccess) return status;
@@ -437,7 +405,9 @@ int editStub(CommandSession& session, const PayStubCommandArguments& a) {
             return session.refuseWithTitle("invalidPDF", std::string(confirmed_pay_stub_words::openFailedTitle),
                                            std::string(confirmed_pay_stub_words::invalidPDF));
         }
-        const auto crew = crewOptions(context, production.id, stub.payrollWeekID);
+        const auto week = payroll_week_repository::fetchWeek(context, stub.payrollWeekID);
+        if (!week) throw Refused{"weekNotFound", std::string(confirmed_pay_stub_words::noLongerExists)};
+        const auto crew = tessel::importSetting(context, production.id, *week).crew;
         auto review = reviewOfConfirmed(stub, crew);
         std::optional<Uuid> reassigned;
         if (!a.reassign.empty()) reassigned = crewMemberNamed(context, production.id, a.reassign).id;
