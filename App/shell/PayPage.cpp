@@ -20,6 +20,7 @@
 #include "App/model/PayrollWeekRepository.hpp"
 #include "App/model/ProductionRepository.hpp"
 #include "App/shell/ShellText.hpp"
+#include "App/shell/StubImportPanel.hpp"
 #include "App/shell/ShellWidgets.hpp"
 
 namespace tessel {
@@ -87,6 +88,8 @@ PayPage::PayPage(ShellSession& session, QWidget* parent) : QWidget(parent), sess
     layout->addWidget(dashboard_);
 
     auto* splitter = new QSplitter(Qt::Vertical);
+    stubs_ = new StubImportPanel(session_);
+    splitter->addWidget(stubs_);
     auto* comparison = new QSplitter(Qt::Horizontal);
     people_ = table({tr("Crew"), tr("Expected gross"), tr("Paid gross"), tr("Difference"), tr("Outcome")});
     people_->setObjectName("payPeople");
@@ -188,6 +191,7 @@ void PayPage::recalculate() {
     const auto production = session_.production();
     const auto weekID = Uuid::parse(utf8(weeks_->currentData().toString()));
     const auto week = weekID ? payroll_week_repository::fetchWeek(session_.context(), *weekID) : std::nullopt;
+    stubs_->setWeek(week);
     if (!production || !week) {
         dashboard_->setText(qtext(payroll_issue_words::noWeeks));
         reloadIssues();

@@ -18,8 +18,12 @@ class QTableWidget;
 class QTreeWidget;
 
 namespace tessel {
+class StubImportPanel;
+}
 
-// Checking pay for one Payroll Week: the dashboard (who is waiting, who needs attention), each crew
+namespace tessel {
+
+// Checking pay for one Payroll Week: its pay stubs imported and confirmed, the dashboard (who is waiting, who needs attention), each crew
 // member's gross and lines compared with exact differences, the unmapped stub lines, and the payroll
 // issues of the week and earlier weeks with their actions, the full summary and the claim for payroll.
 class PayPage : public QWidget {
@@ -35,6 +39,7 @@ public:
     QString summaryText() const;
     QString claimText() const;
     QString dashboardText() const;
+    StubImportPanel& stubs() noexcept { return *stubs_; }
 
 private:
     void reloadWeeks();
@@ -52,6 +57,7 @@ private:
     QTableWidget* lines_ = nullptr;
     QLabel* personNotes_ = nullptr;
     QTreeWidget* issues_ = nullptr;
+    StubImportPanel* stubs_ = nullptr;
     QComboBox* state_ = nullptr;
     QLineEdit* note_ = nullptr;
     QLabel* status_ = nullptr;

@@ -24,6 +24,7 @@
 #include "App/shell/DTSPage.hpp"
 #include "App/shell/MainWindow.hpp"
 #include "App/shell/PayPage.hpp"
+#include "App/shell/StubImportPanel.hpp"
 #include "App/actualpay/ConfirmedPayStubs.hpp"
 #include "App/dtsexport/ProductionDTSExport.hpp"
 #include "App/shell/RulesPage.hpp"
@@ -278,6 +279,29 @@ private slots:
         QFile pdf(file);
         QVERIFY(pdf.open(QIODevice::ReadOnly));
         QCOMPARE(pdf.read(5), QByteArray("%PDF-"));
+    }
+
+    void stubsAreReadAwayFromTheWindowAndTheReadyOnesConfirmed() {
+        Workspace w;
+        QVERIFY(!w.window->crewPage().addPerson({"Marisol Quint", monday, CrewParticipation::fullTime, std::nullopt, std::nullopt, "52.00"}));
+        PayPage& pay = w.window->payPage();
+        pay.showWeek(w.workday(monday).payrollWeekID);
+        const QString stub = QString(TESSEL_STUB_FIXTURES) + "/demo-week/01-quint.pdf";
+        const QString copy = QString::fromStdString((w.folder.path() / "same-stub-again.pdf").string());
+        QVERIFY(QFile::copy(stub, copy));
+        QVERIFY(!pay.stubs().importFiles({stub, copy}));
+        QVERIFY(pay.stubs().isReading());  // the window goes on while the files are read
+        QTRY_VERIFY_WITH_TIMEOUT(!pay.stubs().isReading(), 60000);
+        const auto& batch = *pay.stubs().batch();
+        QCOMPARE(batch.candidates.size(), std::size_t{2});
+        QCOMPARE(statusOf(batch.candidates[0], batch), PayStubBatchStatus::ready);
+        QCOMPARE(statusOf(batch.candidates[1], batch), PayStubBatchStatus::duplicate);
+
+        QVERIFY(!pay.stubs().confirmReady());
+        const auto confirmed = confirmed_pay_stubs::forWeek(w.session->context(), w.workday(monday).payrollWeekID);
+        QCOMPARE(confirmed.size(), std::size_t{1});
+        QCOMPARE(confirmed.front().sourceFilename, std::string("01-quint.pdf"));
+        QCOMPARE(statusOf(pay.stubs().batch()->candidates[0], *pay.stubs().batch()), PayStubBatchStatus::confirmed);
     }
 
     void theCrewEditorRefusesADuplicateNameWithTheRosterSentence() {
