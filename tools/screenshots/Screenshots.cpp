@@ -1,5 +1,5 @@
 // Writes a PNG of every main screen of the window, opened on a store made by the demo, so that each can be
-// looked at: tessel-screenshots DEMO_FOLDER OUTPUT_FOLDER (run under QT_QPA_PLATFORM=offscreen).
+// looked at: tessel-screenshots DEMO_FOLDER OUTPUT_FOLDER [STUB_FOLDER] (run under QT_QPA_PLATFORM=offscreen).
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
@@ -16,7 +16,9 @@
 #include "App/shell/DTSPage.hpp"
 #include "App/shell/MainWindow.hpp"
 #include "App/shell/RulesPage.hpp"
+#include "App/shell/PayPage.hpp"
 #include "App/shell/SetupGuide.hpp"
+#include "App/shell/StubImportPanel.hpp"
 #include "App/shell/UnavailableStoreScreen.hpp"
 
 using namespace tessel;
@@ -53,8 +55,8 @@ TesselUnavailableStoreState foreignStore(const QDir& scratch, TesselStoreEnviron
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
-    if (argc != 3) {
-        std::fprintf(stderr, "usage: tessel-screenshots DEMO_FOLDER OUTPUT_FOLDER\n");
+    if (argc < 3) {
+        std::fprintf(stderr, "usage: tessel-screenshots DEMO_FOLDER OUTPUT_FOLDER [STUB_FOLDER]\n");
         return 2;
     }
     const QDir demo(argv[1]);
@@ -98,6 +100,10 @@ int main(int argc, char** argv) {
     ok &= save(window.dtsPage().review(), output, "05-weekly-review");
 
     window.showPage(MainWindow::pay);
+    if (argc > 3) {  // the week's stubs read again: each shows it is already confirmed
+        window.payPage().stubs().importFiles({QString::fromLocal8Bit(argv[3])});
+        while (window.payPage().stubs().isReading()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
     ok &= save(window, output, "06-pay-week");
 
     window.showPage(MainWindow::rules);
