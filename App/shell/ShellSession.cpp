@@ -63,6 +63,10 @@ private:
 };
 
 ShellSession::Opened ShellSession::open(const TesselStoreEnvironment& environment, const std::filesystem::path& configRoot) {
+    // A reset of the test store asked for earlier happens before its store or settings are used.
+    if (environment.kind == TesselStoreEnvironmentKind::test) {
+        applyPendingTestStoreReset(environment, UserSettingsStore::settingsPath(environment.kind, configRoot));
+    }
     auto opened = openTesselStore(environment);
     if (auto* state = std::get_if<TesselUnavailableStoreState>(&opened)) return std::move(*state);
     auto session = std::make_unique<ShellSession>(std::move(std::get<std::unique_ptr<TesselStore>>(opened)),
@@ -73,6 +77,7 @@ ShellSession::Opened ShellSession::open(const TesselStoreEnvironment& environmen
 ShellSession::ShellSession(std::unique_ptr<TesselStore> store, UserSettingsStore settings)
     : store_(std::move(store)), settings_(std::move(settings)) {
     checkCrewRows();
+    if (const auto problem = settings_.readProblem()) startupWarnings_.push_back({QStringLiteral("Tessel Settings"), qtext(*problem)});
     productionID_ = settings_.mostRecentlyUsedProductionID();
     if (productionID_ && !production_repository::fetch(context(), *productionID_)) productionID_.reset();
 }
@@ -85,10 +90,10 @@ void ShellSession::checkCrewRows() {
     try {
         if (!CrewDailyEntryRepair::hasDuplicateRows(context())) return;
         const auto report = store_->perform([](ModelContext& c) { return CrewDailyEntryRepair::run(c); });
-        if (const auto alert = CrewDailyEntryRepair::alertText(report)) startupWarning_ = Refusal{qtext(CrewDailyEntryRepair::alertTitle), qtext(*alert)};
+        if (const auto alert = CrewDailyEntryRepair::alertText(report)) startupWarnings_.push_back({qtext(CrewDailyEntryRepair::alertTitle), qtext(*alert)});
     } catch (const std::exception& error) {
-        startupWarning_ = Refusal{qtext(CrewDailyEntryRepair::alertTitle),
-                                  qtext(CrewDailyEntryRepair::checkFailedPrefix) + " " + QString::fromUtf8(error.what())};
+        startupWarnings_.push_back({qtext(CrewDailyEntryRepair::alertTitle),
+                                    qtext(CrewDailyEntryRepair::checkFailedPrefix) + " " + QString::fromUtf8(error.what())});
     }
 }
 

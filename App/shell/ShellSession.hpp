@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <variant>
+#include <vector>
 
 #include "App/model/PersistenceModels.hpp"
 #include "App/model/TesselPersistence.hpp"
@@ -49,8 +50,9 @@ public:
     ModelContext& context() noexcept { return store_->context(); }
     UserSettingsStore& settings() noexcept { return settings_; }
     QUndoStack& undoStack() noexcept { return undoStack_; }
-    // The crew-row repair's alert, when the start-up check repaired or could not check the rows.
-    const std::optional<Refusal>& startupWarning() const noexcept { return startupWarning_; }
+    // What start-up has to tell: the crew-row repair's alert (rows repaired, or the check could not
+    // finish) and a settings file that could not be read.
+    const std::vector<Refusal>& startupWarnings() const noexcept { return startupWarnings_; }
 
     // The production being worked on: the one chosen last, remembered across launches.
     std::optional<Production> production();
@@ -75,7 +77,7 @@ private:
     UserSettingsStore settings_;
     QUndoStack undoStack_;
     std::optional<Uuid> productionID_;
-    std::optional<Refusal> startupWarning_;
+    std::vector<Refusal> startupWarnings_;
 };
 
 }  // namespace tessel

@@ -40,7 +40,7 @@ int main(int argc, char** argv) {
     MainWindow window(session);
     window.show();
     QTimer::singleShot(0, &window, [&] {
-        if (const auto& warning = session.startupWarning()) QMessageBox::warning(&window, warning->title, warning->message);
+        for (const auto& warning : session.startupWarnings()) QMessageBox::warning(&window, warning.title, warning.message);
         if (!arguments.positionalArguments().isEmpty()) {
             if (const auto refusal = window.openFile(arguments.positionalArguments().front())) {
                 QMessageBox::warning(&window, refusal->title.isEmpty() ? QString("Tessel") : refusal->title, refusal->message);

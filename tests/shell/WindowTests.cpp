@@ -383,6 +383,19 @@ private slots:
         QCOMPARE(payroll_week_repository::entries(c, firstDTS->id).size(), std::size_t{1});  // the dayplayer is added by hand
     }
 
+    void anUnreadableSettingsFileIsReportedAtStartUp() {
+        testing::TemporaryFolder folder;
+        const auto environment = TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, folder.path() / "data");
+        const auto settingsFile = UserSettingsStore::settingsPath(TesselStoreEnvironmentKind::normal, folder.path() / "config");
+        std::filesystem::create_directories(settingsFile.parent_path());
+        std::ofstream(settingsFile) << "{ not json";
+        auto opened = ShellSession::open(environment, folder.path() / "config");
+        const auto& session = *std::get<std::unique_ptr<ShellSession>>(opened);
+        QCOMPARE(session.startupWarnings().size(), std::size_t{1});
+        QVERIFY2(session.startupWarnings().front().message.contains(QString::fromStdString(settingsFile.string())),
+                 qPrintable(session.startupWarnings().front().message));
+    }
+
     void aForeignStoreShowsOnlyTheUnavailableScreen() {
         testing::TemporaryFolder folder;
         const auto environment = TesselStoreEnvironment::make(TesselStoreEnvironmentKind::normal, folder.path());
