@@ -152,7 +152,7 @@ void RulesPage::addItems(QTreeWidgetItem* parent, const std::string& key, const 
         for (auto it = value.begin(); it != value.end(); ++it, ++index) {
             addItems(item, value.is_object() ? it.key() : std::to_string(index + 1), it.value());
         }
-        if (value.is_array()) item->setText(1, tr("%n item(s)", nullptr, static_cast<int>(value.size())));
+        if (value.is_array()) item->setText(1, value.size() == 1 ? tr("1 item") : tr("%1 items").arg(value.size()));
         return;
     }
     item->setFlags(item->flags() | Qt::ItemIsEditable);
