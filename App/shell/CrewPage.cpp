@@ -35,16 +35,7 @@ using shell_widgets::qdate;
 using shell_widgets::dateEdit;
 using shell_widgets::now;
 
-QTableWidget* table(const QStringList& headers) {
-    auto* t = new QTableWidget(0, static_cast<int>(headers.size()));
-    t->setHorizontalHeaderLabels(headers);
-    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    t->setSelectionBehavior(QAbstractItemView::SelectRows);
-    t->setSelectionMode(QAbstractItemView::SingleSelection);
-    t->verticalHeader()->hide();
-    t->horizontalHeader()->setStretchLastSection(true);
-    return t;
-}
+using shell_widgets::readOnlyTable;
 
 void setRow(QTableWidget* t, int row, const QStringList& cells) {
     for (int column = 0; column < cells.size(); ++column) t->setItem(row, column, new QTableWidgetItem(cells[column]));
@@ -191,7 +182,7 @@ QWidget* CrewPage::buildEditor() {
 
     auto* engagementBox = new QGroupBox(tr("Engagements"));
     auto* engagementLayout = new QVBoxLayout(engagementBox);
-    engagements_ = table({tr("From"), tr("Through"), tr("Participation"), tr("Locality"), tr("Precall"), tr("Wrap-out"), tr("Required rest")});
+    engagements_ = readOnlyTable({tr("From"), tr("Through"), tr("Participation"), tr("Locality"), tr("Precall"), tr("Wrap-out"), tr("Required rest")});
     engagements_->setObjectName("engagements");
     engagements_->setMaximumHeight(130);
     connect(engagements_, &QTableWidget::currentCellChanged, this, &CrewPage::showEngagement);
@@ -230,7 +221,7 @@ QWidget* CrewPage::buildEditor() {
 
     auto* termBox = new QGroupBox(tr("Dated terms of the chosen engagement"));
     auto* termLayout = new QVBoxLayout(termBox);
-    terms_ = table({tr("Term"), tr("From"), tr("Value")});
+    terms_ = readOnlyTable({tr("Term"), tr("From"), tr("Value")});
     terms_->setObjectName("terms");
     termLayout->addWidget(terms_, 1);
     auto* termForm = new QHBoxLayout;

@@ -26,17 +26,7 @@
 namespace tessel {
 namespace {
 
-QTableWidget* table(const QStringList& headers) {
-    auto* t = new QTableWidget(0, static_cast<int>(headers.size()));
-    t->setHorizontalHeaderLabels(headers);
-    t->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    t->setSelectionBehavior(QAbstractItemView::SelectRows);
-    t->setSelectionMode(QAbstractItemView::SingleSelection);
-    t->verticalHeader()->hide();
-    t->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    t->horizontalHeader()->setStretchLastSection(true);
-    return t;
-}
+using shell_widgets::readOnlyTable;
 
 QString amount(const std::optional<Decimal>& value) { return value ? qtext(value->toString()) : QString("\u2014"); }
 
@@ -91,14 +81,14 @@ PayPage::PayPage(ShellSession& session, QWidget* parent) : QWidget(parent), sess
     stubs_ = new StubImportPanel(session_);
     splitter->addWidget(stubs_);
     auto* comparison = new QSplitter(Qt::Horizontal);
-    people_ = table({tr("Crew"), tr("Expected gross"), tr("Paid gross"), tr("Difference"), tr("Outcome")});
+    people_ = readOnlyTable({tr("Crew"), tr("Expected gross"), tr("Paid gross"), tr("Difference"), tr("Outcome")});
     people_->setObjectName("payPeople");
     connect(people_, &QTableWidget::currentCellChanged, this, [this](int row) { showPerson(row); });
     comparison->addWidget(people_);
     auto* linesBox = new QWidget;
     auto* linesLayout = new QVBoxLayout(linesBox);
     linesLayout->setContentsMargins(0, 0, 0, 0);
-    lines_ = table({tr("Line"), tr("Expected"), tr("Paid"), tr("Difference"), tr("Status"), tr("Hours expected / paid")});
+    lines_ = readOnlyTable({tr("Line"), tr("Expected"), tr("Paid"), tr("Difference"), tr("Status"), tr("Hours expected / paid")});
     lines_->setObjectName("payLines");
     linesLayout->addWidget(lines_, 1);
     personNotes_ = new QLabel;

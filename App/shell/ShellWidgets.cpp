@@ -1,6 +1,8 @@
 #include "ShellWidgets.hpp"
 
 #include <QDateEdit>
+#include <QHeaderView>
+#include <QTableWidget>
 
 #include <array>
 
@@ -21,6 +23,18 @@ QDateEdit* dateEdit(const QDate& date) {
     edit->setCalendarPopup(true);
     edit->setDisplayFormat("yyyy-MM-dd");
     return edit;
+}
+
+QTableWidget* readOnlyTable(const QStringList& headers) {
+    auto* table = new QTableWidget(0, static_cast<int>(headers.size()));
+    table->setHorizontalHeaderLabels(headers);
+    table->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table->setSelectionMode(QAbstractItemView::SingleSelection);
+    table->verticalHeader()->hide();
+    table->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    table->horizontalHeader()->setStretchLastSection(true);
+    return table;
 }
 
 QDate qdate(CalendarDate date) {

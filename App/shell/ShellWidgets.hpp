@@ -2,8 +2,11 @@
 
 #include <QDate>
 #include <QString>
+#include <QStringList>
 
 class QDateEdit;
+
+class QTableWidget;
 
 #include <optional>
 
@@ -17,6 +20,9 @@ Instant now();
 CalendarDate today();
 // A date field with its calendar, showing dates as the rest of Tessel writes them.
 QDateEdit* dateEdit(const QDate& date = QDate::currentDate());
+
+// A table that is read, not typed into: whole rows chosen one at a time, columns sized to their contents.
+QTableWidget* readOnlyTable(const QStringList& headers);
 
 QDate qdate(CalendarDate date);
 CalendarDate calendarDate(const QDate& date);
