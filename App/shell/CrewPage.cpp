@@ -189,7 +189,9 @@ QWidget* CrewPage::buildEditor() {
     engagementLayout->addWidget(engagements_);
     auto* form = new QGridLayout;
     from_ = dateEdit();
+    from_->setObjectName("engagementFrom");
     hasThrough_ = new QCheckBox(tr("Last day"));
+    hasThrough_->setObjectName("engagementHasLastDay");
     through_ = dateEdit();
     participation_ = new QComboBox;
     participation_->addItems({tr("Full time"), tr("Dayplayer")});
@@ -214,8 +216,13 @@ QWidget* CrewPage::buildEditor() {
     form->addWidget(new QLabel(tr("Required rest")), 0, 6);
     form->addWidget(rest_, 1, 6);
     auto* save = new QPushButton(tr("Save Engagement"));
-    connect(save, &QPushButton::clicked, this, &CrewPage::saveEngagement);
+    connect(save, &QPushButton::clicked, this, [this] { saveEngagement(false); });
     form->addWidget(save, 1, 7);
+    auto* saveNew = new QPushButton(tr("Save as New Engagement"));
+    saveNew->setObjectName("newEngagement");
+    saveNew->setToolTip(tr("A later hire of the same person: the first engagement must end before this one starts."));
+    connect(saveNew, &QPushButton::clicked, this, [this] { saveEngagement(true); });
+    form->addWidget(saveNew, 0, 7);
     engagementLayout->addLayout(form);
     layout->addWidget(engagementBox);
 
@@ -378,10 +385,11 @@ void CrewPage::choosePerson(const Uuid& crewMemberID) {
     reloadEditor();
 }
 
-void CrewPage::saveEngagement() {
+void CrewPage::saveEngagement(bool asNew) {
     auto record = chosenEngagement();
     if (!record) return;
     ProductionEngagement engagement = record->engagement;
+    if (asNew) engagement.id = Uuid::generate();  // the form's values as another engagement of the person
     const QString precall = precall_->text(), wrapout = wrapout_->text(), rest = rest_->text();
     act(tr("Save Engagement"), [&](ModelContext& c) {
         engagement.effectiveFrom = calendarDate(from_->date());
@@ -392,8 +400,8 @@ void CrewPage::saveEngagement() {
                                                                             : std::optional(RulesLocality::distant);
         engagement.regularPrecallDurationSeconds = durationEntry(precall, precallMessage);
         engagement.regularWrapoutDurationSeconds = durationEntry(wrapout, wrapoutMessage);
-        crew_roster::saveEngagement(c, engagement, {});
-        crew_roster::setRequiredRest(c, engagement.id, durationEntry(rest, restMessage), now());
+        const auto saved = crew_roster::saveEngagement(c, engagement, {});
+        crew_roster::setRequiredRest(c, saved.id, durationEntry(rest, restMessage), now());
     });
 }
 

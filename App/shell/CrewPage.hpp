@@ -36,7 +36,8 @@ private:
     void reloadList();
     void reloadEditor();
     void act(const QString& name, const std::function<void(ModelContext&)>& action);
-    void saveEngagement();
+    // Saves the form into the chosen engagement, or as a new one of the same person.
+    void saveEngagement(bool asNew);
     void addTerm();
     void clearTerm();
     void showEngagement();

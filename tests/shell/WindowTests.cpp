@@ -1,6 +1,8 @@
 // The window driven as a person drives it, through real widgets under the offscreen platform.
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
+#include <QDateEdit>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
@@ -338,6 +340,28 @@ private slots:
         auto* shown = page.findChild<QTableWidget*>("terms");
         QCOMPARE(shown->rowCount(), 2);  // the rate and the per diem
         QCOMPARE(shown->item(1, 2)->text(), QString("12.50 USD a day"));
+    }
+
+    void aSecondEngagementIsRefusedWhileTheFirstIsInForceAndSavedOnceItEnds() {
+        Workspace w;
+        CrewPage& page = w.window->crewPage();
+        const auto rowan = crew_repository::crewMembers(w.session->context(), w.session->production()->id).front();
+        page.choosePerson(rowan.id);
+        auto* saveNew = page.findChild<QPushButton*>("newEngagement");
+        QTest::mouseClick(saveNew, Qt::LeftButton);  // the same dates again: overlapping
+        QVERIFY2(page.statusText().contains("already has an engagement from 2026-11-02"), qPrintable(page.statusText()));
+        QCOMPARE(crew_roster::records(w.session->context(), rowan.id).size(), std::size_t{1});
+
+        QVERIFY(!w.session->perform("End", [&](ModelContext& c) {
+            auto first = crew_roster::records(c, rowan.id).front().engagement;
+            first.effectiveThrough = workDate(4);
+            crew_roster::saveEngagement(c, first, {});
+        }));
+        page.findChild<QDateEdit*>("engagementFrom")->setDate(QDate(2026, 12, 1));  // a later hire, open-ended
+        page.findChild<QCheckBox*>("engagementHasLastDay")->setChecked(false);
+        QTest::mouseClick(saveNew, Qt::LeftButton);
+        QCOMPARE(page.statusText(), QString());
+        QCOMPARE(crew_roster::records(w.session->context(), rowan.id).size(), std::size_t{2});
     }
 
     void theRulesFormSavesOnlyAValidRuleset() {
