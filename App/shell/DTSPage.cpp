@@ -412,6 +412,10 @@ void DTSPage::reloadSharedFacts() {
     if (!workday || !production) {
         heading_->setText(production ? tr("Choose a date, or create its DTS") : QString());
         for (auto* edit : sharedTimes_) edit->clear();
+        for (auto* edit : {travel_, mileage_, workState_}) edit->clear();
+        const QSignalBlocker quiet(notes_);
+        notes_->clear();  // a date without a DTS shows none of another date's facts
+        advisory_->clear();
         dayplayers_->clear();
         return;
     }
