@@ -82,17 +82,10 @@ CrewPage::CrewPage(ShellSession& session, QWidget* parent) : QWidget(parent), se
     status_->setWordWrap(true);
     status_->setStyleSheet("color: #a00000;");
     layout->addWidget(status_);
-    connect(&session_, &ShellSession::storeChanged, this, [this] {
+    shell_widgets::reloadWhenShown(this, session_, [this] {
         reloadList();
         reloadEditor();
     });
-    connect(&session_, &ShellSession::productionChanged, this, [this] {
-        person_.reset();
-        reloadList();
-        reloadEditor();
-    });
-    reloadList();
-    reloadEditor();
 }
 
 QWidget* CrewPage::buildList() {

@@ -105,8 +105,7 @@ WelcomePage::WelcomePage(ShellSession& session, MainWindow& window, QWidget* par
     buttons->addWidget(feedback);
     layout->addLayout(buttons);
     layout->addStretch(1);
-    connect(&session_, &ShellSession::storeChanged, this, &WelcomePage::reload);
-    reload();
+    shell_widgets::reloadWhenShown(this, session_, [this] { reload(); });
 }
 
 void WelcomePage::reload() {
@@ -242,10 +241,7 @@ void MainWindow::reloadProductions() {
     setWindowTitle(current ? QString("%1 \u2014 Tessel").arg(qtext(current->name)) : QString("Tessel"));
 }
 
-void MainWindow::productionChanged() {
-    reloadProductions();
-    welcome_->reload();
-}
+void MainWindow::productionChanged() { reloadProductions(); }
 
 bool MainWindow::runSetupGuide() {
     SetupGuide guide(session_, this);

@@ -141,18 +141,11 @@ PayPage::PayPage(ShellSession& session, QWidget* parent) : QWidget(parent), sess
     status_->setStyleSheet("color: #a00000;");
     layout->addWidget(status_);
 
-    connect(&session_, &ShellSession::storeChanged, this, [this] {
+    shell_widgets::reloadWhenShown(this, session_, [this] {
         review_.reset();  // anything may have changed what is expected
         reloadWeeks();
         recalculate();
     });
-    connect(&session_, &ShellSession::productionChanged, this, [this] {
-        review_.reset();
-        reloadWeeks();
-        recalculate();
-    });
-    reloadWeeks();
-    recalculate();
 }
 
 void PayPage::reloadWeeks() {
@@ -170,6 +163,7 @@ void PayPage::reloadWeeks() {
 }
 
 void PayPage::showWeek(const Uuid& payrollWeekID) {
+    reloadWeeks();
     weeks_->setCurrentIndex(weeks_->findData(QString::fromStdString(payrollWeekID.text())));
     recalculate();
 }

@@ -104,8 +104,8 @@ RulesPage::RulesPage(ShellSession& session, QWidget* parent) : QWidget(parent), 
     status_->setObjectName("rulesStatus");
     status_->setWordWrap(true);
     layout->addWidget(status_);
-    connect(&session_, &ShellSession::productionChanged, this, &RulesPage::revert);
-    connect(&session_, &ShellSession::storeChanged, this, [this] {
+    connect(&session_, &ShellSession::productionChanged, this, [this] { edited_ = false; });  // another production's form
+    shell_widgets::reloadWhenShown(this, session_, [this] {
         if (!edited_) revert();  // an undo or another page's change; edits in progress are kept
     });
     revert();

@@ -1,6 +1,8 @@
 #include "ShellWidgets.hpp"
 
 #include <QDateEdit>
+#include <QEvent>
+#include <QWidget>
 #include <QHeaderView>
 #include <QTableWidget>
 
@@ -23,6 +25,39 @@ QDateEdit* dateEdit(const QDate& date) {
     edit->setCalendarPopup(true);
     edit->setDisplayFormat("yyyy-MM-dd");
     return edit;
+}
+
+namespace {
+
+class ReloadWhenShown : public QObject {
+public:
+    ReloadWhenShown(QWidget* page, std::function<void()> reload) : QObject(page), page_(page), reload_(std::move(reload)) {
+        page->installEventFilter(this);
+    }
+    void storeChanged() {
+        if (page_->isVisible()) reload_();
+        else stale_ = true;
+    }
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Show && stale_) {
+            stale_ = false;
+            reload_();
+        }
+        return false;
+    }
+
+private:
+    QWidget* page_;
+    std::function<void()> reload_;
+    bool stale_ = true;
+};
+
+}  // namespace
+
+void reloadWhenShown(QWidget* page, ShellSession& session, std::function<void()> reload) {
+    auto* watcher = new ReloadWhenShown(page, std::move(reload));
+    QObject::connect(&session, &ShellSession::storeChanged, watcher, [watcher] { watcher->storeChanged(); });
+    QObject::connect(&session, &ShellSession::productionChanged, watcher, [watcher] { watcher->storeChanged(); });
 }
 
 QTableWidget* readOnlyTable(const QStringList& headers) {

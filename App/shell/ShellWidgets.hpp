@@ -5,14 +5,20 @@
 #include <QStringList>
 
 class QDateEdit;
+class QWidget;
 
 class QTableWidget;
 
+#include <functional>
 #include <optional>
 
 #include "App/model/PersistenceModels.hpp"
 
 // Small conversions every page of the window shares.
+namespace tessel {
+class ShellSession;
+}
+
 namespace tessel::shell_widgets {
 
 // The moment of a user action, to the second, as the store keeps it; and today's date.
@@ -20,6 +26,11 @@ Instant now();
 CalendarDate today();
 // A date field with its calendar, showing dates as the rest of Tessel writes them.
 QDateEdit* dateEdit(const QDate& date = QDate::currentDate());
+
+// Runs `reload` after every store change or change of production while the page is shown, and when it
+// is first shown. A hidden page is only marked, and reloaded when it is next shown, so that a time typed
+// on one page does not recalculate every other, and start-up builds only the page it opens on.
+void reloadWhenShown(QWidget* page, ShellSession& session, std::function<void()> reload);
 
 // A table that is read, not typed into: whole rows chosen one at a time, columns sized to their contents.
 QTableWidget* readOnlyTable(const QStringList& headers);

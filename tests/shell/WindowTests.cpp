@@ -308,6 +308,7 @@ private slots:
 
     void theCrewEditorRefusesADuplicateNameWithTheRosterSentence() {
         Workspace w;
+        w.window->showPage(MainWindow::crew);  // edited where a person edits crew
         const auto refusal = w.window->crewPage().addPerson({"Rowan Vale", monday});
         QVERIFY(refusal.has_value());
         QCOMPARE(refusal->message, QString("There is already a crew member named \u201CRowan Vale\u201D on this production."));
@@ -318,6 +319,7 @@ private slots:
 
     void theCrewEditorSetsDatedTermsAndAllowancesThroughItsForm() {
         Workspace w;
+        w.window->showPage(MainWindow::crew);  // edited where a person edits crew
         CrewPage& page = w.window->crewPage();
         const auto rowan = crew_repository::crewMembers(w.session->context(), w.session->production()->id).front();
         page.choosePerson(rowan.id);
@@ -344,6 +346,7 @@ private slots:
 
     void aSecondEngagementIsRefusedWhileTheFirstIsInForceAndSavedOnceItEnds() {
         Workspace w;
+        w.window->showPage(MainWindow::crew);  // edited where a person edits crew
         CrewPage& page = w.window->crewPage();
         const auto rowan = crew_repository::crewMembers(w.session->context(), w.session->production()->id).front();
         page.choosePerson(rowan.id);
