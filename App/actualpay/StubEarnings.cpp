@@ -117,22 +117,13 @@ std::string normalizedOf(const std::vector<const PayStubTextToken*>& tokens) {
 
 std::optional<PayStubNumericInterpretation> numberIn(const std::vector<const PayStubTextToken*>& tokens) {
     if (tokens.empty()) return std::nullopt;
-    return interpretStubNumber(rawOf(tokens));
+    auto number = interpretStubNumber(rawOf(tokens));
+    number.area = areaOf(tokens);
+    return number;
 }
 
 bool namesWord(const PayStubTokenLine& line, std::string_view word) {
     return std::any_of(line.tokens.begin(), line.tokens.end(), [&](const auto& t) { return t.normalizedText == word; });
-}
-
-PageRectangle boundsOf(const PayStubTokenLine& line) {
-    double left = 1, top = 1, right = 0, bottom = 0;
-    for (const auto& t : line.tokens) {
-        left = std::min(left, t.normalizedBounds.x);
-        top = std::min(top, t.normalizedBounds.y);
-        right = std::max(right, t.normalizedBounds.right());
-        bottom = std::max(bottom, t.normalizedBounds.y + t.normalizedBounds.height);
-    }
-    return {left, top, std::max(right - left, 0.0), std::max(bottom - top, 0.0)};
 }
 
 // The increment of a printed amount's last place: 0.01 for "360.00", 1 for "360".
@@ -238,7 +229,7 @@ PayStubEarningsAnalysis analyzeEarnings(const PayStubTextEvidence& evidence) {
         row.rate = numberIn(cells.rate);
         row.hours = numberIn(cells.hours);
         row.amount = numberIn(cells.amount);
-        row.normalizedBounds = boundsOf(*line);
+        row.normalizedBounds = line->area().bounds;
         row.arithmetic = validateRow(row.rate, row.hours, row.amount);
         analysis.rows.push_back(std::move(row));
     }

@@ -52,6 +52,24 @@ struct OpenLine {
 std::string PayStubTokenLine::rawText() const { return joined(tokens, &PayStubTextToken::rawText); }
 std::string PayStubTokenLine::normalizedText() const { return joined(tokens, &PayStubTextToken::normalizedText); }
 
+std::optional<PageArea> areaOf(const std::vector<const PayStubTextToken*>& tokens) {
+    if (tokens.empty()) return std::nullopt;
+    double left = 1, top = 1, right = 0, bottom = 0;
+    for (const auto* t : tokens) {
+        left = std::min(left, t->normalizedBounds.x);
+        top = std::min(top, t->normalizedBounds.y);
+        right = std::max(right, t->normalizedBounds.right());
+        bottom = std::max(bottom, t->normalizedBounds.y + t->normalizedBounds.height);
+    }
+    return PageArea{tokens.front()->pageIndex, {left, top, std::max(right - left, 0.0), std::max(bottom - top, 0.0)}};
+}
+
+PageArea PayStubTokenLine::area() const {
+    std::vector<const PayStubTextToken*> all;
+    for (const auto& token : tokens) all.push_back(&token);
+    return areaOf(all).value_or(PageArea{pageIndex, {}});
+}
+
 std::vector<PayStubTokenLine> tokenLines(const PayStubTextEvidence& evidence) {
     std::vector<const PayStubTextToken*> ordered;
     for (const auto& token : evidence.tokens) {

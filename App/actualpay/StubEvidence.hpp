@@ -23,6 +23,12 @@ struct PageRectangle {
     double right() const noexcept { return x + width; }
 };
 
+// Where a value was read: a rectangle on one page, to show beside the value under review.
+struct PageArea {
+    int pageIndex = 0;
+    PageRectangle bounds;
+};
+
 struct PayStubTextToken {
     std::string id;
     std::string rawText;
@@ -44,7 +50,11 @@ struct PayStubTokenLine {
     std::vector<PayStubTextToken> tokens;  // left to right
     std::string rawText() const;           // the tokens' raw texts joined by spaces
     std::string normalizedText() const;    // the same of their normalised texts
+    PageArea area() const;                 // the smallest rectangle holding every token
 };
+
+// The smallest rectangle holding the tokens, on the first one's page; nothing for no tokens.
+std::optional<PageArea> areaOf(const std::vector<const PayStubTextToken*>& tokens);
 
 // The evidence's tokens as visual lines: pages in order, lines top to bottom, tokens left to right. A
 // token joins a line when its vertical middle lies within half the line's tallest token height of the

@@ -84,7 +84,7 @@ PrintedFields printedFields(const std::vector<PayStubTokenLine>& lines, PayStubT
     PrintedFields fields;
     for (const auto& line : lines) {
         const std::string normalized = line.normalizedText();
-        const PayStubEvidenceExcerpt excerpt{source, line.rawText(), normalized};
+        const PayStubEvidenceExcerpt excerpt{source, line.rawText(), normalized, line.area()};
         // The value comes from the normal form; the same pattern over the raw line keeps what was printed.
         const auto printed = [&](const char16_t* pattern, int count, const std::string& fallback) {
             const auto raw = compiled(pattern).groups(excerpt.rawText, count);

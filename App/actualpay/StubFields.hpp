@@ -15,6 +15,7 @@ struct PayStubEvidenceExcerpt {
     PayStubTextSource source = PayStubTextSource::embeddedPDFText;
     std::string rawText;
     std::string normalizedText;
+    std::optional<PageArea> area{};  // where on the page it was printed, when known
 };
 
 namespace ep_layout {

@@ -33,7 +33,7 @@ std::optional<PayStubEvidenceExcerpt> excerptOf(const std::optional<ep_layout::F
 
 std::optional<PayStubEvidenceExcerpt> excerptOf(const std::optional<PayStubNumericInterpretation>& number, PayStubTextSource source) {
     if (!number) return std::nullopt;
-    return PayStubEvidenceExcerpt{source, number->rawText, number->normalizedText};
+    return PayStubEvidenceExcerpt{source, number->rawText, number->normalizedText, number->area};
 }
 
 std::optional<Decimal> resolvedOf(const std::optional<PayStubNumericInterpretation>& number) {
@@ -100,7 +100,8 @@ EPPayStubEarningInterpretation lineOf(const RowPair& pair, PayStubTextSource emb
     line.displayOrder = order;
     const auto label = [](const PayStubEarningsRow* row) { return row ? std::optional(row->normalizedDescription) : std::nullopt; };
     const auto labelExcerpt = [](const PayStubEarningsRow* row, PayStubTextSource source) {
-        return row ? std::optional(PayStubEvidenceExcerpt{source, row->rawDescription, row->normalizedDescription}) : std::nullopt;
+        return row ? std::optional(PayStubEvidenceExcerpt{source, row->rawDescription, row->normalizedDescription, PageArea{row->pageIndex, row->normalizedBounds}})
+                   : std::nullopt;
     };
     line.printedLabel = combined(label(e), labelExcerpt(e, embeddedSource), label(o), labelExcerpt(o, PayStubTextSource::tesseractOCR), compare,
                                  "earning label");

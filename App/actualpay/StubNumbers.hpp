@@ -5,6 +5,7 @@
 #include <string_view>
 #include <vector>
 
+#include "App/actualpay/StubEvidence.hpp"
 #include "PayrollDomain/Decimal.hpp"
 
 // Numbers printed on a pay stub, read as exact decimals in the POSIX locale and never as floating point.
@@ -24,6 +25,7 @@ struct PayStubNumericInterpretation {
     std::string normalizedText;
     std::vector<Decimal> candidates;
     PayStubNumericClassification classification = PayStubNumericClassification::invalid;
+    std::optional<PageArea> area{};  // where it was printed, when read from a page
 
     // The value, when the text allows exactly one.
     std::optional<Decimal> resolved() const;

@@ -370,6 +370,31 @@ TEST(EPInterpretation, AgreesWithItselfAcrossBothReadings) {
     EXPECT_FALSE(stub.gross.reviewReason.has_value());
 }
 
+// Each value's evidence marks where it was printed, so the window can point at it on the page: the
+// 792-point page is 1 high, the name's line at y 90 pt, the overtime amount at x 420 pt, y 206 pt.
+TEST(EPInterpretation, MarksWhereEachValueWasPrinted) {
+    const auto embedded = extractTextLayer(epStub(), PayStubTextSource::embeddedPDFText);
+    const auto stub = interpretEPStub(embedded, asOcr(embedded));
+    const auto area = [](const auto& field, std::size_t reading) {
+        EXPECT_GT(field.evidence.size(), reading);
+        return field.evidence.at(reading).area.value_or(PageArea{-1, {}});
+    };
+    const auto contains = [](const PageArea& area, double xPoints, double baselinePoints) {
+        const double x = xPoints / 612, y = (baselinePoints - 4) / 792;
+        return area.pageIndex == 0 && area.bounds.x <= x + 0.001 && x < area.bounds.right() && area.bounds.y <= y && y <= area.bounds.y + area.bounds.height;
+    };
+    for (std::size_t reading : {0u, 1u}) {
+        EXPECT_TRUE(contains(area(stub.printedEmployeeName, reading), 72, 90));
+        EXPECT_TRUE(contains(area(stub.payPeriodEnd, reading), 72, 126));
+        const auto overtime = area(stub.earningLines[1].amount, reading);
+        EXPECT_TRUE(contains(overtime, 421, 206));
+        EXPECT_FALSE(contains(overtime, 331, 206)) << "the amount, not the whole row";
+        EXPECT_TRUE(contains(area(stub.earningLines[1].printedLabel, reading), 72, 206));
+        EXPECT_TRUE(contains(area(stub.gross, reading), 421, 250));
+        EXPECT_TRUE(contains(area(stub.totalHours, reading), 331, 250));
+    }
+}
+
 TEST(EPInterpretation, ShowsEveryDoubtNextToItsValue) {
     const auto embedded = extractTextLayer(epStub("360.01"), PayStubTextSource::embeddedPDFText);
     auto ocr = asOcr(embedded);
