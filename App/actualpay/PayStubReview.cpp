@@ -180,6 +180,27 @@ bool periodMatchesWeek(const PayStubReviewSession& s) {
     return s.payPeriodStart.value == s.week.start && s.payPeriodEnd.value == s.week.end;
 }
 
+namespace {
+void renumber(PayStubReviewSession& session) {
+    int order = 0;
+    for (auto& line : session.earningLines) line.displayOrder = order++;
+}
+}  // namespace
+
+PayStubReviewedEarningLine& addEarningLine(PayStubReviewSession& session) {
+    PayStubReviewedEarningLine line{"added-" + std::to_string(session.earningLines.size()), {}, {}, {}, {}, {}, 0};
+    line.amount.isRequired = true;
+    session.earningLines.push_back(std::move(line));
+    renumber(session);
+    return session.earningLines.back();
+}
+
+void removeEarningLine(PayStubReviewSession& session, std::size_t index) {
+    if (index >= session.earningLines.size()) return;
+    session.earningLines.erase(session.earningLines.begin() + static_cast<std::ptrdiff_t>(index));
+    renumber(session);
+}
+
 std::vector<std::string> periodProblems(const PayStubReviewSession& s) {
     if (!s.payPeriodStart.value || !s.payPeriodEnd.value) return {std::string(words::periodRequired)};
     std::vector<std::string> problems;

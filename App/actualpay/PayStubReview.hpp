@@ -118,6 +118,11 @@ void correct(PayStubReviewedText& field, std::string value);
 void correct(PayStubReviewedDate& field, CalendarDate value);
 void correct(PayStubReviewedDecimal& field, std::string value);
 
+// An earning line the reading missed, added by the user at the end (its amount required), and a line
+// the reading made up, dropped; the lines are numbered again in their order.
+PayStubReviewedEarningLine& addEarningLine(PayStubReviewSession& session);
+void removeEarningLine(PayStubReviewSession& session, std::size_t index);
+
 // The printed period's problems in words: missing dates, a start after the end, or (unless acknowledged)
 // a period other than the week's.
 std::vector<std::string> periodProblems(const PayStubReviewSession& session);

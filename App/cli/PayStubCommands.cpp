@@ -227,15 +227,8 @@ void applyCorrections(PayStubReviewSession& r, const PayStubCommandArguments& a,
     for (const int number : a.dropLines) dropped.push_back(lineIndex(r, number));
     std::sort(dropped.rbegin(), dropped.rend());
     dropped.erase(std::unique(dropped.begin(), dropped.end()), dropped.end());
-    for (const auto index : dropped) r.earningLines.erase(r.earningLines.begin() + static_cast<std::ptrdiff_t>(index));
-    for (const auto& fields : a.addLines) {
-        PayStubReviewedEarningLine line{"added-" + std::to_string(r.earningLines.size()), {}, {}, {}, {}, {}, 0};
-        line.amount.isRequired = true;
-        correctLine(line, fields);
-        r.earningLines.push_back(std::move(line));
-    }
-    int order = 0;
-    for (auto& line : r.earningLines) line.displayOrder = order++;
+    for (const auto index : dropped) removeEarningLine(r, index);
+    for (const auto& fields : a.addLines) correctLine(addEarningLine(r), fields);
 }
 
 std::string corrected(bool was) { return was ? " (corrected)" : ""; }

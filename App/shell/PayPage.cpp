@@ -10,6 +10,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSplitter>
+#include <QStackedWidget>
 #include <QTableWidget>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -21,6 +22,9 @@
 #include "App/model/ProductionRepository.hpp"
 #include "App/shell/ShellText.hpp"
 #include "App/shell/StubImportPanel.hpp"
+#include "App/shell/PdfPageView.hpp"
+#include "App/shell/StubReviewPanel.hpp"
+#include "App/actualpay/ConfirmedPayStubs.hpp"
 #include "App/shell/ShellWidgets.hpp"
 
 namespace tessel {
@@ -57,8 +61,14 @@ void setRow(QTableWidget* t, int row, const QStringList& cells, const QColor& co
 }  // namespace
 
 PayPage::PayPage(ShellSession& session, QWidget* parent) : QWidget(parent), session_(session) {
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(8, 8, 8, 8);
+    auto* outer = new QVBoxLayout(this);
+    outer->setContentsMargins(8, 8, 8, 8);
+    stack_ = new QStackedWidget;
+    outer->addWidget(stack_);
+    auto* checkPage = new QWidget;
+    stack_->addWidget(checkPage);
+    auto* layout = new QVBoxLayout(checkPage);
+    layout->setContentsMargins(0, 0, 0, 0);
     auto* heading = new QHBoxLayout;
     auto* title = new QLabel(tr("Pay Check"));
     title->setStyleSheet("font-size: 15pt; font-weight: bold;");
@@ -83,7 +93,9 @@ PayPage::PayPage(ShellSession& session, QWidget* parent) : QWidget(parent), sess
     auto* comparison = new QSplitter(Qt::Horizontal);
     people_ = readOnlyTable({tr("Crew"), tr("Expected gross"), tr("Paid gross"), tr("Difference"), tr("Outcome")});
     people_->setObjectName("payPeople");
+    people_->setToolTip(tr("Double-click a person to open their confirmed pay stub."));
     connect(people_, &QTableWidget::currentCellChanged, this, [this](int row) { showPerson(row); });
+    connect(people_, &QTableWidget::cellDoubleClicked, this, [this](int row) { openConfirmedStub(row); });
     comparison->addWidget(people_);
     auto* linesBox = new QWidget;
     auto* linesLayout = new QVBoxLayout(linesBox);
@@ -140,6 +152,16 @@ PayPage::PayPage(ShellSession& session, QWidget* parent) : QWidget(parent), sess
     status_->setWordWrap(true);
     status_->setStyleSheet("color: #a00000;");
     layout->addWidget(status_);
+
+    reviewPanel_ = new StubReviewPanel(session_);
+    stack_->addWidget(reviewPanel_);
+    connect(stubs_, &StubImportPanel::reviewRequested, this, [this](int candidate) { reviewCandidate(candidate); });
+    connect(reviewPanel_, &StubReviewPanel::confirmed, this, [this](const PayStubReviewSession& review) {
+        if (reviewing_ >= 0) stubs_->markConfirmed(reviewing_, review);
+        closeReview();
+    });
+    connect(reviewPanel_, &StubReviewPanel::removed, this, [this] { closeReview(); });
+    connect(reviewPanel_, &StubReviewPanel::closed, this, [this] { closeReview(); });
 
     shell_widgets::reloadWhenShown(this, session_, [this] {
         review_.reset();  // anything may have changed what is expected
@@ -310,6 +332,62 @@ QString PayPage::claimText() const {
     return qtext(payroll_issues::claimText(session_.context(), *review_, *production, comparison_->week,
                                            {PayrollIssueState::needsAttention, PayrollIssueState::reported}));
 }
+
+void PayPage::reviewCandidate(int candidate) {
+    const auto& batch = stubs_->batch();
+    if (!batch || candidate < 0 || candidate >= static_cast<int>(batch->candidates.size())) return;
+    const auto& c = batch->candidates[static_cast<std::size_t>(candidate)];
+    if (!c.review) {
+        status_->setText(c.failure ? qtext(*c.failure) : QString());
+        return;
+    }
+    if (c.confirmed || c.duplicateFile) {
+        status_->setText(c.confirmed ? tr("\u201C%1\u201D is confirmed; open it from the person's row to correct it.").arg(qtext(c.filename))
+                                     : qtext(pay_stub_import_words::alreadyInBatch));
+        return;
+    }
+    reviewing_ = candidate;
+    reviewPanel_->review(*c.review, batch->existingCrewIDs);
+    stack_->setCurrentWidget(reviewPanel_);
+}
+
+std::optional<Refusal> PayPage::openConfirmedStub(int row) {
+    const auto production = session_.production();
+    if (!production || !comparison_ || row < 0 || row >= static_cast<int>(comparison_->comparisons.size())) return std::nullopt;
+    const auto& person = comparison_->comparisons[static_cast<std::size_t>(row)];
+    std::optional<ConfirmedPayStubActualPay> stub;
+    std::vector<PayStubCrewOption> crew;
+    try {
+        stub = confirmed_pay_stubs::find(session_.context(), person.crewID, person.weekID, true);
+        const auto week = payroll_week_repository::fetchWeek(session_.context(), person.weekID);
+        if (stub && week) crew = importSetting(session_.context(), production->id, *week).crew;
+    } catch (...) {
+        const Refusal refusal = refusalOf(std::current_exception());
+        status_->setText(refusal.message);
+        return refusal;
+    }
+    if (!stub) {
+        const Refusal refusal{{}, tr("%1 has no confirmed pay stub for this Payroll Week.").arg(qtext(person.crewName))};
+        status_->setText(refusal.message);
+        return refusal;
+    }
+    reviewing_ = -1;
+    reviewPanel_->review(reviewOfConfirmed(*stub, std::move(crew)));
+    if (reviewPanel_->page().pageCount() == 0) {
+        const Refusal refusal{qtext(confirmed_pay_stub_words::openFailedTitle), qtext(confirmed_pay_stub_words::invalidPDF)};
+        status_->setText(refusal.message);
+        return refusal;
+    }
+    stack_->setCurrentWidget(reviewPanel_);
+    return std::nullopt;
+}
+
+void PayPage::closeReview() {
+    reviewing_ = -1;
+    stack_->setCurrentIndex(0);
+}
+
+bool PayPage::isReviewing() const { return stack_->currentWidget() == reviewPanel_; }
 
 QString PayPage::dashboardText() const { return dashboard_->text(); }
 

@@ -17,8 +17,11 @@ class QPlainTextEdit;
 class QTableWidget;
 class QTreeWidget;
 
+class QStackedWidget;
+
 namespace tessel {
 class StubImportPanel;
+class StubReviewPanel;
 }
 
 namespace tessel {
@@ -40,12 +43,19 @@ public:
     QString claimText() const;
     QString dashboardText() const;
     StubImportPanel& stubs() noexcept { return *stubs_; }
+    StubReviewPanel& stubReview() noexcept { return *reviewPanel_; }
+    // One candidate of the batch under review beside its page.
+    void reviewCandidate(int candidate);
+    // The confirmed stub of the person on a row of the comparison, opened to be corrected or removed.
+    std::optional<Refusal> openConfirmedStub(int row);
+    bool isReviewing() const;
 
 private:
     void reloadWeeks();
     void recalculate();
     void showPerson(int row);
     void reloadIssues();
+    void closeReview();
 
     ShellSession& session_;
     std::unique_ptr<ExpectedPayrollReview> review_;
@@ -58,6 +68,9 @@ private:
     QLabel* personNotes_ = nullptr;
     QTreeWidget* issues_ = nullptr;
     StubImportPanel* stubs_ = nullptr;
+    QStackedWidget* stack_ = nullptr;
+    StubReviewPanel* reviewPanel_ = nullptr;
+    int reviewing_ = -1;  // the batch candidate under review; -1 for a confirmed stub or none
     QComboBox* state_ = nullptr;
     QLineEdit* note_ = nullptr;
     QLabel* status_ = nullptr;

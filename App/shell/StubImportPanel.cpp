@@ -54,6 +54,11 @@ StubImportPanel::StubImportPanel(ShellSession& session, QWidget* parent) : QWidg
         const QString chosen = QFileDialog::getExistingDirectory(this, tr("Import Folder"));
         if (!chosen.isEmpty()) importFiles({chosen});
     });
+    review_ = new QPushButton(tr("Review Pay Stub\u2026"));
+    review_->setEnabled(false);
+    connect(review_, &QPushButton::clicked, this, [this] {
+        if (table_->currentRow() >= 0) emit reviewRequested(table_->currentRow());
+    });
     confirm_ = new QPushButton(tr("Confirm Ready"));
     confirm_->setEnabled(false);
     connect(confirm_, &QPushButton::clicked, this, [this] { confirmReady(); });
@@ -64,6 +69,7 @@ StubImportPanel::StubImportPanel(ShellSession& session, QWidget* parent) : QWidg
     buttons->addWidget(progress_);
     buttons->addWidget(files);
     buttons->addWidget(folder);
+    buttons->addWidget(review_);
     buttons->addWidget(confirm_);
     layout->addLayout(buttons);
     message_ = new QLabel(tr("Drop pay-stub PDFs or a folder of them here."));
@@ -79,6 +85,14 @@ StubImportPanel::StubImportPanel(ShellSession& session, QWidget* parent) : QWidg
     table_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     table_->horizontalHeader()->setStretchLastSection(true);
     table_->setWordWrap(true);
+    table_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    table_->setSelectionMode(QAbstractItemView::SingleSelection);
+    connect(table_, &QTableWidget::cellDoubleClicked, this, [this](int row) { emit reviewRequested(row); });
+    connect(table_, &QTableWidget::currentCellChanged, this, [this](int row) {
+        // A file that could not be read has nothing to review.
+        review_->setEnabled(batch_ && row >= 0 && row < static_cast<int>(batch_->candidates.size()) &&
+                            batch_->candidates[static_cast<std::size_t>(row)].review.has_value());
+    });
     layout->addWidget(table_, 1);
 }
 
@@ -188,6 +202,16 @@ std::optional<Refusal> StubImportPanel::confirmReady() {
     showBatch();
     message_->setText(confirmed == 1 ? tr("Confirmed 1 pay stub.") : tr("Confirmed %1 pay stubs.").arg(confirmed));
     return std::nullopt;
+}
+
+void StubImportPanel::markConfirmed(int candidate, const PayStubReviewSession& review) {
+    if (!batch_ || candidate < 0 || candidate >= static_cast<int>(batch_->candidates.size())) return;
+    auto& c = batch_->candidates[static_cast<std::size_t>(candidate)];
+    c.review = review;
+    c.confirmed = true;
+    if (review.selectedCrewMemberID) batch_->existingCrewIDs.insert(*review.selectedCrewMemberID);
+    showBatch();
+    message_->setText(tr("Confirmed \u201C%1\u201D.").arg(qtext(c.filename)));
 }
 
 void StubImportPanel::dragEnterEvent(QDragEnterEvent* event) {

@@ -32,9 +32,14 @@ public:
     const std::optional<PayStubBatchSession>& batch() const noexcept { return batch_; }
     // Confirms every ready stub as one action; the refusal when refused.
     std::optional<Refusal> confirmReady();
+    // A candidate reviewed and confirmed one by one: it shows as confirmed, and its crew member as having
+    // confirmed pay for the week.
+    void markConfirmed(int candidate, const PayStubReviewSession& review);
 
 signals:
     void batchRead();
+    // The user asked to review one candidate (by double-clicking it or "Review Pay Stub…").
+    void reviewRequested(int candidate);
 
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -53,6 +58,7 @@ private:
     QProgressBar* progress_ = nullptr;
     QTableWidget* table_ = nullptr;
     QPushButton* confirm_ = nullptr;
+    QPushButton* review_ = nullptr;
 };
 
 }  // namespace tessel

@@ -481,6 +481,8 @@ std::vector<Fixture> fixtures() {
 // A week of stubs for the demo production's crew (Payroll Week 2026-11-02 to 2026-11-08), as payroll
 // would send them: most ready to confirm, one a cent off, one a day off the week, one scanned, one for
 // somebody not on the production, the same PDF twice under two names, and a file that is not a PDF.
+// Jules Marr's pays exactly the day the demo's DTS expects (a match), and Priya Lindqvist's carries a
+// retroactive adjustment no expected line stands for (an unmapped line).
 std::vector<std::pair<std::string, std::string>> demoWeek() {
     const auto stub = [](std::string employee, std::string occupation, std::int64_t rate, std::int64_t overtimeHours) {
         Stub s;
@@ -500,7 +502,9 @@ std::vector<std::pair<std::string, std::string>> demoWeek() {
     const Stub quint = stub("MARISOL A QUINT", "GAFFER", 520000, 1150);
     files.emplace_back("01-quint.pdf", textPdf(quint, Drawing{}));
     files.emplace_back("02-vance.pdf", textPdf(stub("TEODOR VANCE", "BEST BOY ELECTRIC", 450000, 1150), serif));
-    files.emplace_back("03-lindqvist.pdf", textPdf(stub("PRIYA LINDQVIST", "ELECTRICIAN", 450000, 1150), Drawing{}));
+    Stub lindqvist = stub("PRIYA LINDQVIST", "ELECTRICIAN", 450000, 1150);
+    lindqvist.rows.push_back(flat("RETRO ADJUSTMENT", 6000));
+    files.emplace_back("03-lindqvist.pdf", textPdf(lindqvist, Drawing{}));
     files.emplace_back("04-bellamy.pdf", textPdf(stub("OSKAR J BELLAMY", "ELECTRICIAN", 415000, 850), serif));
     Stub achterberg = stub("NELL ACHTERBERG", "ELECTRICIAN", 415000, 1150);
     achterberg.rows[0] = worked("REGULAR", 415000, 2, 4000, 2, 1);
@@ -510,7 +514,10 @@ std::vector<std::pair<std::string, std::string>> demoWeek() {
     osei.end = "11/07/2026";
     files.emplace_back("06-osei.pdf", textPdf(osei, serif));
     files.emplace_back("07-whitcombe-scan.pdf", scanPdf(stub("DARA WHITCOMBE", "ELECTRICIAN", 380000, 1000), Drawing{}, {200, 0.3, 0.001}));
-    files.emplace_back("08-marr.pdf", textPdf(stub("JULES MARR", "ELECTRICIAN", 400000, 300), serif));
+    Stub marr = stub("JULES MARR", "ELECTRICIAN", 400000, 350);
+    marr.rows[0] = worked("REGULAR", 400000, 2, 800, 2);
+    marr.rows[2] = flat("VACATION", 1280);
+    files.emplace_back("08-marr.pdf", textPdf(marr, serif));
     files.emplace_back("09-blackwood.pdf", textPdf(stub("CORA BLACKWOOD", "GRIP", 450000, 500), Drawing{}));
     files.emplace_back("10-quint-again.pdf", textPdf(quint, Drawing{}));
     files.back().second = files.front().second;  // the very same bytes

@@ -1,0 +1,104 @@
+#include "PdfPageView.hpp"
+
+#include <QPainter>
+#include <QPaintEvent>
+
+#include <poppler-qt6.h>
+
+namespace tessel {
+namespace {
+
+// Enough for a stub's small print on a laptop screen; the image is scaled, not rendered again, on resize.
+constexpr double renderDPI = 144;
+
+}  // namespace
+
+PdfPageView::PdfPageView(QWidget* parent) : QWidget(parent) {
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    setMinimumWidth(320);
+}
+
+PdfPageView::~PdfPageView() = default;
+
+bool PdfPageView::setDocument(const QByteArray& pdf) {
+    document_ = Poppler::Document::loadFromData(pdf);
+    if (document_ && document_->isLocked()) document_.reset();
+    if (document_) {
+        document_->setRenderHint(Poppler::Document::Antialiasing);
+        document_->setRenderHint(Poppler::Document::TextAntialiasing);
+    }
+    marks_.clear();
+    pageIndex_ = -1;
+    showPage(0);
+    return document_ != nullptr;
+}
+
+int PdfPageView::pageCount() const noexcept { return document_ ? document_->numPages() : 0; }
+
+void PdfPageView::showPage(int pageIndex) {
+    if (pageIndex == pageIndex_ && !image_.isNull()) return;
+    pageIndex_ = pageIndex;
+    rasterise();
+    updateGeometry();
+    update();
+}
+
+void PdfPageView::rasterise() {
+    image_ = QImage();
+    pageSize_ = QSizeF();
+    if (!document_ || pageIndex_ < 0 || pageIndex_ >= document_->numPages()) return;
+    const std::unique_ptr<Poppler::Page> page = document_->page(pageIndex_);
+    if (!page) return;
+    pageSize_ = page->pageSizeF();
+    image_ = page->renderToImage(renderDPI, renderDPI);
+}
+
+void PdfPageView::setMarks(std::vector<Mark> marks) {
+    marks_ = std::move(marks);
+    update();
+}
+
+QSize PdfPageView::sizeHint() const { return {612, heightForWidth(612)}; }
+
+int PdfPageView::heightForWidth(int width) const {
+    if (pageSize_.isEmpty()) return width * 11 / 8;  // a Letter page's shape until one is shown
+    return static_cast<int>(width * pageSize_.height() / pageSize_.width());
+}
+
+QRectF PdfPageView::onWidget(const PageRectangle& bounds) const {
+    const double w = width(), h = heightForWidth(width());
+    return {bounds.x * w, bounds.y * h, bounds.width * w, bounds.height * h};
+}
+
+void PdfPageView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().window());
+    if (image_.isNull()) {
+        painter.drawText(rect(), Qt::AlignCenter, tr("The page cannot be shown."));
+        return;
+    }
+    const QRect pageRect(0, 0, width(), heightForWidth(width()));
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(pageRect, image_);
+    painter.setPen(QPen(QColor(0xbb, 0xbb, 0xbb), 1));
+    painter.drawRect(pageRect.adjusted(0, 0, -1, -1));
+    painter.setRenderHint(QPainter::Antialiasing);
+    for (const auto& mark : marks_) {
+        // A little air around the words, so the mark does not hide their edges.
+        const QRectF area = onWidget(mark.bounds).adjusted(-3, -2, 3, 2);
+        QColor fill = mark.colour;
+        fill.setAlpha(mark.emphasised ? 70 : 25);
+        painter.fillRect(area, fill);
+        painter.setPen(QPen(mark.colour, mark.emphasised ? 2.5 : 1));
+        painter.drawRect(area);
+    }
+}
+
+QImage PdfPageView::drawn() {
+    QImage image(width(), heightForWidth(width()), QImage::Format_ARGB32);
+    image.fill(Qt::white);
+    render(&image);
+    return image;
+}
+
+}  // namespace tessel

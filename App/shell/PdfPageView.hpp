@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QColor>
+#include <QImage>
+#include <QString>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "App/actualpay/StubEvidence.hpp"
+
+namespace Poppler {
+class Document;
+}
+
+namespace tessel {
+
+// One page of a PDF drawn to fit the widget's width, with rectangles marked over it: the evidence of a
+// value under review, or the regions of a form. Rectangles are in page-relative units (0 to 1 across and
+// down the visible page from its top left), the units the stub reader and the form interpreter use.
+class PdfPageView : public QWidget {
+    Q_OBJECT
+public:
+    struct Mark {
+        PageRectangle bounds;
+        QColor colour;
+        bool emphasised = false;  // drawn filled and thicker: the one the user is looking at
+    };
+
+    explicit PdfPageView(QWidget* parent = nullptr);
+    ~PdfPageView() override;
+
+    // Shows the document's first page; false (and an empty view) when the bytes are not a PDF Poppler opens.
+    bool setDocument(const QByteArray& pdf);
+    int pageCount() const noexcept;
+    void showPage(int pageIndex);
+    int page() const noexcept { return pageIndex_; }
+    void setMarks(std::vector<Mark> marks);
+    const std::vector<Mark>& marks() const noexcept { return marks_; }
+    // The page as drawn, marks included, at the widget's current width: what the user sees.
+    QImage drawn();
+
+    QSize sizeHint() const override;
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void rasterise();
+    QRectF onWidget(const PageRectangle& bounds) const;
+
+    std::unique_ptr<Poppler::Document> document_;
+    int pageIndex_ = 0;
+    QImage image_;      // the page at a fixed resolution, scaled when painted
+    QSizeF pageSize_;   // in points
+    std::vector<Mark> marks_;
+};
+
+}  // namespace tessel
