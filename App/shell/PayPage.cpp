@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QSplitter>
 #include <QStackedWidget>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -22,6 +23,7 @@
 #include "App/model/ProductionRepository.hpp"
 #include "App/shell/ShellText.hpp"
 #include "App/shell/StubImportPanel.hpp"
+#include "App/shell/GrossChart.hpp"
 #include "App/shell/PdfPageView.hpp"
 #include "App/shell/StubReviewPanel.hpp"
 #include "App/actualpay/ConfirmedPayStubs.hpp"
@@ -107,7 +109,13 @@ PayPage::PayPage(ShellSession& session, QWidget* parent) : QWidget(parent), sess
     personNotes_->setWordWrap(true);
     personNotes_->setStyleSheet("color: #555;");
     linesLayout->addWidget(personNotes_);
-    comparison->addWidget(linesBox);
+    auto* tabs = new QTabWidget;
+    tabs->setObjectName("payTabs");
+    tabs->addTab(linesBox, tr("Lines"));
+    chart_ = new GrossChart;
+    chart_->setObjectName("payChart");
+    tabs->addTab(chart_, tr("Gross by Crew Member"));
+    comparison->addWidget(tabs);
     comparison->setSizes({520, 780});
     splitter->addWidget(comparison);
 
@@ -192,6 +200,7 @@ void PayPage::showWeek(const Uuid& payrollWeekID) {
 
 void PayPage::recalculate() {
     comparison_.reset();
+    chart_->showWeek(nullptr);
     people_->setRowCount(0);
     lines_->setRowCount(0);
     const auto production = session_.production();
@@ -232,6 +241,7 @@ void PayPage::recalculate() {
                statusColour(person.grossStatus));
     }
     if (people_->rowCount() > 0) people_->setCurrentCell(0, 0);
+    chart_->showWeek(&c);
     reloadIssues();
 }
 

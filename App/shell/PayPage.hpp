@@ -20,6 +20,7 @@ class QTreeWidget;
 class QStackedWidget;
 
 namespace tessel {
+class GrossChart;
 class StubImportPanel;
 class StubReviewPanel;
 }
@@ -44,6 +45,7 @@ public:
     QString dashboardText() const;
     StubImportPanel& stubs() noexcept { return *stubs_; }
     StubReviewPanel& stubReview() noexcept { return *reviewPanel_; }
+    const GrossChart& chart() const noexcept { return *chart_; }
     // One candidate of the batch under review beside its page.
     void reviewCandidate(int candidate);
     // The confirmed stub of the person on a row of the comparison, opened to be corrected or removed.
@@ -69,6 +71,7 @@ private:
     QTreeWidget* issues_ = nullptr;
     StubImportPanel* stubs_ = nullptr;
     QStackedWidget* stack_ = nullptr;
+    GrossChart* chart_ = nullptr;
     StubReviewPanel* reviewPanel_ = nullptr;
     int reviewing_ = -1;  // the batch candidate under review; -1 for a confirmed stub or none
     QComboBox* state_ = nullptr;

@@ -144,10 +144,12 @@ StubReviewPanel::StubReviewPanel(ShellSession& session, QWidget* parent) : QWidg
     crewReason_->setStyleSheet("color: #a00000;");
     formLayout->addWidget(crewReason_);
 
-    facts_ = reviewTable(3, {tr("Value"), tr("As printed"), tr("Review")});
+    // What each reading saw is shown below the tables for the value chosen, where there is room for it.
+    facts_ = reviewTable(2, {tr("Value"), tr("Review")});
     facts_->setObjectName("stubFacts");
-    facts_->setVerticalHeaderLabels({});
     facts_->setRowCount(factCount);
+    facts_->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
+    facts_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     facts_->setVerticalHeaderLabels({tr("Printed name"), tr("Occupation"), tr("Pay period start"), tr("Pay period end"), tr("Total hours"), tr("Gross")});
     connect(facts_, &QTableWidget::itemChanged, this, &StubReviewPanel::factEdited);
     connect(facts_, &QTableWidget::currentCellChanged, this, [this](int row) { evidenceOfFact(row); });
@@ -212,8 +214,9 @@ StubReviewPanel::StubReviewPanel(ShellSession& session, QWidget* parent) : QWidg
     actions->addWidget(confirm_);
     formLayout->addLayout(actions);
     splitter->addWidget(form);
-    splitter->setStretchFactor(0, 1);
-    splitter->setStretchFactor(1, 1);
+    splitter->setStretchFactor(0, 3);
+    splitter->setStretchFactor(1, 2);
+    splitter->setSizes({900, 600});
     layout->addWidget(splitter, 1);
 }
 
@@ -250,10 +253,7 @@ void StubReviewPanel::showFacts() {
     for (int fact = 0; fact < factCount; ++fact) {
         const ValueView view = factView(*session_, fact);
         facts_->setItem(fact, 0, valueItem(view));
-        QStringList readings;
-        for (const auto& excerpt : *view.evidence) readings << qtext(excerpt.rawText);
-        facts_->setItem(fact, 1, readOnly(readings.join(" \u00B7 ")));
-        facts_->setItem(fact, 2, readOnly(reviewText(view)));
+        facts_->setItem(fact, 1, readOnly(reviewText(view)));
     }
     showing_ = false;
 }

@@ -27,6 +27,10 @@
 #include "App/shell/MainWindow.hpp"
 #include "App/shell/PayPage.hpp"
 #include "App/shell/StubImportPanel.hpp"
+#include "App/shell/StubReviewPanel.hpp"
+#include "App/shell/PdfPageView.hpp"
+#include "App/shell/GrossChart.hpp"
+#include <QBarSet>
 #include "App/actualpay/ConfirmedPayStubs.hpp"
 #include "App/dtsexport/ProductionDTSExport.hpp"
 #include "App/shell/RulesPage.hpp"
@@ -79,10 +83,9 @@ void typeInto(QWidget* widget, const QString& text) {
 
 // Types into a grid cell as a person does: move there, type (the first key opens the cell's editor, as in a
 // spreadsheet), press Enter.
-void typeIntoCell(DTSPage& page, int row, int column, const QString& text) {
-    DTSGridView& view = page.gridView();
+void typeIntoCell(QAbstractItemView& view, const QModelIndex& cell, const QString& text) {
     view.setFocus();
-    view.setCurrentIndex(page.grid().index(row, column));
+    view.setCurrentIndex(cell);
     QTest::keyClicks(&view, text.left(1));
     auto* editor = view.viewport()->findChild<QLineEdit*>();
     QVERIFY2(editor, "typing did not open the cell");
@@ -91,6 +94,9 @@ void typeIntoCell(DTSPage& page, int row, int column, const QString& text) {
     QApplication::processEvents();  // the delegate commits the cell from the event loop
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);  // and lets its editor go
 }
+
+void typeIntoCell(DTSPage& page, int row, int column, const QString& text) { typeIntoCell(page.gridView(), page.grid().index(row, column), text); }
+void typeIntoCell(QTableWidget& table, int row, int column, const QString& text) { typeIntoCell(table, table.model()->index(row, column), text); }
 
 }  // namespace
 
@@ -304,6 +310,82 @@ private slots:
         QCOMPARE(confirmed.size(), std::size_t{1});
         QCOMPARE(confirmed.front().sourceFilename, std::string("01-quint.pdf"));
         QCOMPARE(statusOf(pay.stubs().batch()->candidates[0], *pay.stubs().batch()), PayStubBatchStatus::confirmed);
+    }
+
+    // Fenwick's stub prints the week before (11/01 to 11/07): reviewed beside its page, an amount and the
+    // gross corrected, the period associated with the week, then confirmed, opened again and removed.
+    void aStubIsCorrectedBesideItsPageConfirmedAndRemoved() {
+        Workspace w;
+        QVERIFY(!w.window->crewPage().addPerson({"Fenwick Osei", monday, CrewParticipation::fullTime, std::nullopt, std::nullopt, "38.00"}));
+        w.window->showPage(MainWindow::pay);
+        PayPage& pay = w.window->payPage();
+        const Uuid weekID = w.workday(monday).payrollWeekID;
+        pay.showWeek(weekID);
+        QVERIFY(!pay.stubs().importFiles({QString(TESSEL_STUB_FIXTURES) + "/demo-week/06-osei.pdf"}));
+        QTRY_VERIFY_WITH_TIMEOUT(!pay.stubs().isReading(), 60000);
+        QCOMPARE(statusOf(pay.stubs().batch()->candidates[0], *pay.stubs().batch()), PayStubBatchStatus::wrongPeriod);
+
+        pay.reviewCandidate(0);
+        QVERIFY(pay.isReviewing());
+        StubReviewPanel& review = pay.stubReview();
+        QCOMPARE(review.findChild<QComboBox*>("stubCrew")->currentText(), QString("Fenwick Osei"));
+        QVERIFY(review.page().pageCount() == 1);
+        QPushButton* confirm = nullptr;
+        for (auto* button : review.findChildren<QPushButton*>()) {
+            if (button->text() == "Confirm Pay Stub") confirm = button;
+        }
+        QVERIFY(confirm);
+        QVERIFY(!confirm->isEnabled());
+        QVERIFY(review.remainingText().contains(QString::fromUtf8(pay_stub_review_words::periodMismatch.data())));
+
+        // The overtime amount chosen: marked where it was printed (right of the page's middle), both readings shown.
+        auto& earnings = *review.findChild<QTableWidget*>("stubEarnings");
+        earnings.setCurrentCell(1, 3);
+        QCOMPARE(review.page().marks().size(), std::size_t{2});
+        QVERIFY(review.page().marks().front().emphasised);
+        QVERIFY(review.page().marks().front().bounds.x > 0.5);
+        QVERIFY2(review.detailText().contains("Downloaded PDF text:</b> 456.00") && review.detailText().contains("Tesseract OCR:"),
+                 qPrintable(review.detailText()));
+
+        typeIntoCell(earnings, 1, 3, "456.01");
+        QApplication::processEvents();
+        QCOMPARE(earnings.item(1, 4)->text(), QString("Corrected"));
+        QVERIFY(review.remainingText().contains(QString::fromUtf8(pay_stub_review_words::grossNotSum.data())));
+        typeIntoCell(*review.findChild<QTableWidget*>("stubFacts"), 5, 0, "2001.01");
+        QApplication::processEvents();
+        QVERIFY(!review.remainingText().contains(QString::fromUtf8(pay_stub_review_words::grossNotSum.data())));
+        auto* acknowledge = review.findChild<QCheckBox*>("stubAcknowledge");
+        QVERIFY(acknowledge->isVisibleTo(&review));
+        QTest::mouseClick(acknowledge, Qt::LeftButton, {}, QPoint(4, acknowledge->height() / 2));
+        QVERIFY(confirm->isEnabled());
+        QTest::mouseClick(confirm, Qt::LeftButton);
+
+        QVERIFY(!pay.isReviewing());
+        auto stored = confirmed_pay_stubs::forWeek(w.session->context(), weekID);
+        QCOMPARE(stored.size(), std::size_t{1});
+        QCOMPARE(stored.front().gross.toString(), std::string("2001.01"));
+        QCOMPARE(stored.front().printedPayPeriodStart, workDate(-1));
+        QCOMPARE(statusOf(pay.stubs().batch()->candidates[0], *pay.stubs().batch()), PayStubBatchStatus::confirmed);
+        QVERIFY(pay.dashboardText().contains("Pay stubs confirmed: 1 of"));
+        // The chart shows Fenwick's paid gross as not compared: the DTS has no times, so nothing is expected yet.
+        const int fenwick = static_cast<int>(pay.chart().crewNames().indexOf("Fenwick Osei"));
+        QVERIFY(fenwick >= 0);
+        QCOMPARE(pay.chart().paidSet(GrossChart::Paid::notCompared)->at(fenwick), 2001.01);
+        QCOMPARE(pay.chart().paidSet(GrossChart::Paid::overpaid)->at(fenwick), 0.0);
+        QCOMPARE(pay.chart().expectedSet()->at(fenwick), 0.0);
+
+        // Opened again from the person's row of the comparison: saved as an existing stub, or removed.
+        const auto& people = pay.comparison()->comparisons;
+        const auto row = std::find_if(people.begin(), people.end(), [](const auto& p) { return p.crewName == "Fenwick Osei"; }) - people.begin();
+        QVERIFY(!pay.openConfirmedStub(static_cast<int>(row)));
+        QVERIFY(pay.isReviewing());
+        QCOMPARE(review.session()->isExistingAuthority, true);
+        QCOMPARE(earnings.item(1, 3)->text(), QString("456.01"));
+        QVERIFY(!review.remove());
+        QVERIFY(!pay.isReviewing());
+        QVERIFY(confirmed_pay_stubs::forWeek(w.session->context(), weekID).empty());
+        w.session->undoStack().undo();  // and brought back with Ctrl+Z
+        QCOMPARE(confirmed_pay_stubs::forWeek(w.session->context(), weekID).size(), std::size_t{1});
     }
 
     void theCrewEditorRefusesADuplicateNameWithTheRosterSentence() {

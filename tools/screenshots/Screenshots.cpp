@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QTimer>
 #include <QTreeWidget>
@@ -19,6 +20,7 @@
 #include "App/shell/PayPage.hpp"
 #include "App/shell/SetupGuide.hpp"
 #include "App/shell/StubImportPanel.hpp"
+#include "App/shell/StubReviewPanel.hpp"
 #include "App/shell/UnavailableStoreScreen.hpp"
 
 using namespace tessel;
@@ -104,7 +106,23 @@ int main(int argc, char** argv) {
         window.payPage().stubs().importFiles({QString::fromLocal8Bit(argv[3])});
         while (window.payPage().stubs().isReading()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
+    // Priya's lines: underpaid lines and the adjustment no expected line stands for.
+    if (auto* people = window.payPage().findChild<QTableWidget*>("payPeople")) {
+        const auto found = people->findItems("Priya Lindqvist", Qt::MatchExactly);
+        if (!found.isEmpty()) people->setCurrentCell(found.front()->row(), 0);
+    }
     ok &= save(window, output, "06-pay-week");
+    if (auto* tabs = window.payPage().findChild<QTabWidget*>("payTabs")) {
+        tabs->setCurrentIndex(1);
+        ok &= save(*tabs, output, "10-pay-gross-chart");
+        tabs->setCurrentIndex(0);
+    }
+    if (argc > 3) {  // Nell's stub, a cent off on one line, beside its page with that amount chosen
+        window.payPage().reviewCandidate(4);
+        if (auto* earnings = window.payPage().stubReview().findChild<QTableWidget*>("stubEarnings")) earnings->setCurrentCell(0, 3);
+        ok &= save(window, output, "09-stub-review");
+        window.payPage().stubReview().closed();
+    }
 
     window.showPage(MainWindow::rules);
     if (auto* form = window.rulesPage().findChild<QTreeWidget*>("rulesForm")) form->expandToDepth(1);
