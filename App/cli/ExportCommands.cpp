@@ -7,6 +7,7 @@
 
 #include "App/dtsexport/BuiltInDTSForm.hpp"
 #include "App/dtsexport/DTSExportJob.hpp"
+#include "App/exchange/PendingIdentity.hpp"
 #include "App/exchange/ProductionArchive.hpp"
 #include "App/model/NewFile.hpp"
 #include "App/model/ProductionProfile.hpp"
@@ -164,24 +165,13 @@ int importArchive(CommandSession& session, const ExportCommandArguments& a) {
 int decideIdentity(CommandSession& session, const ExportCommandArguments& a) {
     if (a.identityChoice != "accept" && a.identityChoice != "later") return session.refuse("invalidChoice", "Choose accept or later.");
     return act(session, [&](ModelContext& context, const Production& production) {
-        auto& pending = context.prepare("SELECT departmentHeadName, signatureImageData FROM PendingImportedProductionDTSIdentity WHERE productionID = ?1");
-        columns::bind(pending, 1, production.id);
-        const auto identity = columns::readFirst(pending, [](SQLite::Statement& row) {
-            return std::pair(row.getColumn(0).getString(), row.getColumn(1).isNull() ? std::optional<std::string>() : std::optional(columns::blob(row.getColumn(1))));
-        });
-        if (!identity) throw Refused{"nothingPending", "This Production has no imported Department Head identity waiting."};
+        if (!pending_identity::find(context, production.id)) throw Refused{"nothingPending", std::string(pending_identity::nothingPending)};
         if (a.identityChoice == "later") {
-            session.answer(Json{{"identity", "later"}}, "Reviewing later keeps it in the Production archive without using it on DTS exports.\n");
+            session.answer(Json{{"identity", "later"}}, std::string(pending_identity::reviewLater) + "\n");
             return int{exitSuccess};
         }
-        auto profile = production_profile::identity(context, production.id);
-        profile.departmentHeadName = identity->first;
-        production_profile::setIdentity(context, production.id, profile);
-        if (identity->second) dts_export::setSignature(context, production.id, *identity->second);
-        auto& remove = context.prepare("DELETE FROM PendingImportedProductionDTSIdentity WHERE productionID = ?1");
-        columns::bind(remove, 1, production.id);
-        remove.exec();
-        session.answer(Json{{"identity", "accepted"}}, "The imported Department Head identity is used on DTS exports from now on.\n");
+        pending_identity::accept(context, production.id);
+        session.answer(Json{{"identity", "accepted"}}, std::string(pending_identity::accepted) + "\n");
         return int{exitSuccess};
     });
 }
