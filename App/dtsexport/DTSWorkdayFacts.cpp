@@ -68,12 +68,7 @@ DTSWorkdayFacts DTSWorkdayFacts::read(ModelContext& context, const Workday& work
     facts.notes = DailyTimeSheets::notes(context, workday.id);
     facts.workLocation = DailyTimeSheets::workLocation(context, workday.id);
     facts.departmentMileage = DailyTimeSheets::departmentMileage(context, workday.id);
-    auto& signature = context.prepare("SELECT signatureImageData FROM ProductionDTSExportConfiguration WHERE productionID = ?1");
-    columns::bind(signature, 1, productionID);
-    facts.signatureImage = columns::readFirst(signature, [](SQLite::Statement& row) -> std::optional<std::string> {
-        if (row.getColumn(0).isNull()) return std::nullopt;
-        return columns::blob(row.getColumn(0));
-    }).value_or(std::nullopt);
+    facts.signatureImage = dts_export::signature(context, productionID);
     for (const auto& entry : payroll_week_repository::entries(context, workday.id)) facts.rows.push_back(rowFacts(context, *production, workday, entry));
     return facts;
 }

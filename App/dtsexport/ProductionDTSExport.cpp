@@ -172,6 +172,15 @@ void clearSignature(ModelContext& context, const Uuid& productionID) {
     update.exec();
 }
 
+std::optional<std::string> signature(ModelContext& context, const Uuid& productionID) {
+    auto& signature = context.prepare("SELECT signatureImageData FROM ProductionDTSExportConfiguration WHERE productionID = ?1");
+    columns::bind(signature, 1, productionID);
+    return columns::readFirst(signature, [](SQLite::Statement& row) -> std::optional<std::string> {
+               if (row.getColumn(0).isNull()) return std::nullopt;
+               return columns::blob(row.getColumn(0));
+           }).value_or(std::nullopt);
+}
+
 void checkBuiltInFormChosen(const ProductionDTSExportChoice& choice) {
     using Case = ProductionDTSExportErrorCase;
     if (choice.unsupportedRawValue) throw ProductionDTSExportError(Case::unsupportedMode);

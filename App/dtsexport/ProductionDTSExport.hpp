@@ -100,6 +100,8 @@ void setBuiltInFormEligible(ModelContext& context, const Uuid& productionID, boo
 // refused with the signature sentence otherwise.
 void setSignature(ModelContext& context, const Uuid& productionID, const std::string& imageBytes);
 void clearSignature(ModelContext& context, const Uuid& productionID);
+// The signature image as kept, if any.
+std::optional<std::string> signature(ModelContext& context, const Uuid& productionID);
 // Throws ModelValidationError with the signature sentence when the bytes are not a usable image.
 void checkSignatureImage(const std::string& imageBytes);
 

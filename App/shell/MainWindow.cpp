@@ -30,6 +30,7 @@
 #include "App/shell/CrewPage.hpp"
 #include "App/shell/DTSPage.hpp"
 #include "App/shell/PayPage.hpp"
+#include "App/shell/ProductionPage.hpp"
 #include "App/shell/RulesPage.hpp"
 #include "App/shell/SetupGuide.hpp"
 #include "App/shell/ShellText.hpp"
@@ -146,7 +147,7 @@ MainWindow::MainWindow(ShellSession& session, QWidget* parent) : QMainWindow(par
 
     navigation_ = new QListWidget;
     navigation_->setObjectName("navigation");
-    navigation_->addItems({tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules")});
+    navigation_->addItems({tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules"), tr("Production")});
     navigation_->setFixedWidth(130);
     navigation_->setStyleSheet("QListWidget { font-size: 12pt; } QListWidget::item { padding: 8px; }");
     pages_ = new QStackedWidget;
@@ -155,7 +156,8 @@ MainWindow::MainWindow(ShellSession& session, QWidget* parent) : QMainWindow(par
     dts_ = new DTSPage(session_);
     pay_ = new PayPage(session_);
     rules_ = new RulesPage(session_);
-    for (QWidget* page : std::initializer_list<QWidget*>{welcome_, crew_, dts_, pay_, rules_}) pages_->addWidget(page);
+    production_ = new ProductionPage(session_);
+    for (QWidget* page : std::initializer_list<QWidget*>{welcome_, crew_, dts_, pay_, rules_, production_}) pages_->addWidget(page);
     connect(navigation_, &QListWidget::currentRowChanged, pages_, &QStackedWidget::setCurrentIndex);
     auto* centre = new QWidget;
     auto* layout = new QHBoxLayout(centre);
@@ -187,6 +189,10 @@ void MainWindow::buildMenus() {
         if (path.isEmpty()) return;
         if (const auto refusal = openFile(path)) showRefusal(*refusal);
     });
+    connect(file->addAction(tr("Export Production\u2026")), &QAction::triggered, this, [this] {
+        showPage(production);
+        production_->askAndExportProduction();
+    });
     file->addSeparator();
     QAction* quit = file->addAction(tr("Quit"));
     quit->setShortcut(QKeySequence::Quit);
@@ -201,7 +207,7 @@ void MainWindow::buildMenus() {
     edit->addAction(redo);
 
     QMenu* go = menuBar()->addMenu(tr("&Go"));
-    const std::array<QString, 5> names{tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules")};
+    const std::array<QString, 6> names{tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules"), tr("Production")};
     for (int page = 0; page < static_cast<int>(names.size()); ++page) {
         QAction* action = go->addAction(names[static_cast<std::size_t>(page)]);
         action->setShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + page)));
@@ -266,7 +272,7 @@ std::optional<Refusal> MainWindow::openFile(const QString& path) {
         QString text = tr("Imported the production \u201C%1\u201D.").arg(qtext(imported->name));
         if (imported->pendingIdentity) text += "\n\n" + qtext(production_archive::pendingIdentityNotice);
         QMessageBox::information(this, tr("Production Imported"), text);
-        showPage(dts);
+        showPage(imported->pendingIdentity ? production : dts);  // where the identity is accepted or left for later
         return std::nullopt;
     }
     if (suffix == "tesselrules") {

@@ -14,6 +14,7 @@ namespace tessel {
 class CrewPage;
 class DTSPage;
 class PayPage;
+class ProductionPage;
 class RulesPage;
 class WelcomePage;
 
@@ -24,12 +25,12 @@ inline constexpr std::string_view alphaNotice =
 inline constexpr std::string_view feedbackAddress = "feedback@tessel.invalid";
 
 // The window a timekeeper works in: the production chosen at the top, its pages on the left (Welcome,
-// Crew, DTS, Pay, Rules), Undo and Redo of every saved edit, the setup guide, imports of the files Tessel
+// Crew, DTS, Pay, Rules, Production settings), Undo and Redo of every saved edit, the setup guide, imports of the files Tessel
 // writes, the feedback note and the alpha-release notice.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    enum Page { welcome, crew, dts, pay, rules };
+    enum Page { welcome, crew, dts, pay, rules, production };
 
     explicit MainWindow(ShellSession& session, QWidget* parent = nullptr);
 
@@ -39,6 +40,7 @@ public:
     DTSPage& dtsPage() noexcept { return *dts_; }
     PayPage& payPage() noexcept { return *pay_; }
     RulesPage& rulesPage() noexcept { return *rules_; }
+    ProductionPage& productionPage() noexcept { return *production_; }
 
     // Opens a file Tessel writes (a production archive or a ruleset file) with its import; the refusal
     // when it was refused. A file the user opened from the file manager arrives here.
@@ -69,6 +71,7 @@ private:
     DTSPage* dts_ = nullptr;
     PayPage* pay_ = nullptr;
     RulesPage* rules_ = nullptr;
+    ProductionPage* production_ = nullptr;
 };
 
 // The first page: what Tessel is, the productions of this store, and the way to set up a new one.

@@ -30,6 +30,11 @@
 #include "App/shell/StubReviewPanel.hpp"
 #include "App/shell/PdfPageView.hpp"
 #include "App/shell/GrossChart.hpp"
+#include "App/shell/ProductionPage.hpp"
+#include "App/shell/SignaturePad.hpp"
+#include "App/exchange/PendingIdentity.hpp"
+#include "App/exchange/ProductionArchive.hpp"
+#include "App/model/ProductionProfile.hpp"
 #include <QBarSet>
 #include "App/actualpay/ConfirmedPayStubs.hpp"
 #include "App/dtsexport/ProductionDTSExport.hpp"
@@ -386,6 +391,57 @@ private slots:
         QVERIFY(confirmed_pay_stubs::forWeek(w.session->context(), weekID).empty());
         w.session->undoStack().undo();  // and brought back with Ctrl+Z
         QCOMPARE(confirmed_pay_stubs::forWeek(w.session->context(), weekID).size(), std::size_t{1});
+    }
+
+    // The Department Head signs on the pad; the production travels as an archive and comes back as a copy
+    // whose imported identity waits until it is accepted.
+    void aDrawnSignatureTravelsInTheArchiveAndWaitsToBeAccepted() {
+        Workspace w;
+        w.window->showPage(MainWindow::production);
+        ProductionPage& page = w.window->productionPage();
+        page.findChild<QLineEdit*>("departmentHead")->setText("Morgan Hale");
+        QVERIFY(!page.saveDetails());
+
+        SignaturePad& pad = page.signaturePad();
+        QVERIFY(pad.isEmpty());
+        QTest::mousePress(&pad, Qt::LeftButton, {}, QPoint(30, 70));
+        for (int x = 40; x <= 200; x += 20) QTest::mouseMove(&pad, QPoint(x, 70 - (x % 40)));
+        QTest::mouseRelease(&pad, Qt::LeftButton, {}, QPoint(210, 60));
+        QVERIFY(!pad.isEmpty());
+        QVERIFY(!page.useDrawnSignature());
+        const Uuid original = w.session->production()->id;
+        const auto stored = dts_export::signature(w.session->context(), original);
+        QVERIFY(stored && stored->rfind("\x89PNG", 0) == 0);
+
+        const QString notAnImage = QString::fromStdString((w.folder.path() / "notes.png").string());
+        QFile notes(notAnImage);
+        QVERIFY(notes.open(QIODevice::WriteOnly));
+        notes.write("not a picture");
+        notes.close();
+        const auto refused = page.importSignature(notAnImage);
+        QVERIFY(refused.has_value());
+        QCOMPARE(refused->message, QString::fromUtf8(dts_export_words::signatureRefused.data()));
+        QCOMPARE(dts_export::signature(w.session->context(), original), stored);  // the drawn one is kept
+
+        const QString archive = QString::fromStdString((w.folder.path() / "Tessel-Production.tesselarchive").string());
+        QVERIFY(!page.exportProductionTo(archive));
+        QFile file(archive);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const std::string bytes = file.readAll().toStdString();
+        production_archive::ImportedProduction copy{Uuid::generate(), {}, false, false};
+        QVERIFY(!w.session->perform("Import", [&](ModelContext& c) { copy = production_archive::importProduction(c, bytes); }));
+        QVERIFY(copy.copy && copy.pendingIdentity);
+        w.session->chooseProduction(copy.productionID);
+        QApplication::processEvents();
+        QVERIFY(page.identityWaiting());
+        QVERIFY(production_profile::identity(w.session->context(), copy.productionID).departmentHeadName.empty());
+        QVERIFY(!dts_export::signature(w.session->context(), copy.productionID));
+
+        QVERIFY(!page.useImportedIdentity());
+        QVERIFY(!page.identityWaiting());
+        QCOMPARE(production_profile::identity(w.session->context(), copy.productionID).departmentHeadName, std::string("Morgan Hale"));
+        QCOMPARE(dts_export::signature(w.session->context(), copy.productionID), stored);
+        QVERIFY(!pending_identity::find(w.session->context(), copy.productionID));
     }
 
     void theCrewEditorRefusesADuplicateNameWithTheRosterSentence() {

@@ -11,6 +11,7 @@
 #include <QTimer>
 #include <QTreeWidget>
 
+#include <cmath>
 #include <cstdio>
 
 #include "App/shell/CrewPage.hpp"
@@ -18,6 +19,8 @@
 #include "App/shell/MainWindow.hpp"
 #include "App/shell/RulesPage.hpp"
 #include "App/shell/PayPage.hpp"
+#include "App/shell/ProductionPage.hpp"
+#include "App/shell/SignaturePad.hpp"
 #include "App/shell/SetupGuide.hpp"
 #include "App/shell/StubImportPanel.hpp"
 #include "App/shell/StubReviewPanel.hpp"
@@ -127,6 +130,19 @@ int main(int argc, char** argv) {
     window.showPage(MainWindow::rules);
     if (auto* form = window.rulesPage().findChild<QTreeWidget*>("rulesForm")) form->expandToDepth(1);
     ok &= save(window, output, "07-rules-form");
+
+    window.showPage(MainWindow::production);
+    {  // a signature being drawn on the pad, not yet used
+        std::vector<QPointF> first, second;
+        for (int i = 0; i <= 60; ++i) {
+            const double t = i / 60.0;
+            first.emplace_back(30 + 150 * t, 70 - 28 * std::sin(t * 9.4) * (1 - t * 0.4));
+            second.emplace_back(200 + 140 * t, 64 + 18 * std::sin(t * 12.0 + 1) - 12 * t);
+        }
+        window.productionPage().signaturePad().addStroke(first);
+        window.productionPage().signaturePad().addStroke(second);
+    }
+    ok &= save(window, output, "11-production-settings");
 
     TesselStoreEnvironment foreign;
     const QDir scratch(output.filePath("scratch"));
