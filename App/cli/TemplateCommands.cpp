@@ -154,15 +154,23 @@ Value choiceArgument(const std::string& text, const std::array<std::pair<std::st
     throw Refused{"invalidChoice", std::string("Choose ") + option + " " + words + "."};
 }
 
+// Runs an edit of the draft, its refusal as the command's.
+template <typename Edit>
+decltype(auto) edited(Edit edit) {
+    try {
+        return edit();
+    } catch (const DTSTemplateEditError& error) {
+        throw Refused{error.code(), error.what()};
+    }
+}
+
 DTSNormalizedRegion regionArgument(const std::string& text) {
     DTSNormalizedRegion r;
     char tail = 0;
     if (std::sscanf(text.c_str(), "%lf,%lf,%lf,%lf%c", &r.x, &r.y, &r.width, &r.height, &tail) != 4) {
         throw Refused{"invalidRegion", "Give the region as X,Y,WIDTH,HEIGHT, each 0 to 1 of the page (or of one row), such as 0.1,0.2,0.3,0.04."};
     }
-    if (!(r.x >= 0 && r.y >= 0 && r.width > 0 && r.height > 0 && r.x + r.width <= 1 && r.y + r.height <= 1)) {
-        throw Refused{"invalidRegion", std::string(dts_template_words::manualRegion)};
-    }
+    edited([&] { templates::checkRegion(r); });
     return r;
 }
 
@@ -236,11 +244,7 @@ int mapField(CommandSession& session, const TemplateCommandArguments& a) {
         const auto field = fieldArgument(a.field);
         const bool crew = dts_fields::field(field).scope == DTSSemanticScope::crewRow;
         if (crew != a.row) throw Refused{"scopeMismatch", std::string(dts_template_words::manualRegion)};
-        auto& d = draft.definition;
-        auto& list = crew ? d.crewRowPlacements : d.documentPlacements;
-        const auto existing = std::find_if(list.begin(), list.end(), [&](const DTSTemplatePlacement& p) { return p.semanticFieldID == field; });
-        DTSTemplatePlacement placement = existing != list.end() ? *existing : DTSTemplatePlacement{Uuid::generate(), field, {}, {}};
-        placement.region = regionArgument(a.region);
+        DTSTemplatePlacement& placement = edited([&]() -> DTSTemplatePlacement& { return templates::place(draft.definition, field, regionArgument(a.region)); });
         if (!a.fit.empty()) placement.presentation.textFit = choiceArgument(a.fit, std::array{std::pair{std::string_view("fixed"), DTSTextFit::fixed},
                                                                                                std::pair{std::string_view("shrinkToFit"), DTSTextFit::shrinkToFit}}, "--fit");
         if (!a.time.empty()) {
@@ -278,9 +282,6 @@ int mapField(CommandSession& session, const TemplateCommandArguments& a) {
                                                                                    std::pair{std::string_view("filled"), DTSBooleanMark::filled}},
                                                                 "--mark");
         }
-        if (existing != list.end()) *existing = placement;
-        else list.push_back(placement);
-        std::erase(d.leftBlank, field);
         try {
             templates::saveDraft(context, draft, now());
         } catch (const GenericDTSTemplateError& error) {
@@ -295,11 +296,7 @@ int leaveBlank(CommandSession& session, const TemplateCommandArguments& a) {
     return act(session, [&](ModelContext& context, const Production& production) {
         auto draft = draftOf(context, production);
         const auto field = fieldArgument(a.field);
-        auto& d = draft.definition;
-        const auto same = [&](const DTSTemplatePlacement& p) { return p.semanticFieldID == field; };
-        std::erase_if(d.documentPlacements, same);
-        std::erase_if(d.crewRowPlacements, same);
-        if (std::find(d.leftBlank.begin(), d.leftBlank.end(), field) == d.leftBlank.end()) d.leftBlank.push_back(field);
+        templates::leaveBlank(draft.definition, field);
         templates::saveDraft(context, draft, now());
         session.answer(Json{{"leftBlank", a.field}}, a.field + " is left blank on this template.\n");
         return int{exitSuccess};
@@ -310,17 +307,7 @@ int setRows(CommandSession& session, const TemplateCommandArguments& a) {
     return act(session, [&](ModelContext& context, const Production& production) {
         auto draft = draftOf(context, production);
         const auto first = regionArgument(a.region);
-        // No printed page holds more rows than this; a count beyond it is a typing slip, not a form.
-        constexpr int mostRows = 200;
-        if (a.count > mostRows) throw Refused{"invalidRegion", "A DTS page holds at most " + std::to_string(mostRows) + " crew rows."};
-        if (a.count < 1 || first.y + first.height * a.count > 1 + 1e-9) {
-            throw Refused{"invalidRegion", "The rows must fit on the page: give the first row and a count that ends above the page's foot."};
-        }
-        draft.definition.crewRowSlots.clear();
-        draft.definition.crewRowsConfirmed = true;
-        for (int i = 0; i < a.count; ++i) {
-            draft.definition.crewRowSlots.push_back({Uuid::generate(), {first.x, first.y + i * first.height, first.width, first.height}});
-        }
+        edited([&] { templates::setCrewRows(draft.definition, first, a.count); });
         templates::saveDraft(context, draft, now());
         session.answer(Json{{"crewRows", a.count}}, "The template has " + std::to_string(a.count) + " crew rows.\n");
         return int{exitSuccess};
@@ -359,8 +346,7 @@ int testFill(CommandSession& session, const TemplateCommandArguments& a) {
 int confirmRows(CommandSession& session) {
     return act(session, [&](ModelContext& context, const Production& production) {
         auto draft = draftOf(context, production);
-        if (draft.definition.crewRowSlots.empty()) throw Refused{"missingCrewRows", std::string(dts_template_words::missingCrewRows)};
-        draft.definition.crewRowsConfirmed = true;
+        edited([&] { templates::confirmCrewRows(draft.definition); });
         templates::saveDraft(context, draft, now());
         session.answer(Json{{"crewRows", draft.definition.crewRowSlots.size()}},
                        "Confirmed the template's " + std::to_string(draft.definition.crewRowSlots.size()) + " crew rows.\n");

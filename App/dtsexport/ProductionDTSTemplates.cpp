@@ -216,5 +216,63 @@ StoredDTSTemplate approve(ModelContext& context, const Uuid& productionID, Insta
     return *pending;
 }
 
+void checkRegion(const DTSNormalizedRegion& r) {
+    if (!(r.x >= 0 && r.y >= 0 && r.width > 0 && r.height > 0 && r.x + r.width <= 1 + 1e-9 && r.y + r.height <= 1 + 1e-9)) {
+        throw DTSTemplateEditError("invalidRegion", std::string(dts_template_words::manualRegion));
+    }
+}
+
+DTSTemplatePlacement& place(ProductionDTSTemplateDefinition& d, DTSSemanticFieldID field, const DTSNormalizedRegion& region) {
+    checkRegion(region);
+    const bool crew = dts_fields::field(field).scope == DTSSemanticScope::crewRow;
+    auto& list = crew ? d.crewRowPlacements : d.documentPlacements;
+    std::erase(d.leftBlank, field);
+    const auto existing = std::find_if(list.begin(), list.end(), [&](const DTSTemplatePlacement& p) { return p.semanticFieldID == field; });
+    if (existing != list.end()) {
+        existing->region = region;
+        return *existing;
+    }
+    list.push_back(DTSTemplatePlacement{Uuid::generate(), field, region, {}});
+    return list.back();
+}
+
+void leaveBlank(ProductionDTSTemplateDefinition& d, DTSSemanticFieldID field) {
+    const auto same = [&](const DTSTemplatePlacement& p) { return p.semanticFieldID == field; };
+    std::erase_if(d.documentPlacements, same);
+    std::erase_if(d.crewRowPlacements, same);
+    if (std::find(d.leftBlank.begin(), d.leftBlank.end(), field) == d.leftBlank.end()) d.leftBlank.push_back(field);
+}
+
+void setCrewRows(ProductionDTSTemplateDefinition& d, const DTSNormalizedRegion& first, int count) {
+    checkRegion(first);
+    // No printed page holds more rows than this; a count beyond it is a typing slip, not a form.
+    constexpr int mostRows = 200;
+    if (count > mostRows) throw DTSTemplateEditError("invalidRegion", "A DTS page holds at most " + std::to_string(mostRows) + " crew rows.");
+    if (count < 1 || first.y + first.height * count > 1 + 1e-9) {
+        throw DTSTemplateEditError("invalidRegion", "The rows must fit on the page: give the first row and a count that ends above the page\u2019s foot.");
+    }
+    d.crewRowSlots.clear();
+    d.crewRowsConfirmed = true;
+    for (int i = 0; i < count; ++i) d.crewRowSlots.push_back({Uuid::generate(), {first.x, first.y + i * first.height, first.width, first.height}});
+}
+
+void confirmCrewRows(ProductionDTSTemplateDefinition& d) {
+    if (d.crewRowSlots.empty()) throw DTSTemplateEditError("missingCrewRows", std::string(dts_template_words::missingCrewRows));
+    d.crewRowsConfirmed = true;
+}
+
+DTSNormalizedRegion withinRow(const ProductionDTSTemplateDefinition& d, const DTSNormalizedRegion& r) {
+    constexpr double slack = 1e-6;
+    for (const auto& slot : d.crewRowSlots) {
+        const auto& row = slot.region;
+        if (r.x >= row.x - slack && r.y >= row.y - slack && r.x + r.width <= row.x + row.width + slack && r.y + r.height <= row.y + row.height + slack &&
+            row.width > 0 && row.height > 0) {
+            const double x = std::clamp((r.x - row.x) / row.width, 0.0, 1.0), y = std::clamp((r.y - row.y) / row.height, 0.0, 1.0);
+            return {x, y, std::min(r.width / row.width, 1 - x), std::min(r.height / row.height, 1 - y)};
+        }
+    }
+    throw DTSTemplateEditError("invalidRegion", std::string(dts_template_words::manualRegion));
+}
+
 }  // namespace production_dts_templates
 }  // namespace tessel

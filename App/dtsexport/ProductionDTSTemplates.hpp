@@ -45,6 +45,17 @@ struct DTSTemplateReviewMapping {
 };
 std::string_view toRawValue(DTSTemplateReviewMapping::Status status) noexcept;
 
+// An edit of a draft that cannot be made: `code` names the kind ("invalidRegion", "scopeMismatch",
+// "missingCrewRows"), what() is the sentence to show.
+class DTSTemplateEditError : public std::runtime_error {
+public:
+    DTSTemplateEditError(std::string code, const std::string& message) : std::runtime_error(message), code_(std::move(code)) {}
+    const std::string& code() const noexcept { return code_; }
+
+private:
+    std::string code_;
+};
+
 namespace production_dts_templates {
 
 std::optional<StoredDTSTemplate> approved(ModelContext& context, const Uuid& productionID);
@@ -61,6 +72,20 @@ void saveDraft(ModelContext& context, const StoredDTSTemplate& draft, Instant no
 std::vector<DTSTemplateReviewMapping> review(const StoredDTSTemplate& draft);
 // What keeps the draft from approval, in sentences; none when it can be approved.
 std::vector<std::string> blockers(const StoredDTSTemplate& draft);
+// The user's edits of a draft definition, each checked as it is made (DTSTemplateEditError). Regions are
+// 0…1 of the page, or of one row for a crew-row field, and must lie wholly inside.
+void checkRegion(const DTSNormalizedRegion& region);
+// Places the field at the region, keeping the presentation of a placement it had; a field left blank is
+// placed again. Returns the placement, to adjust its presentation.
+DTSTemplatePlacement& place(ProductionDTSTemplateDefinition& definition, DTSSemanticFieldID field, const DTSNormalizedRegion& region);
+void leaveBlank(ProductionDTSTemplateDefinition& definition, DTSSemanticFieldID field);
+// The crew rows set by the user: the first row and how many follow it, each as tall; they count as confirmed.
+void setCrewRows(ProductionDTSTemplateDefinition& definition, const DTSNormalizedRegion& firstRow, int count);
+// The rows the interpreter found, confirmed as they are; refused when it found none.
+void confirmCrewRows(ProductionDTSTemplateDefinition& definition);
+// A region drawn on the page, as a region within the crew row that holds it; refused when no row holds it whole.
+DTSNormalizedRegion withinRow(const ProductionDTSTemplateDefinition& definition, const DTSNormalizedRegion& onPage);
+
 // Approves the draft (refused with the first blocker), replacing the approved mapping.
 StoredDTSTemplate approve(ModelContext& context, const Uuid& productionID, Instant now);
 
