@@ -28,7 +28,7 @@ app: build
 # A PNG of every main screen of the window, opened on a fresh demo store, in build/screenshots/.
 screenshots: build
 	@TESSEL_DEMO_NO_WINDOW=1 scripts/demo $(BUILD_DIR) >/dev/null
-	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/tools/tessel-screenshots $(BUILD_DIR)/demo $(BUILD_DIR)/screenshots $(BUILD_DIR)/fixtures/stubs/demo-week
+	@QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/tools/tessel-screenshots $(BUILD_DIR)/demo $(BUILD_DIR)/screenshots $(BUILD_DIR)/fixtures/stubs/demo-week $(BUILD_DIR)/fixtures/forms
 
 test: build
 	@ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)

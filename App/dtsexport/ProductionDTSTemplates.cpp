@@ -81,11 +81,16 @@ DTSTemplatePresentation presentationFor(DTSSemanticFieldID field) {
 
 DTSNormalizedRegion regionOf(const PDFRect& r) { return {r.x, r.y, r.width, r.height}; }
 
-bool placed(const Definition& d, DTSSemanticFieldID field) {
-    const auto same = [&](const DTSTemplatePlacement& p) { return p.semanticFieldID == field; };
-    return std::any_of(d.documentPlacements.begin(), d.documentPlacements.end(), same) ||
-           std::any_of(d.crewRowPlacements.begin(), d.crewRowPlacements.end(), same);
+const DTSTemplatePlacement* placementOf(const Definition& d, DTSSemanticFieldID field) {
+    for (const auto* list : {&d.documentPlacements, &d.crewRowPlacements}) {
+        for (const auto& p : *list) {
+            if (p.semanticFieldID == field) return &p;
+        }
+    }
+    return nullptr;
 }
+
+bool placed(const Definition& d, DTSSemanticFieldID field) { return placementOf(d, field) != nullptr; }
 
 DTSTemplateInterpretation interpretationOf(const std::string& pdf) { return dts_interpretation::interpret(pdf_structure::inspect(pdf)); }
 
@@ -155,8 +160,9 @@ std::vector<DTSTemplateReviewMapping> review(const StoredDTSTemplate& draft) {
         DTSTemplateReviewMapping m{label, s.semanticFieldID, s.scope.value_or(DTSSemanticScope::document), regionOf(s.region), Status::notMapped, false,
                                    s.evidence};
         const bool blank = s.semanticFieldID && std::find(d.leftBlank.begin(), d.leftBlank.end(), *s.semanticFieldID) != d.leftBlank.end();
-        if (s.semanticFieldID && placed(d, *s.semanticFieldID)) {
+        if (const auto* placement = s.semanticFieldID ? placementOf(d, *s.semanticFieldID) : nullptr) {
             m.status = Status::mapped;
+            m.region = placement->region;  // where it will be drawn, which the user may have moved
         } else if (blank) {
             m.status = Status::notMapped;
             m.explicitlyResolved = true;

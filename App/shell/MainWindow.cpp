@@ -31,6 +31,7 @@
 #include "App/shell/DTSPage.hpp"
 #include "App/shell/PayPage.hpp"
 #include "App/shell/ProductionPage.hpp"
+#include "App/shell/TemplatePage.hpp"
 #include "App/shell/RulesPage.hpp"
 #include "App/shell/SetupGuide.hpp"
 #include "App/shell/ShellText.hpp"
@@ -147,7 +148,7 @@ MainWindow::MainWindow(ShellSession& session, QWidget* parent) : QMainWindow(par
 
     navigation_ = new QListWidget;
     navigation_->setObjectName("navigation");
-    navigation_->addItems({tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules"), tr("Production")});
+    navigation_->addItems({tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules"), tr("Production"), tr("DTS Form")});
     navigation_->setFixedWidth(130);
     navigation_->setStyleSheet("QListWidget { font-size: 12pt; } QListWidget::item { padding: 8px; }");
     pages_ = new QStackedWidget;
@@ -157,7 +158,8 @@ MainWindow::MainWindow(ShellSession& session, QWidget* parent) : QMainWindow(par
     pay_ = new PayPage(session_);
     rules_ = new RulesPage(session_);
     production_ = new ProductionPage(session_);
-    for (QWidget* page : std::initializer_list<QWidget*>{welcome_, crew_, dts_, pay_, rules_, production_}) pages_->addWidget(page);
+    form_ = new TemplatePage(session_);
+    for (QWidget* page : std::initializer_list<QWidget*>{welcome_, crew_, dts_, pay_, rules_, production_, form_}) pages_->addWidget(page);
     connect(navigation_, &QListWidget::currentRowChanged, pages_, &QStackedWidget::setCurrentIndex);
     auto* centre = new QWidget;
     auto* layout = new QHBoxLayout(centre);
@@ -207,7 +209,7 @@ void MainWindow::buildMenus() {
     edit->addAction(redo);
 
     QMenu* go = menuBar()->addMenu(tr("&Go"));
-    const std::array<QString, 6> names{tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules"), tr("Production")};
+    const std::array<QString, 7> names{tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules"), tr("Production"), tr("DTS Form")};
     for (int page = 0; page < static_cast<int>(names.size()); ++page) {
         QAction* action = go->addAction(names[static_cast<std::size_t>(page)]);
         action->setShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + page)));

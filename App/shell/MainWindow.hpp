@@ -15,6 +15,7 @@ class CrewPage;
 class DTSPage;
 class PayPage;
 class ProductionPage;
+class TemplatePage;
 class RulesPage;
 class WelcomePage;
 
@@ -25,12 +26,12 @@ inline constexpr std::string_view alphaNotice =
 inline constexpr std::string_view feedbackAddress = "feedback@tessel.invalid";
 
 // The window a timekeeper works in: the production chosen at the top, its pages on the left (Welcome,
-// Crew, DTS, Pay, Rules, Production settings), Undo and Redo of every saved edit, the setup guide, imports of the files Tessel
+// Crew, DTS, Pay, Rules, Production settings, the production's own DTS form), Undo and Redo of every saved edit, the setup guide, imports of the files Tessel
 // writes, the feedback note and the alpha-release notice.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    enum Page { welcome, crew, dts, pay, rules, production };
+    enum Page { welcome, crew, dts, pay, rules, production, form };
 
     explicit MainWindow(ShellSession& session, QWidget* parent = nullptr);
 
@@ -41,6 +42,7 @@ public:
     PayPage& payPage() noexcept { return *pay_; }
     RulesPage& rulesPage() noexcept { return *rules_; }
     ProductionPage& productionPage() noexcept { return *production_; }
+    TemplatePage& templatePage() noexcept { return *form_; }
 
     // Opens a file Tessel writes (a production archive or a ruleset file) with its import; the refusal
     // when it was refused. A file the user opened from the file manager arrives here.
@@ -72,6 +74,7 @@ private:
     PayPage* pay_ = nullptr;
     RulesPage* rules_ = nullptr;
     ProductionPage* production_ = nullptr;
+    TemplatePage* form_ = nullptr;
 };
 
 // The first page: what Tessel is, the productions of this store, and the way to set up a new one.

@@ -1,6 +1,7 @@
 #include "PdfPageView.hpp"
 
 #include <QPainter>
+#include <QMouseEvent>
 #include <QPaintEvent>
 
 #include <poppler-qt6.h>
@@ -21,7 +22,7 @@ PdfPageView::PdfPageView(QWidget* parent) : QWidget(parent) {
 PdfPageView::~PdfPageView() = default;
 
 bool PdfPageView::setDocument(const QByteArray& pdf) {
-    document_ = Poppler::Document::loadFromData(pdf);
+    document_ = pdf.isEmpty() ? nullptr : Poppler::Document::loadFromData(pdf);
     if (document_ && document_->isLocked()) document_.reset();
     if (document_) {
         document_->setRenderHint(Poppler::Document::Antialiasing);
@@ -91,7 +92,52 @@ void PdfPageView::paintEvent(QPaintEvent*) {
         painter.fillRect(area, fill);
         painter.setPen(QPen(mark.colour, mark.emphasised ? 2.5 : 1));
         painter.drawRect(area);
+        if (!mark.label.isEmpty()) {
+            QFont small = font();
+            small.setPointSizeF(7);
+            painter.setFont(small);
+            painter.drawText(area.topLeft() + QPointF(1, -2), mark.label);
+        }
     }
+    if (dragStart_ && dragEnd_) {
+        painter.setPen(QPen(QColor(0x15, 0x65, 0xc0), 1.5, Qt::DashLine));
+        painter.drawRect(QRectF(*dragStart_, *dragEnd_).normalized());
+    }
+}
+
+void PdfPageView::setDrawing(bool on) {
+    drawing_ = on;
+    setCursor(on ? Qt::CrossCursor : Qt::ArrowCursor);
+    dragStart_.reset();
+    dragEnd_.reset();
+    update();
+}
+
+PageRectangle PdfPageView::onPage(const QPointF& from, const QPointF& to) const {
+    const double w = width(), h = heightForWidth(width());
+    const QRectF r = QRectF(from, to).normalized().intersected(QRectF(0, 0, w, h));
+    return {r.x() / w, r.y() / h, r.width() / w, r.height() / h};
+}
+
+void PdfPageView::mousePressEvent(QMouseEvent* event) {
+    if (!drawing_ || event->button() != Qt::LeftButton) return QWidget::mousePressEvent(event);
+    dragStart_ = dragEnd_ = event->position();
+}
+
+void PdfPageView::mouseMoveEvent(QMouseEvent* event) {
+    if (!dragStart_) return QWidget::mouseMoveEvent(event);
+    dragEnd_ = event->position();
+    update();
+}
+
+void PdfPageView::mouseReleaseEvent(QMouseEvent* event) {
+    if (!dragStart_) return QWidget::mouseReleaseEvent(event);
+    const PageRectangle region = onPage(*dragStart_, event->position());
+    dragStart_.reset();
+    dragEnd_.reset();
+    update();
+    // A click without a drag is not a region.
+    if (region.width * width() >= 3 && region.height * heightForWidth(width()) >= 3) emit regionDrawn(region);
 }
 
 QImage PdfPageView::drawn() {

@@ -27,6 +27,7 @@ public:
         PageRectangle bounds;
         QColor colour;
         bool emphasised = false;  // drawn filled and thicker: the one the user is looking at
+        QString label{};          // written small above the rectangle's top left
     };
 
     explicit PdfPageView(QWidget* parent = nullptr);
@@ -41,13 +42,25 @@ public:
     const std::vector<Mark>& marks() const noexcept { return marks_; }
     // The page as drawn, marks included, at the widget's current width: what the user sees.
     QImage drawn();
+    // While on, a drag of the mouse draws a rectangle and reports it (in page-relative units) on release.
+    void setDrawing(bool on);
+    bool isDrawing() const noexcept { return drawing_; }
+    // The page-relative rectangle between two points of the widget, clipped to the page.
+    PageRectangle onPage(const QPointF& from, const QPointF& to) const;
+
 
     QSize sizeHint() const override;
     bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override;
 
+signals:
+    void regionDrawn(tessel::PageRectangle region);
+
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
     void rasterise();
@@ -58,6 +71,8 @@ private:
     QImage image_;      // the page at a fixed resolution, scaled when painted
     QSizeF pageSize_;   // in points
     std::vector<Mark> marks_;
+    bool drawing_ = false;
+    std::optional<QPointF> dragStart_, dragEnd_;
 };
 
 }  // namespace tessel

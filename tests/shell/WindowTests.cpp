@@ -31,6 +31,7 @@
 #include "App/shell/PdfPageView.hpp"
 #include "App/shell/GrossChart.hpp"
 #include "App/shell/ProductionPage.hpp"
+#include "App/shell/TemplatePage.hpp"
 #include "App/shell/SignaturePad.hpp"
 #include "App/exchange/PendingIdentity.hpp"
 #include "App/exchange/ProductionArchive.hpp"
@@ -442,6 +443,57 @@ private slots:
         QCOMPARE(production_profile::identity(w.session->context(), copy.productionID).departmentHeadName, std::string("Morgan Hale"));
         QCOMPARE(dts_export::signature(w.session->context(), copy.productionID), stored);
         QVERIFY(!pending_identity::find(w.session->context(), copy.productionID));
+    }
+
+    // The invented typical blank form: imported, its notes left blank, the page number drawn with the mouse,
+    // the crew rows confirmed, test-filled, approved, chosen as the export form and a DTS exported on it.
+    void aBlankFormIsMappedApprovedAndUsedForExport() {
+        Workspace w;
+        w.window->showPage(MainWindow::form);
+        TemplatePage& form = w.window->templatePage();
+        QVERIFY(!form.importBlankPage(QString(TESSEL_FORM_FIXTURES) + "/typical.pdf"));
+        QVERIFY(form.page().pageCount() == 1);
+        QVERIFY(!form.page().marks().empty());  // the proposals, drawn over the page
+        QVERIFY2(form.blockersText().contains(QString::fromUtf8(dts_template_words::unresolvedReview.data())), qPrintable(form.blockersText()));
+        const auto rowOf = [&](DTSSemanticFieldID field) {
+            const auto& m = form.mappings();
+            return static_cast<int>(std::find_if(m.begin(), m.end(), [&](const auto& x) { return x.semanticFieldID == field; }) - m.begin());
+        };
+        QVERIFY(!form.leaveBlank(rowOf(DTSSemanticFieldID::workdayNotes)));
+
+        form.drawField(DTSSemanticFieldID::derivedPageXOfY);
+        PdfPageView& view = form.page();
+        const int w_ = view.width(), h_ = view.heightForWidth(view.width());
+        QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(int(w_ * 0.8), int(h_ * 0.945)));
+        QTest::mouseMove(&view, QPoint(int(w_ * 0.9), int(h_ * 0.96)));
+        QTest::mouseRelease(&view, Qt::LeftButton, {}, QPoint(int(w_ * 0.95), int(h_ * 0.97)));
+        const auto& placed = form.mappings()[static_cast<std::size_t>(rowOf(DTSSemanticFieldID::derivedPageXOfY))];
+        QCOMPARE(placed.status, DTSTemplateReviewMapping::Status::mapped);
+        QVERIFY(placed.region);
+        QVERIFY2(std::abs(placed.region->x - 0.8) < 0.01 && std::abs(placed.region->width - 0.15) < 0.01,
+                 qPrintable(QString("%1 %2 %3 %4 of %5x%6").arg(placed.region->x).arg(placed.region->y).arg(placed.region->width).arg(placed.region->height).arg(w_).arg(h_)));
+
+        QVERIFY(form.approve().has_value());  // the rows are not confirmed yet
+        QVERIFY(!form.confirmCrewRows());
+        QVERIFY(!form.testFill(GenericDTSTestFillScenario::overflow));
+        QVERIFY(form.page().pageCount() >= 2);
+        form.showDraft();
+        QVERIFY(!form.approve());
+
+        QVERIFY(!w.window->productionPage().chooseExportForm(ProductionDTSExportTemplateMode::productionTemplate));
+        w.window->showPage(MainWindow::dts);
+        w.dts().showDate(monday);
+        typeInto(&w.dts().sharedTimeEdit(DTSTimeField::call), "7.0");
+        typeInto(&w.dts().sharedTimeEdit(DTSTimeField::lunchOut), "13.0");
+        typeInto(&w.dts().sharedTimeEdit(DTSTimeField::wrap), "19.0");
+        const QString file = QString::fromStdString((w.folder.path() / "Production DTS.pdf").string());
+        const auto exported = w.dts().exportTo(file, true);
+        QVERIFY2(!exported, exported ? qPrintable(exported->title + ": " + exported->message) : "");
+        PdfPageView check;
+        QFile pdf(file);
+        QVERIFY(pdf.open(QIODevice::ReadOnly));
+        QVERIFY(check.setDocument(pdf.readAll()));
+        QCOMPARE(check.pageCount(), 1);
     }
 
     void theCrewEditorRefusesADuplicateNameWithTheRosterSentence() {

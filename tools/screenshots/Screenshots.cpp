@@ -1,5 +1,5 @@
 // Writes a PNG of every main screen of the window, opened on a store made by the demo, so that each can be
-// looked at: tessel-screenshots DEMO_FOLDER OUTPUT_FOLDER [STUB_FOLDER] (run under QT_QPA_PLATFORM=offscreen).
+// looked at: tessel-screenshots DEMO_FOLDER OUTPUT_FOLDER [STUB_FOLDER [FORM_FOLDER]] (run under QT_QPA_PLATFORM=offscreen).
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
@@ -20,6 +20,7 @@
 #include "App/shell/RulesPage.hpp"
 #include "App/shell/PayPage.hpp"
 #include "App/shell/ProductionPage.hpp"
+#include "App/shell/TemplatePage.hpp"
 #include "App/shell/SignaturePad.hpp"
 #include "App/shell/SetupGuide.hpp"
 #include "App/shell/StubImportPanel.hpp"
@@ -61,7 +62,7 @@ TesselUnavailableStoreState foreignStore(const QDir& scratch, TesselStoreEnviron
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
     if (argc < 3) {
-        std::fprintf(stderr, "usage: tessel-screenshots DEMO_FOLDER OUTPUT_FOLDER [STUB_FOLDER]\n");
+        std::fprintf(stderr, "usage: tessel-screenshots DEMO_FOLDER OUTPUT_FOLDER [STUB_FOLDER [FORM_FOLDER]]\n");
         return 2;
     }
     const QDir demo(argv[1]);
@@ -143,6 +144,17 @@ int main(int argc, char** argv) {
         window.productionPage().signaturePad().addStroke(second);
     }
     ok &= save(window, output, "11-production-settings");
+
+    if (argc > 4) {  // the invented typical blank form, mapped from its proposals
+        window.showPage(MainWindow::form);
+        TemplatePage& form = window.templatePage();
+        form.importBlankPage(QDir(argv[4]).filePath("typical.pdf"));
+        if (auto* table = form.findChild<QTableWidget*>("templateMappings")) table->setCurrentCell(2, 0);
+        ok &= save(window, output, "12-dts-form-mapping");
+        form.testFill(GenericDTSTestFillScenario::typical);
+        ok &= save(window, output, "13-dts-form-test-fill");
+        form.showDraft();
+    }
 
     TesselStoreEnvironment foreign;
     const QDir scratch(output.filePath("scratch"));
