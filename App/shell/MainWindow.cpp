@@ -32,6 +32,10 @@
 #include "App/shell/PayPage.hpp"
 #include "App/shell/ProductionPage.hpp"
 #include "App/shell/TemplatePage.hpp"
+#include "App/shell/CrewLibraryPanel.hpp"
+#include "App/shell/LibraryPage.hpp"
+#include "App/shell/PositionsPanel.hpp"
+#include "App/shell/RulesetLibraryPanel.hpp"
 #include "App/shell/RulesPage.hpp"
 #include "App/shell/SetupGuide.hpp"
 #include "App/shell/ShellText.hpp"
@@ -148,7 +152,7 @@ MainWindow::MainWindow(ShellSession& session, QWidget* parent) : QMainWindow(par
 
     navigation_ = new QListWidget;
     navigation_->setObjectName("navigation");
-    navigation_->addItems({tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules"), tr("Production"), tr("DTS Form")});
+    navigation_->addItems({tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules"), tr("Production"), tr("DTS Form"), tr("Library")});
     navigation_->setFixedWidth(130);
     navigation_->setStyleSheet("QListWidget { font-size: 12pt; } QListWidget::item { padding: 8px; }");
     pages_ = new QStackedWidget;
@@ -159,7 +163,8 @@ MainWindow::MainWindow(ShellSession& session, QWidget* parent) : QMainWindow(par
     rules_ = new RulesPage(session_);
     production_ = new ProductionPage(session_);
     form_ = new TemplatePage(session_);
-    for (QWidget* page : std::initializer_list<QWidget*>{welcome_, crew_, dts_, pay_, rules_, production_, form_}) pages_->addWidget(page);
+    library_ = new LibraryPage(session_);
+    for (QWidget* page : std::initializer_list<QWidget*>{welcome_, crew_, dts_, pay_, rules_, production_, form_, library_}) pages_->addWidget(page);
     connect(navigation_, &QListWidget::currentRowChanged, pages_, &QStackedWidget::setCurrentIndex);
     auto* centre = new QWidget;
     auto* layout = new QHBoxLayout(centre);
@@ -187,7 +192,7 @@ void MainWindow::buildMenus() {
     open->setShortcut(QKeySequence::Open);
     connect(open, &QAction::triggered, this, [this] {
         const QString path = QFileDialog::getOpenFileName(this, tr("Import"), QString(),
-                                                          tr("Tessel files (*.tesselarchive *.tesselrules)"));
+                                                          tr("Tessel files (*.tesselarchive *.tesselrules *.tesselcrewlibrary *.tesselratepackage)"));
         if (path.isEmpty()) return;
         if (const auto refusal = openFile(path)) showRefusal(*refusal);
     });
@@ -209,7 +214,7 @@ void MainWindow::buildMenus() {
     edit->addAction(redo);
 
     QMenu* go = menuBar()->addMenu(tr("&Go"));
-    const std::array<QString, 7> names{tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules"), tr("Production"), tr("DTS Form")};
+    const std::array<QString, 8> names{tr("Welcome"), tr("Crew"), tr("DTS"), tr("Pay"), tr("Rules"), tr("Production"), tr("DTS Form"), tr("Library")};
     for (int page = 0; page < static_cast<int>(names.size()); ++page) {
         QAction* action = go->addAction(names[static_cast<std::size_t>(page)]);
         action->setShortcut(QKeySequence(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + page)));
@@ -277,20 +282,16 @@ std::optional<Refusal> MainWindow::openFile(const QString& path) {
         showPage(imported->pendingIdentity ? production : dts);  // where the identity is accepted or left for later
         return std::nullopt;
     }
-    if (suffix == "tesselrules") {
-        std::optional<std::string> name;
-        if (auto refusal = session_.perform(tr("Import Ruleset"), [&](ModelContext& c) {
-                const auto contents = ruleset_file::read(*bytes);
-                const auto item = rules_library::addImported(c, contents.metadata.portableRulesetID, contents.name, contents.metadata.provenanceNotes,
-                                                             contents.metadata.createdAt, contents.configuration, now());
-                name = item.name;
-            })) {
-            return refusal;
-        }
-        QMessageBox::information(this, tr("Ruleset Imported"), tr("Imported \u201C%1\u201D into the Ruleset Library.").arg(qtext(*name)));
-        return std::nullopt;
-    }
-    return Refusal{{}, tr("Tessel cannot open \u201C%1\u201D: choose a production archive or a ruleset file.").arg(QFileInfo(path).fileName())};
+    // Library files are shown where the library is kept, their outcome in words there.
+    const auto inLibrary = [&](int tab, const std::function<std::optional<Refusal>()>& import) {
+        showPage(library);
+        library_->tabs().setCurrentIndex(tab);
+        return import();
+    };
+    if (suffix == "tesselrules") return inLibrary(0, [&] { return library_->rulesets().importFrom(path); });
+    if (suffix == "tesselcrewlibrary") return inLibrary(1, [&] { return library_->crewLibrary().planImport(path); });
+    if (suffix == "tesselratepackage") return inLibrary(2, [&] { return library_->positions().importSavedCard(path); });
+    return Refusal{{}, tr("Tessel cannot open \u201C%1\u201D: choose a production archive, a ruleset, a crew library or a rate card file.").arg(QFileInfo(path).fileName())};
 }
 
 void MainWindow::showRefusal(const Refusal& refusal) {

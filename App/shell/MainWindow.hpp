@@ -16,6 +16,7 @@ class DTSPage;
 class PayPage;
 class ProductionPage;
 class TemplatePage;
+class LibraryPage;
 class RulesPage;
 class WelcomePage;
 
@@ -26,12 +27,12 @@ inline constexpr std::string_view alphaNotice =
 inline constexpr std::string_view feedbackAddress = "feedback@tessel.invalid";
 
 // The window a timekeeper works in: the production chosen at the top, its pages on the left (Welcome,
-// Crew, DTS, Pay, Rules, Production settings, the production's own DTS form), Undo and Redo of every saved edit, the setup guide, imports of the files Tessel
+// Crew, DTS, Pay, Rules, Production settings, the production's own DTS form, the libraries), Undo and Redo of every saved edit, the setup guide, imports of the files Tessel
 // writes, the feedback note and the alpha-release notice.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 public:
-    enum Page { welcome, crew, dts, pay, rules, production, form };
+    enum Page { welcome, crew, dts, pay, rules, production, form, library };
 
     explicit MainWindow(ShellSession& session, QWidget* parent = nullptr);
 
@@ -43,6 +44,7 @@ public:
     RulesPage& rulesPage() noexcept { return *rules_; }
     ProductionPage& productionPage() noexcept { return *production_; }
     TemplatePage& templatePage() noexcept { return *form_; }
+    LibraryPage& libraryPage() noexcept { return *library_; }
 
     // Opens a file Tessel writes (a production archive or a ruleset file) with its import; the refusal
     // when it was refused. A file the user opened from the file manager arrives here.
@@ -75,6 +77,7 @@ private:
     RulesPage* rules_ = nullptr;
     ProductionPage* production_ = nullptr;
     TemplatePage* form_ = nullptr;
+    LibraryPage* library_ = nullptr;
 };
 
 // The first page: what Tessel is, the productions of this store, and the way to set up a new one.

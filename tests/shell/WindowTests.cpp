@@ -32,6 +32,10 @@
 #include "App/shell/GrossChart.hpp"
 #include "App/shell/ProductionPage.hpp"
 #include "App/shell/TemplatePage.hpp"
+#include "App/shell/LibraryPage.hpp"
+#include "App/shell/RulesetLibraryPanel.hpp"
+#include "App/shell/CrewLibraryPanel.hpp"
+#include "App/shell/PositionsPanel.hpp"
 #include "App/shell/SignaturePad.hpp"
 #include "App/exchange/PendingIdentity.hpp"
 #include "App/exchange/ProductionArchive.hpp"
@@ -494,6 +498,55 @@ private slots:
         QVERIFY(pdf.open(QIODevice::ReadOnly));
         QVERIFY(check.setDocument(pdf.readAll()));
         QCOMPARE(check.pageCount(), 1);
+    }
+
+    // A ruleset saved to the library travels as a file and comes back through the file manager's way in;
+    // a crew library file's person of a known name waits for the user's choice; a position is priced.
+    void theLibrariesKeepRulesetsPeopleAndRates() {
+        Workspace w;
+        w.window->showPage(MainWindow::library);
+        LibraryPage& library = w.window->libraryPage();
+        RulesetLibraryPanel& rulesets = library.rulesets();
+        QVERIFY(!rulesets.saveCurrent("House Rules"));
+        QCOMPARE(rulesets.items().size(), std::size_t{1});
+        QVERIFY(rulesets.saveCurrent("  ").has_value());  // a blank name is refused with its sentence
+        QCOMPARE(rulesets.statusText(), QString::fromUtf8(rules_library::emptyName.data()));
+        const QString rulesFile = QString::fromStdString((w.folder.path() / "House.tesselrules").string());
+        QVERIFY(!rulesets.exportTo(0, rulesFile));
+        QVERIFY(!rulesets.remove(0));
+        QVERIFY(rulesets.items().empty());
+        QVERIFY(!w.window->openFile(rulesFile));
+        QCOMPARE(rulesets.items().size(), std::size_t{1});
+        QVERIFY(rulesets.items().front().importedAt.has_value());
+        QVERIFY(!rulesets.apply(0));
+
+        CrewLibraryPanel& people = library.crewLibrary();
+        QVERIFY(!people.addPerson("Rowan Vale", "Key Grip"));
+        const QString crewFile = QString::fromStdString((w.folder.path() / "Crew.tesselcrewlibrary").string());
+        QVERIFY(!people.exportTo(crewFile));
+        QVERIFY(!people.remove(0));
+        QVERIFY(!people.addPerson("Rowan Vale", "Best Boy Grip"));  // another Rowan Vale, as far as the file knows
+        QVERIFY(!w.window->openFile(crewFile));
+        QVERIFY(people.plan().has_value());
+        QCOMPARE(people.plan()->conflicts.size(), std::size_t{1});
+        const auto unsettled = people.importPlan();
+        QVERIFY(unsettled.has_value());
+        QCOMPARE(unsettled->message, QString::fromUtf8(crew_library_words::chooseEveryMatch.data()));
+        QCOMPARE(people.people().size(), std::size_t{1});
+        people.resolve(0, CrewLibraryImportResolution::importSeparate);
+        QVERIFY(!people.importPlan());
+        QCOMPARE(people.people().size(), std::size_t{2});
+        QVERIFY(people.statusText().startsWith(QString::fromUtf8(crew_library_words::importComplete.data())));
+
+        PositionsPanel& positions = library.positions();
+        QVERIFY(!positions.addPosition("Key Grip", "7001"));
+        QVERIFY(positions.addPosition("Dolly Grip", "70a1").has_value());
+        QCOMPARE(positions.statusText(), QString::fromUtf8(position_words::digitsOnly.data()));
+        QVERIFY(!positions.createCard("Local 80", monday));
+        QVERIFY(!positions.setScale("Local 80", 0, "45.00"));
+        const auto scales = rate_cards::scales(w.session->context(), w.session->production()->id);
+        QCOMPARE(scales.size(), std::size_t{1});
+        QCOMPARE(scales.front().hourlyAmount.toString(), std::string("45.00"));
     }
 
     void theCrewEditorRefusesADuplicateNameWithTheRosterSentence() {

@@ -21,6 +21,9 @@
 #include "App/shell/PayPage.hpp"
 #include "App/shell/ProductionPage.hpp"
 #include "App/shell/TemplatePage.hpp"
+#include "App/shell/LibraryPage.hpp"
+#include "App/shell/PositionsPanel.hpp"
+#include "App/shell/RulesetLibraryPanel.hpp"
 #include "App/shell/SignaturePad.hpp"
 #include "App/shell/SetupGuide.hpp"
 #include "App/shell/StubImportPanel.hpp"
@@ -155,6 +158,16 @@ int main(int argc, char** argv) {
         ok &= save(window, output, "13-dts-form-test-fill");
         form.showDraft();
     }
+
+    window.showPage(MainWindow::library);
+    window.libraryPage().rulesets().saveCurrent("Harbor Lights \u2014 Grip & Electric");
+    ok &= save(window, output, "14-library-rulesets");
+    window.libraryPage().tabs().setCurrentIndex(2);
+    window.libraryPage().positions().addPosition("Key Grip", "7001");
+    window.libraryPage().positions().addPosition("Best Boy Electric", "7004");
+    window.libraryPage().positions().createCard("Local 728", std::chrono::year(2026) / 11 / 1);
+    window.libraryPage().positions().setScale("Local 728", 0, "52.00");
+    ok &= save(window, output, "15-library-positions");
 
     TesselStoreEnvironment foreign;
     const QDir scratch(output.filePath("scratch"));
