@@ -408,5 +408,31 @@ std::string claimText(ModelContext& context, ExpectedPayrollReview& review, cons
     return out.str();
 }
 
+std::vector<PayrollIssue> inState(ModelContext& context, const Uuid& productionID, PayrollIssueState state, const std::optional<Uuid>& weekID) {
+    std::vector<PayrollIssue> found;
+    for (auto& issue : list(context, productionID)) {
+        if (issue.state() == state && (!weekID || issue.weekID == *weekID)) found.push_back(std::move(issue));
+    }
+    return found;
+}
+
+std::string detailText(const PayrollIssue& issue) {
+    const auto amount = [](const std::optional<Decimal>& value) { return value ? value->toString() : std::string("-"); };
+    const auto state = issue.state().value_or(PayrollIssueState::needsAttention);
+    std::ostringstream out;
+    out << issue.title << " \u2014 " << issue.nature << "\n"
+        << "  Expected " << amount(issue.expectedAmount) << ", actual " << amount(issue.actualAmount) << ", difference "
+        << signedAmount(issue.differenceAmount) << " " << issue.currency << "\n"
+        << "  State: " << label(state);
+    if (issue.resolutionReason) out << " (" << *issue.resolutionReason << ")";
+    out << "\n  First observed " << calendar_text::formatInstant(issue.createdAt) << ", last changed " << calendar_text::formatInstant(issue.updatedAt)
+        << "\n";
+    if (issue.reportedAt) {
+        out << (state != PayrollIssueState::reported ? "  Previously reported " : "  Reported ") << calendar_text::formatInstant(*issue.reportedAt) << "\n";
+    }
+    if (!issue.note.empty()) out << "  Previous workflow note: " << issue.note << "\n";
+    return out.str();
+}
+
 }  // namespace payroll_issues
 }  // namespace tessel

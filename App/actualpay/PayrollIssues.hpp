@@ -91,6 +91,15 @@ void keepCurrent(ModelContext& context, const Uuid& productionID, Instant now);
 void setState(ModelContext& context, const std::vector<PayrollIssue>& issues, PayrollIssueState state, const std::optional<std::string>& note,
               Instant now);
 
+// Every issue of the production in one state (of one week, when given): what the bulk actions "Needs
+// Attention as Reported" and "Reported as Resolved" move on.
+std::vector<PayrollIssue> inState(ModelContext& context, const Uuid& productionID, PayrollIssueState state, const std::optional<Uuid>& weekID);
+
+// One issue in full, as its detail view shows it: the line and its amounts, the state and why, when it was
+// first seen and last changed, and what the user did with it before ("Previously reported", "Previous
+// workflow note:").
+std::string detailText(const PayrollIssue& issue);
+
 // Issues of one week, one category, one direction and one currency together; an issue whose crew member
 // can no longer be found stands alone.
 struct PayrollIssueGroup {

@@ -287,10 +287,7 @@ std::vector<PayrollIssue> targetsOf(ModelContext& context, const Production& pro
 // Attention as Reported" and "Reported as Resolved" do.
 std::vector<PayrollIssue> inState(ModelContext& context, const Production& production, PayrollIssueState state, const std::string& weekDate) {
     const auto weekID = weekDate.empty() ? std::nullopt : std::optional(weekOn(context, production, weekDate).id);
-    std::vector<PayrollIssue> found;
-    for (auto& issue : payroll_issues::list(context, production.id)) {
-        if (issue.state() == state && (!weekID || issue.weekID == *weekID)) found.push_back(std::move(issue));
-    }
+    auto found = payroll_issues::inState(context, production.id, state, weekID);
     if (found.empty()) throw Refused{"issueNotFound", "No payroll issue is in the state " + std::string(toRawValue(state)) + "."};
     return found;
 }
@@ -320,22 +317,7 @@ int showCommand(CommandSession& session, const ComparisonCommandArguments& a) {
     return actOnIssues(session, [&](ModelContext& context, const Production& production) {
         if (a.targets.size() != 1) throw Refused{"missingValue", "Give the issue's identifier."};
         const auto issue = targetsOf(context, production, a.targets.front(), {}).front();
-        const auto state = issue.state().value_or(PayrollIssueState::needsAttention);
-        std::ostringstream out;
-        out << issue.title << " \u2014 " << issue.nature << "\n"
-            << "  Expected " << text(issue.expectedAmount) << ", actual " << text(issue.actualAmount) << ", difference "
-            << signedAmount(issue.differenceAmount) << " " << issue.currency << "\n"
-            << "  State: " << label(state);
-        if (issue.resolutionReason) out << " (" << *issue.resolutionReason << ")";
-        out << "\n  First observed " << calendar_text::formatInstant(issue.createdAt) << ", last changed "
-            << calendar_text::formatInstant(issue.updatedAt) << "\n";
-        if (issue.reportedAt && state != PayrollIssueState::reported) {
-            out << "  Previously reported " << calendar_text::formatInstant(*issue.reportedAt) << "\n";
-        } else if (issue.reportedAt) {
-            out << "  Reported " << calendar_text::formatInstant(*issue.reportedAt) << "\n";
-        }
-        if (!issue.note.empty()) out << "  Previous workflow note: " << issue.note << "\n";
-        session.answer(issueJSON(issue, {}), out.str());
+        session.answer(issueJSON(issue, {}), payroll_issues::detailText(issue));
         return exitSuccess;
     });
 }
