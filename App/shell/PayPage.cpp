@@ -127,7 +127,17 @@ PayPage::PayPage(ShellSession& session, QWidget* parent) : QWidget(parent), sess
     issues_->setHeaderLabels({tr("Issue"), tr("Difference"), tr("State"), tr("Note")});
     issues_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     issues_->header()->setStretchLastSection(true);
-    issuesLayout->addWidget(issues_, 1);
+    connect(issues_, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) { showIssue(item); });
+    auto* issueArea = new QHBoxLayout;
+    issueArea->addWidget(issues_, 3);
+    issueDetail_ = new QLabel;
+    issueDetail_->setObjectName("issueDetail");
+    issueDetail_->setWordWrap(true);
+    issueDetail_->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    issueDetail_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    issueDetail_->setStyleSheet("background: #f6f6f6; padding: 6px;");
+    issueArea->addWidget(issueDetail_, 2);
+    issuesLayout->addLayout(issueArea, 1);
     auto* actions = new QHBoxLayout;
     state_ = new QComboBox;
     for (const auto state : {PayrollIssueState::reported, PayrollIssueState::noAction, PayrollIssueState::resolved, PayrollIssueState::noted,
@@ -136,13 +146,24 @@ PayPage::PayPage(ShellSession& session, QWidget* parent) : QWidget(parent), sess
     }
     note_ = new QLineEdit;
     note_->setPlaceholderText(tr("Note (optional)"));
-    auto* apply = new QPushButton(tr("Mark Chosen Group"));
+    auto* apply = new QPushButton(tr("Mark Chosen"));
+    apply->setToolTip(tr("Sets the state of the chosen issue, or of every issue of the chosen group."));
     connect(apply, &QPushButton::clicked, this, [this] {
         auto* item = issues_->currentItem();
-        while (item && item->parent() && item->parent()->parent()) item = item->parent();
-        if (!item || !item->parent()) return;
-        setGroupState(item->data(0, Qt::UserRole).toInt(), static_cast<PayrollIssueState>(state_->currentData().toInt()));
+        if (!item || !item->parent()) return;  // a heading
+        const auto state = static_cast<PayrollIssueState>(state_->currentData().toInt());
+        const int group = item->data(0, Qt::UserRole).toInt();
+        const QVariant member = item->data(0, Qt::UserRole + 1);
+        if (member.isValid()) {
+            setIssueState(group, member.toInt(), state);
+        } else {
+            setGroupState(group, state);
+        }
     });
+    auto* reportAll = new QPushButton(tr("Needs Attention as Reported"));
+    connect(reportAll, &QPushButton::clicked, this, [this] { moveWeekIssues(PayrollIssueState::needsAttention, PayrollIssueState::reported); });
+    auto* resolveAll = new QPushButton(tr("Reported as Resolved"));
+    connect(resolveAll, &QPushButton::clicked, this, [this] { moveWeekIssues(PayrollIssueState::reported, PayrollIssueState::resolved); });
     auto* summary = new QPushButton(tr("Copy Full Summary"));
     connect(summary, &QPushButton::clicked, this, [this] { QApplication::clipboard()->setText(summaryText()); });
     auto* claim = new QPushButton(tr("Copy Claim for Payroll"));
@@ -150,7 +171,10 @@ PayPage::PayPage(ShellSession& session, QWidget* parent) : QWidget(parent), sess
     actions->addWidget(state_);
     actions->addWidget(note_, 1);
     actions->addWidget(apply);
-    actions->addSpacing(20);
+    actions->addSpacing(12);
+    actions->addWidget(reportAll);
+    actions->addWidget(resolveAll);
+    actions->addSpacing(12);
     actions->addWidget(summary);
     actions->addWidget(claim);
     issuesLayout->addLayout(actions);
@@ -313,6 +337,7 @@ void PayPage::reloadIssues() {
                                                      qtext(signedAmount(member.differenceAmount)),
                                                      member.state() ? qtext(label(*member.state())) : qtext(member.stateRaw), qtext(member.note)});
             child->setData(0, Qt::UserRole, g);
+            child->setData(0, Qt::UserRole + 1, static_cast<int>(&member - group.members.data()));
         }
     }
     if (thisWeek->childCount() == 0 && earlier->childCount() == 0) thisWeek->setText(0, qtext(payroll_issue_words::noneOutstanding));
@@ -329,6 +354,49 @@ std::optional<Refusal> PayPage::setGroupState(int group, PayrollIssueState state
     if (!refusal) note_->clear();
     return refusal;
 }
+
+std::optional<Refusal> PayPage::setIssueState(int group, int member, PayrollIssueState state) {
+    if (group < 0 || group >= static_cast<int>(groups_.size())) return std::nullopt;
+    const auto& members = groups_[static_cast<std::size_t>(group)].members;
+    if (member < 0 || member >= static_cast<int>(members.size())) return std::nullopt;
+    const auto issue = members[static_cast<std::size_t>(member)];
+    const QString noteText = note_->text().trimmed();
+    const std::optional<std::string> note = noteText.isEmpty() ? std::nullopt : std::optional(utf8(noteText));
+    auto refusal = session_.perform(tr("Mark Payroll Issue"), [&](ModelContext& c) { payroll_issues::setState(c, {issue}, state, note, shell_widgets::now()); });
+    status_->setText(refusal ? refusal->message : QString());
+    if (!refusal) note_->clear();
+    return refusal;
+}
+
+std::optional<Refusal> PayPage::moveWeekIssues(PayrollIssueState from, PayrollIssueState to) {
+    const auto production = session_.production();
+    if (!production || !comparison_) return std::nullopt;
+    int moved = 0;
+    auto refusal = session_.perform(tr("Mark Payroll Issues"), [&](ModelContext& c) {
+        const auto issues = payroll_issues::inState(c, production->id, from, comparison_->week.id);
+        moved = static_cast<int>(issues.size());
+        if (!issues.empty()) payroll_issues::setState(c, issues, to, std::nullopt, shell_widgets::now());
+    });
+    const QString now = qtext(label(to));
+    status_->setText(refusal      ? refusal->message
+                     : moved == 0 ? tr("No payroll issue of this week is %1.").arg(qtext(label(from)))
+                     : moved == 1 ? tr("1 payroll issue is now %1.").arg(now)
+                                  : tr("%1 payroll issues are now %2.").arg(moved).arg(now));
+    return refusal;
+}
+
+void PayPage::showIssue(QTreeWidgetItem* item) {
+    issueDetail_->clear();
+    if (!item) return;
+    const QVariant member = item->data(0, Qt::UserRole + 1);
+    const int group = item->data(0, Qt::UserRole).toInt();
+    if (!member.isValid() || group < 0 || group >= static_cast<int>(groups_.size())) return;
+    const auto& members = groups_[static_cast<std::size_t>(group)].members;
+    if (member.toInt() < 0 || member.toInt() >= static_cast<int>(members.size())) return;
+    issueDetail_->setText(qtext(payroll_issues::detailText(members[static_cast<std::size_t>(member.toInt())])));
+}
+
+QString PayPage::issueDetailText() const { return issueDetail_->text(); }
 
 QString PayPage::summaryText() const {
     const auto production = session_.production();

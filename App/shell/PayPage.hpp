@@ -16,6 +16,7 @@ class QLineEdit;
 class QPlainTextEdit;
 class QTableWidget;
 class QTreeWidget;
+class QTreeWidgetItem;
 
 class QStackedWidget;
 
@@ -40,6 +41,13 @@ public:
     const PayComparisonWeek* comparison() const { return comparison_ ? &*comparison_ : nullptr; }
     // Sets the state of every issue in the chosen group (with the note typed, when any).
     std::optional<Refusal> setGroupState(int group, PayrollIssueState state);
+    // Sets the state of one issue of a group (with the note typed, when any).
+    std::optional<Refusal> setIssueState(int group, int member, PayrollIssueState state);
+    // Every issue of the shown week in one state moved to another ("Needs Attention as Reported",
+    // "Reported as Resolved").
+    std::optional<Refusal> moveWeekIssues(PayrollIssueState from, PayrollIssueState to);
+    const std::vector<payroll_issues::PayrollIssueGroup>& issueGroups() const noexcept { return groups_; }
+    QString issueDetailText() const;
     QString summaryText() const;
     QString claimText() const;
     QString dashboardText() const;
@@ -58,6 +66,7 @@ private:
     void showPerson(int row);
     void reloadIssues();
     void closeReview();
+    void showIssue(QTreeWidgetItem* item);
 
     ShellSession& session_;
     std::unique_ptr<ExpectedPayrollReview> review_;
@@ -77,6 +86,7 @@ private:
     QComboBox* state_ = nullptr;
     QLineEdit* note_ = nullptr;
     QLabel* status_ = nullptr;
+    QLabel* issueDetail_ = nullptr;
 };
 
 }  // namespace tessel

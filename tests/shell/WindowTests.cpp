@@ -252,6 +252,7 @@ private slots:
                                                  at(monday, 20),  at(monday, 20),   {regular}};
             confirmed_pay_stubs::confirm(c, stub, false);
         }));
+        w.window->showPage(MainWindow::pay);  // looked at where a person looks at it
         PayPage& pay = w.window->payPage();
         pay.showWeek(day.payrollWeekID);
         QVERIFY2(pay.dashboardText().startsWith("Pay stubs confirmed: 1 of 2 people in this Payroll Week."), qPrintable(pay.dashboardText()));
@@ -267,6 +268,26 @@ private slots:
         QVERIFY(before > 0);
         QVERIFY(!pay.setGroupState(0, PayrollIssueState::reported));
         QCOMPARE(openIssues(), before - 1);
+
+        // One issue chosen in the tree shows its detail; a note set on it alone is shown there afterwards.
+        auto* tree = pay.findChild<QTreeWidget*>("payIssues");
+        QTreeWidgetItem* firstIssue = nullptr;
+        for (QTreeWidgetItemIterator it(tree); *it && !firstIssue; ++it) {
+            if ((*it)->data(0, Qt::UserRole + 1).isValid() && (*it)->text(2) == "Reported to Payroll") firstIssue = *it;
+        }
+        QVERIFY(firstIssue);
+        const int group = firstIssue->data(0, Qt::UserRole).toInt();
+        tree->setCurrentItem(firstIssue);
+        QVERIFY2(pay.issueDetailText().contains("  Reported "), qPrintable(pay.issueDetailText()));
+        pay.findChild<QLineEdit*>()->setText("Sent to payroll on Monday.");
+        QVERIFY(!pay.setIssueState(group, 0, PayrollIssueState::noted));
+        tree = pay.findChild<QTreeWidget*>("payIssues");
+        QVERIFY(!pay.moveWeekIssues(PayrollIssueState::needsAttention, PayrollIssueState::reported));
+        QCOMPARE(openIssues(), std::size_t{0});
+        const auto noted = payroll_issues::inState(w.session->context(), production.id, PayrollIssueState::noted, std::nullopt);
+        QCOMPARE(noted.size(), std::size_t{1});
+        QVERIFY(payroll_issues::detailText(noted.front()).find("Previously reported") != std::string::npos);
+        QVERIFY(payroll_issues::detailText(noted.front()).find("Previous workflow note: Sent to payroll on Monday.") != std::string::npos);
         QVERIFY(pay.summaryText().startsWith("Payroll Issues \u2014 Night Harbor"));
         QVERIFY2(pay.claimText().contains("Rowan Vale"), qPrintable(pay.claimText()));
     }

@@ -10,6 +10,7 @@
 #include <QTableWidget>
 #include <QTimer>
 #include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
 
 #include <cmath>
 #include <cstdio>
@@ -117,6 +118,15 @@ int main(int argc, char** argv) {
     if (auto* people = window.payPage().findChild<QTableWidget*>("payPeople")) {
         const auto found = people->findItems("Priya Lindqvist", Qt::MatchExactly);
         if (!found.isEmpty()) people->setCurrentCell(found.front()->row(), 0);
+    }
+    if (auto* lines = window.payPage().findChild<QTableWidget*>("payLines")) lines->scrollToBottom();  // the unmapped line
+    if (auto* issues = window.payPage().findChild<QTreeWidget*>("payIssues")) {
+        for (QTreeWidgetItemIterator it(issues); *it; ++it) {
+            if ((*it)->text(0) == "Priya Lindqvist") {
+                issues->setCurrentItem(*it);
+                break;
+            }
+        }
     }
     ok &= save(window, output, "06-pay-week");
     if (auto* tabs = window.payPage().findChild<QTabWidget*>("payTabs")) {
