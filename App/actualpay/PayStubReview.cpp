@@ -187,6 +187,8 @@ void renumber(PayStubReviewSession& session) {
 }
 }  // namespace
 
+std::string choiceText(const PayStubCrewOption& option) { return option.displayName + (option.isDTSParticipant ? " \u00B7 DTS participant" : ""); }
+
 PayStubReviewedEarningLine& addEarningLine(PayStubReviewSession& session) {
     PayStubReviewedEarningLine line{"added-" + std::to_string(session.earningLines.size()), {}, {}, {}, {}, {}, 0};
     line.amount.isRequired = true;

@@ -19,6 +19,9 @@ struct PayStubCrewOption {
     bool isDTSParticipant = false;  // has rows on this week's DTS: shown as "· DTS participant"
 };
 
+// "Dana Rivera · DTS participant", as a crew choice is shown.
+std::string choiceText(const PayStubCrewOption& option);
+
 struct PayStubCrewMatch {
     std::optional<Uuid> proposedCrewMemberID;
     std::optional<std::string> reviewReason;

@@ -81,7 +81,7 @@ PayStubBatchSession readBatch(const ImportSetting& setting, const std::vector<Pa
 std::string crewName(const PayStubBatchSession& batch, const std::optional<Uuid>& id) {
     if (!id) return "";
     for (const auto& person : batch.crew) {
-        if (person.id == *id) return person.displayName + (person.isDTSParticipant ? " \u00B7 DTS participant" : "");
+        if (person.id == *id) return choiceText(person);
     }
     return "";
 }

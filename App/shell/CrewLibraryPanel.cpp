@@ -11,8 +11,6 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
-#include <fstream>
-#include <sstream>
 
 #include "App/exchange/SetupFiles.hpp"
 #include "App/model/NewFile.hpp"
@@ -146,12 +144,10 @@ std::optional<Refusal> CrewLibraryPanel::exportTo(const QString& path) {
 }
 
 std::optional<Refusal> CrewLibraryPanel::planImport(const QString& path) {
-    std::ifstream in(utf8(path), std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    if (!in) return finish(Refusal{{}, tr("\u201C%1\u201D could not be read.").arg(path)}, {});
+    const auto bytes = shell_widgets::readFile(path);
+    if (!bytes) return finish(Refusal{{}, shell_widgets::unreadableFile(path)}, {});
     try {
-        plan_ = crew_library::plan(session_.context(), setup_files::readCrewLibrary(bytes.str()));
+        plan_ = crew_library::plan(session_.context(), setup_files::readCrewLibrary(*bytes));
     } catch (...) {
         plan_.reset();
         showPlan();

@@ -46,13 +46,6 @@ namespace {
 
 using shell_widgets::now;
 
-std::optional<std::string> readFile(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
-    const QByteArray bytes = file.readAll();
-    return std::string(bytes.constData(), static_cast<std::size_t>(bytes.size()));
-}
-
 }  // namespace
 
 // ---- welcome ----
@@ -266,8 +259,8 @@ bool MainWindow::runSetupGuide() {
 }
 
 std::optional<Refusal> MainWindow::openFile(const QString& path) {
-    const auto bytes = readFile(path);
-    if (!bytes) return Refusal{{}, tr("The file \u201C%1\u201D could not be read.").arg(path)};
+    const auto bytes = shell_widgets::readFile(path);
+    if (!bytes) return Refusal{{}, shell_widgets::unreadableFile(path)};
     const QString suffix = QFileInfo(path).suffix().toLower();
     if (suffix == "tesselarchive") {
         std::optional<production_archive::ImportedProduction> imported;

@@ -11,9 +11,7 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
-#include <fstream>
 #include <map>
-#include <sstream>
 
 #include "App/exchange/SetupFiles.hpp"
 #include "App/model/CalendarText.hpp"
@@ -183,11 +181,9 @@ std::optional<Refusal> PositionsPanel::applySavedCard(const QString& label) {
 }
 
 std::optional<Refusal> PositionsPanel::importSavedCard(const QString& path) {
-    std::ifstream in(utf8(path), std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    if (!in) return Refusal{{}, tr("\u201C%1\u201D could not be read.").arg(path)};
-    const std::string file = bytes.str();
+    const auto bytes = shell_widgets::readFile(path);
+    if (!bytes) return Refusal{{}, shell_widgets::unreadableFile(path)};
+    const std::string& file = *bytes;
     QString done;
     const auto refusal = session_.perform(tr("Import Rate Card"), [&](ModelContext& c) {
         const auto card = setup_files::readRateCard(file);

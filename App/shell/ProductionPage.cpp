@@ -15,8 +15,6 @@
 #include <QScrollArea>
 #include <QVBoxLayout>
 
-#include <fstream>
-#include <sstream>
 
 #include "App/dtsexport/ProductionDTSTemplates.hpp"
 #include "App/exchange/PendingIdentity.hpp"
@@ -220,15 +218,13 @@ std::optional<Refusal> ProductionPage::allowBuiltInForm(bool allowed) {
 }
 
 std::optional<Refusal> ProductionPage::importSignature(const QString& path) {
-    std::ifstream in(utf8(path), std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    if (!in) {
+    const auto bytes = shell_widgets::readFile(path);
+    if (!bytes) {
         const Refusal refusal{{}, qtext(dts_export_words::signatureRefused)};
         status_->setText(refusal.message);
         return refusal;
     }
-    const std::string image = bytes.str();
+    const std::string& image = *bytes;
     return act(tr("Import Signature"), [&](ModelContext& c, const Uuid& id) { dts_export::setSignature(c, id, image); });
 }
 

@@ -9,8 +9,6 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
-#include <fstream>
-#include <sstream>
 
 #include "App/model/CalendarText.hpp"
 #include "App/model/NewFile.hpp"
@@ -193,11 +191,9 @@ std::optional<Refusal> RulesetLibraryPanel::exportTo(int row, const QString& pat
 }
 
 std::optional<Refusal> RulesetLibraryPanel::importFrom(const QString& path) {
-    std::ifstream in(utf8(path), std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    if (!in) return Refusal{{}, tr("\u201C%1\u201D could not be read.").arg(path)};
-    const std::string file = bytes.str();
+    const auto bytes = shell_widgets::readFile(path);
+    if (!bytes) return Refusal{{}, shell_widgets::unreadableFile(path)};
+    const std::string& file = *bytes;
     return act(tr("Import Ruleset"), [&](ModelContext& c) {
         const auto contents = ruleset_file::read(file);
         const auto item = rules_library::addImported(c, contents.metadata.portableRulesetID, contents.name, contents.metadata.provenanceNotes,

@@ -1,5 +1,7 @@
 #include "ShellWidgets.hpp"
 
+#include <QFile>
+
 #include <QDateEdit>
 #include <QEvent>
 #include <QWidget>
@@ -71,6 +73,16 @@ QTableWidget* readOnlyTable(const QStringList& headers) {
     table->horizontalHeader()->setStretchLastSection(true);
     return table;
 }
+
+std::optional<std::string> readFile(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return std::nullopt;
+    const QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError) return std::nullopt;
+    return bytes.toStdString();
+}
+
+QString unreadableFile(const QString& path) { return QObject::tr("The file \u201C%1\u201D could not be read.").arg(path); }
 
 QDate qdate(CalendarDate date) {
     return QDate(static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),

@@ -35,6 +35,11 @@ void reloadWhenShown(QWidget* page, ShellSession& session, std::function<void()>
 // A table that is read, not typed into: whole rows chosen one at a time, columns sized to their contents.
 QTableWidget* readOnlyTable(const QStringList& headers);
 
+// The bytes of a file the user chose; nothing when it cannot be read (a folder, no permission).
+std::optional<std::string> readFile(const QString& path);
+// "The file “…” could not be read."
+QString unreadableFile(const QString& path);
+
 QDate qdate(CalendarDate date);
 CalendarDate calendarDate(const QDate& date);
 // "Tue 2026-11-03".

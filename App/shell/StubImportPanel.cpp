@@ -26,7 +26,7 @@ namespace {
 QString crewName(const PayStubBatchSession& batch, const std::optional<Uuid>& id) {
     if (!id) return {};
     for (const auto& person : batch.crew) {
-        if (person.id == *id) return qtext(person.displayName) + (person.isDTSParticipant ? QString(" \u00B7 DTS participant") : QString());
+        if (person.id == *id) return qtext(choiceText(person));
     }
     return {};
 }

@@ -103,10 +103,6 @@ QTableWidget* reviewTable(int columns, const QStringList& headers) {
     return table;
 }
 
-QString crewOptionText(const PayStubCrewOption& option) {
-    return qtext(option.displayName) + (option.isDTSParticipant ? QString(" \u00B7 DTS participant") : QString());
-}
-
 }  // namespace
 
 StubReviewPanel::StubReviewPanel(ShellSession& session, QWidget* parent) : QWidget(parent), shell_(session) {
@@ -238,7 +234,7 @@ void StubReviewPanel::showSession() {
         crew_->clear();
         if (!s.selectedCrewMemberID) crew_->addItem(qtext(pay_stub_review_words::chooseCrew), QString());
         for (const auto& option : s.crewOptions) {
-            crew_->addItem(crewOptionText(option), QString::fromStdString(option.id.text()));
+            crew_->addItem(qtext(choiceText(option)), QString::fromStdString(option.id.text()));
             if (s.selectedCrewMemberID == option.id) crew_->setCurrentIndex(crew_->count() - 1);
         }
     }

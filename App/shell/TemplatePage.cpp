@@ -13,8 +13,6 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
-#include <fstream>
-#include <sstream>
 
 #include "App/shell/PdfPageView.hpp"
 #include "App/shell/ShellText.hpp"
@@ -262,12 +260,10 @@ std::optional<Refusal> TemplatePage::editDraft(const QString& name, const std::f
 std::optional<Refusal> TemplatePage::importBlankPage(const QString& path) {
     const auto production = session_.production();
     if (!production) return refused(Refusal{{}, tr("Choose a production first.")});
-    std::ifstream in(utf8(path), std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    if (!in) return refused(Refusal{{}, tr("\u201C%1\u201D could not be read.").arg(path)});
+    const auto bytes = shell_widgets::readFile(path);
+    if (!bytes) return refused(Refusal{{}, shell_widgets::unreadableFile(path)});
     showingFill_ = false;
-    const std::string pdf = bytes.str();
+    const std::string& pdf = *bytes;
     const auto refusal = refused(session_.perform(tr("Import Blank DTS Page"), [&](ModelContext& c) {
         templates::importDraft(c, production->id, pdf, shell_widgets::now());
     }));

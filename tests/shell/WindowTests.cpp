@@ -536,6 +536,8 @@ private slots:
         QVERIFY(!rulesets.exportTo(0, rulesFile));
         QVERIFY(!rulesets.remove(0));
         QVERIFY(rulesets.items().empty());
+        const QString folder = QString::fromStdString(w.folder.path().string());
+        QCOMPARE(rulesets.importFrom(folder)->message, QString("The file \u201C%1\u201D could not be read.").arg(folder));
         QVERIFY(!w.window->openFile(rulesFile));
         QCOMPARE(rulesets.items().size(), std::size_t{1});
         QVERIFY(rulesets.items().front().importedAt.has_value());
