@@ -163,10 +163,11 @@ void CrewLibraryPanel::showPlan() {
     planBox_->setVisible(plan_.has_value());
     if (!plan_) return;
     const auto& p = *plan_;
-    planSummary_->setText(tr("%1 new, %2 already in the library (skipped), %3 possible matches to settle.")
-                              .arg(p.newPeople.size())
+    const auto count = [](std::size_t n, const QString& one, const QString& many) { return n == 1 ? one : many.arg(n); };
+    planSummary_->setText(tr("In the file: %1, %2 already in the library (skipped), %3 to settle.")
+                              .arg(count(p.newPeople.size(), tr("1 new person"), tr("%1 new people")))
                               .arg(p.exactIdentityMatchCount)
-                              .arg(p.conflicts.size()));
+                              .arg(count(p.conflicts.size(), tr("1 possible match"), tr("%1 possible matches"))));
     matches_->setRowCount(static_cast<int>(p.conflicts.size()));
     for (int row = 0; row < matches_->rowCount(); ++row) {
         const auto& conflict = p.conflicts[static_cast<std::size_t>(row)];

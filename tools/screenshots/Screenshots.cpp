@@ -22,6 +22,7 @@
 #include "App/shell/PayPage.hpp"
 #include "App/shell/ProductionPage.hpp"
 #include "App/shell/TemplatePage.hpp"
+#include "App/shell/CrewLibraryPanel.hpp"
 #include "App/shell/LibraryPage.hpp"
 #include "App/shell/PositionsPanel.hpp"
 #include "App/shell/RulesetLibraryPanel.hpp"
@@ -178,6 +179,20 @@ int main(int argc, char** argv) {
     window.libraryPage().positions().createCard("Local 728", std::chrono::year(2026) / 11 / 1);
     window.libraryPage().positions().setScale("Local 728", 0, "52.00");
     ok &= save(window, output, "15-library-positions");
+    {  // a crew library file whose Avery Holm may be the one already in the library: the import plan asks
+        CrewLibraryPanel& people = window.libraryPage().crewLibrary();
+        window.libraryPage().tabs().setCurrentIndex(1);
+        people.addPerson("Avery Holm", "Key Grip");
+        people.addPerson("Kit Serrano", "Electrician");
+        const QString file = output.filePath("crew-library.tesselcrewlibrary");
+        people.exportTo(file);
+        people.remove(0);
+        people.addPerson("Avery Holm", "Dolly Grip");
+        people.remove(static_cast<int>(people.people().size()) - 1);
+        people.planImport(file);
+        ok &= save(window, output, "16-library-crew-import");
+        QFile::remove(file);
+    }
 
     TesselStoreEnvironment foreign;
     const QDir scratch(output.filePath("scratch"));
