@@ -140,11 +140,4 @@ void PdfPageView::mouseReleaseEvent(QMouseEvent* event) {
     if (region.width * width() >= 3 && region.height * heightForWidth(width()) >= 3) emit regionDrawn(region);
 }
 
-QImage PdfPageView::drawn() {
-    QImage image(width(), heightForWidth(width()), QImage::Format_ARGB32);
-    image.fill(Qt::white);
-    render(&image);
-    return image;
-}
-
 }  // namespace tessel

@@ -40,8 +40,6 @@ public:
     int page() const noexcept { return pageIndex_; }
     void setMarks(std::vector<Mark> marks);
     const std::vector<Mark>& marks() const noexcept { return marks_; }
-    // The page as drawn, marks included, at the widget's current width: what the user sees.
-    QImage drawn();
     // While on, a drag of the mouse draws a rectangle and reports it (in page-relative units) on release.
     void setDrawing(bool on);
     bool isDrawing() const noexcept { return drawing_; }
